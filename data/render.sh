@@ -1,0 +1,61 @@
+#!/bin/sh
+# Renders the drawings of svg/ into icons/ and program/. Only needed when a drawing changes: the results are kept.
+# Needs rsvg-convert (librsvg2-bin), icotool (icoutils), convert (imagemagick) and the font DejaVu Sans.
+set -eu
+
+cd "$(dirname "$0")"
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+
+# png NAME SIZE FILE: small sizes have drawings of their own, laid out on the 16 px grid
+png() {
+    source=svg/$1.svg
+    if [ "$2" -le 24 ]; then
+        source=svg/$1-small.svg
+    fi
+    rsvg-convert -w "$2" -h "$2" "$source" -o "$3"
+}
+
+# icon NAME FILE: 16 to 256 px; only the largest entry is stored as PNG, which old icon loaders do not read
+icon() {
+    for size in 16 24 32 48 64 128 256; do
+        png "$1" "$size" "$work/$1-$size.png"
+    done
+    icotool -c -o "$2" "$work/$1-16.png" "$work/$1-24.png" "$work/$1-32.png" "$work/$1-48.png" \
+        "$work/$1-64.png" "$work/$1-128.png" --raw="$work/$1-256.png"
+}
+
+# picture NAME FORMAT [WIDTH]: a receiver picture, 320 px wide unless told otherwise
+picture() {
+    rsvg-convert -w "${3:-320}" "svg/$1.svg" -o "$work/$1.png"
+    target=program/$1.$2
+    case $2 in
+    bmp) convert "$work/$1.png" -alpha off -define bmp:format=bmp3 -type TrueColor "BMP3:$target" ;;
+    jpg) convert "$work/$1.png" -alpha off -strip -sampling-factor 1x1 -quality 92 "$target" ;;
+    gif) convert "$work/$1.png" -alpha off -strip -dither FloydSteinberg -colors 256 "$target" ;;
+    ico) icotool -c -o "$target" "$work/$1.png" ;;
+    esac
+}
+
+mkdir -p icons program
+
+for name in 103 104; do
+    icon "$name" "icons/$name.ico"
+    cp "$work/$name"-*.png icons/
+done
+icon orvantastick program/orvantastick.ico
+
+for name in file nofile; do
+    rsvg-convert "svg/$name.svg" -o "$work/$name.png"
+    convert "$work/$name.png" -alpha off -type TrueColor "BMP3:program/$name.bmp"
+done
+
+picture sr100 bmp
+picture sr200ci gif
+picture sr300pvr jpg
+picture sr400twin gif
+picture sr500hd jpg
+picture sr600hdci ico 224 # an icon stays below 256 px: icotool then records both sides of a picture that is not square
+picture sr700hdtwin jpg
+picture sr800hdpvr bmp
+picture sr900uhd jpg
