@@ -1,0 +1,34 @@
+// What a backend implements; chosen when the program is linked. The core calls it through the functions of the other
+// headers of this folder, never directly.
+#pragma once
+
+#include "toolkit/dispatch.h"
+#include "toolkit/form.h"
+
+#include <functional>
+#include <memory>
+#include <string_view>
+
+namespace toolkit {
+
+/// Sets the toolkit up, dispatches `start`, handles events until the program ends, and tells how it ended.
+/// Called once, by main().
+Ending run(int argc, char** argv, const std::function<void()>& start);
+
+namespace backend {
+
+/// Builds the window that the layout of the form's name describes, hidden, and binds every control of the form to the
+/// part of the layout that bears its name. A control without one is a defect of the layout and ends the program.
+std::unique_ptr<FormView> createFormView(Form& form);
+
+/// Shows the box and handles events until it is answered. When the program ends meanwhile the answer has no meaning.
+int showMessage(std::string_view text, int style, std::string_view title);
+
+/// Handles pending events.
+void pumpEvents();
+
+/// Makes every running event loop return.
+void quit();
+
+} // namespace backend
+} // namespace toolkit

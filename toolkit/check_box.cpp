@@ -1,0 +1,16 @@
+#include "toolkit/check_box.h"
+
+#include "toolkit/runtime_error.h"
+
+namespace toolkit {
+
+void CheckBox::setValue(std::int16_t value) {
+    if (value < Unchecked || value > Grayed) throw RuntimeError(ErrorNumber::InvalidProcedureCall, name());
+    if (assign(value_, value, Property::Value) && onClick) onClick();
+}
+
+void CheckBox::click() {
+    if (enabled()) setValue(value_ == Unchecked ? Checked : Unchecked);
+}
+
+} // namespace toolkit

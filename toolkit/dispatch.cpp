@@ -1,0 +1,85 @@
+#include "toolkit/dispatch.h"
+
+#include "toolkit/backend.h"
+#include "toolkit/message_box.h"
+#include "toolkit/pump.h"
+#include "toolkit/runtime_error.h"
+
+#include <exception>
+#include <optional>
+#include <string>
+
+namespace toolkit {
+
+namespace {
+
+std::optional<Ending> theEnding;
+
+void beginEnding(Ending how) {
+    if (!theEnding) theEnding = how;
+}
+
+std::string report(const RuntimeError& error) {
+    std::string text = "Laufzeitfehler '" + std::to_string(static_cast<int>(error.number())) + "':\r\n\r\n" + error.what();
+    if (!error.subject().empty()) text += ":\r\n" + error.subject();
+    return text;
+}
+
+/// From here on no event reaches the core any more, so nothing can happen behind the box.
+void endWithReport(const std::string& text) {
+    if (theEnding) return;
+    beginEnding({1, true});
+    backend::showMessage(text + "\r\n\r\nDas Programm wird beendet.", Critical, {});
+    backend::quit();
+}
+
+} // namespace
+
+void dispatch(const std::function<void()>& handler) noexcept {
+    if (theEnding) return;
+    try {
+        handler();
+    } catch (const Unwind&) {
+        // The program ends; whoever began it has told the event loops already.
+    } catch (const RuntimeError& error) {
+        endWithReport(report(error));
+    } catch (const std::exception& error) {
+        endWithReport(std::string("Interner Fehler:\r\n\r\n") + error.what());
+    }
+}
+
+void endAfterClosing() {
+    beginEnding({0, false});
+    backend::quit();
+}
+
+void endAtOnce() {
+    beginEnding({0, true});
+    backend::quit();
+    throw Unwind{};
+}
+
+void throwIfEnding() {
+    if (theEnding) throw Unwind{};
+}
+
+Ending ending() {
+    return theEnding.value_or(Ending{});
+}
+
+void resetEnding() {
+    theEnding.reset();
+}
+
+void DoEvents() {
+    backend::pumpEvents();
+    throwIfEnding();
+}
+
+int messageBox(std::string_view text, int style, std::string_view title) {
+    const int answer = backend::showMessage(text, style, title);
+    throwIfEnding();
+    return answer;
+}
+
+} // namespace toolkit

@@ -1,0 +1,65 @@
+#include "toolkit/form.h"
+
+#include "toolkit/backend.h"
+#include "toolkit/dispatch.h"
+
+#include <algorithm>
+
+namespace toolkit {
+
+namespace {
+
+char lower(char c) {
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+}
+
+bool sameName(std::string_view a, std::string_view b) {
+    return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](char x, char y) { return lower(x) == lower(y); });
+}
+
+} // namespace
+
+Form::~Form() = default;
+
+Control* Form::find(std::string_view name) const {
+    const auto found =
+        std::find_if(controls_.begin(), controls_.end(), [name](const Control* c) { return sameName(c->name(), name); });
+    return found == controls_.end() ? nullptr : *found;
+}
+
+void Form::load() {
+    if (loaded()) return;
+    unloading_ = false;
+    view_ = backend::createFormView(*this);
+    attach(view_.get());
+    if (onLoad) onLoad();
+}
+
+void Form::show(Form* owner) {
+    load();
+    view_->open(owner == nullptr ? nullptr : owner->view_.get());
+}
+
+void Form::showModal(Form& owner) {
+    load();
+    // The load may have closed the window again.
+    if (!loaded()) return;
+    view_->openModal(owner.view_.get());
+    throwIfEnding();
+}
+
+void Form::restore() {
+    if (loaded()) view_->restore();
+}
+
+void Form::unload() {
+    if (!loaded() || unloading_) return;
+    unloading_ = true;
+    if (onQueryUnload) onQueryUnload();
+    // The view itself stays until the form is loaded again or goes: unload() may have been called from inside of it.
+    view_->close();
+    attach(nullptr);
+    if (onUnload) onUnload();
+}
+
+} // namespace toolkit

@@ -1,0 +1,85 @@
+#pragma once
+
+#include "toolkit/control.h"
+#include "toolkit/picture.h"
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <vector>
+
+namespace toolkit {
+
+class Form;
+
+/// The platform's handle of a window. Windows: `HWND`. 0 is no window.
+using WindowHandle = std::intptr_t;
+
+/// A backend's window. It reports a close request with Form::closeRequested() and never goes away by itself.
+/// It may be destroyed after the form's controls, so it must not touch them when it is.
+class FormView : public View {
+public:
+    /// Shows the window beside its owner (null for none) and returns.
+    virtual void open(FormView* owner) = 0;
+    /// Shows the window, deaf to every other one, and returns when close() was called or the program ends.
+    virtual void openModal(FormView* owner) = 0;
+    /// Takes the window away.
+    virtual void close() = 0;
+    /// Brings the window back from an icon, at its normal size, in front.
+    virtual void restore() = 0;
+    virtual WindowHandle handle() const = 0;
+};
+
+/// A window: a list of named controls, a title and an icon.
+///
+/// Life: constructed, with its controls added → shown for the first time: the backend builds the window from the
+/// layout of the form's name and binds every control, then onLoad → unload(): onQueryUnload, the window goes, onUnload.
+class Form : public Control {
+public:
+    using Control::Control;
+    ~Form() override;
+
+    std::function<void()> onLoad;
+    /// The window is about to close; comes once, whoever closes it. Closing cannot be refused.
+    std::function<void()> onQueryUnload;
+    /// The window is gone.
+    std::function<void()> onUnload;
+
+    /// Adds a control, which must live as long as the form.
+    void add(Control& control) { controls_.push_back(&control); }
+    const std::vector<Control*>& controls() const noexcept { return controls_; }
+    /// The control of that name, in whatever case it is written; null when there is none.
+    Control* find(std::string_view name) const;
+
+    const std::string& caption() const noexcept { return caption_; }
+    void setCaption(std::string_view caption) { assign(caption_, caption, Property::Caption); }
+
+    const Picture& icon() const noexcept { return icon_; }
+    void setIcon(const Picture& icon) { assign(icon_, icon, Property::Icon); }
+
+    /// Loads the window when it is not, shows it beside `owner` and returns.
+    void show(Form* owner = nullptr);
+    /// The same, but returns when the window has been closed.
+    void showModal(Form& owner);
+    /// Brings the window back at its normal size.
+    void restore();
+    void unload();
+    bool loaded() const noexcept { return attached(); }
+
+    /// Handle of the loaded window, else 0.
+    WindowHandle handle() const { return loaded() ? view_->handle() : 0; }
+
+    /// The user, or the desktop, asked to close the window.
+    void closeRequested() { unload(); }
+
+private:
+    void load();
+
+    std::vector<Control*> controls_;
+    std::string caption_;
+    Picture icon_;
+    std::unique_ptr<FormView> view_;
+    bool unloading_ = false;
+};
+
+} // namespace toolkit

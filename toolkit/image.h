@@ -1,0 +1,20 @@
+#pragma once
+
+#include "toolkit/control.h"
+#include "toolkit/picture.h"
+
+namespace toolkit {
+
+/// Shows a picture, scaled down to the room there is.
+class Image : public Control {
+public:
+    using Control::Control;
+
+    const Picture& picture() const noexcept { return picture_; }
+    void setPicture(const Picture& picture) { assign(picture_, picture, Property::Picture); }
+
+private:
+    Picture picture_;
+};
+
+} // namespace toolkit

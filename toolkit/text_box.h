@@ -1,0 +1,51 @@
+#pragma once
+
+#include "toolkit/control.h"
+
+#include <cstddef>
+#include <functional>
+
+namespace toolkit {
+
+/// One line of text that the user can edit (or only read, when it is locked).
+class TextBox : public Control {
+public:
+    /// Part of the text, counted in characters.
+    struct Selection {
+        std::size_t start = 0;
+        std::size_t length = 0;
+        friend bool operator==(const Selection&, const Selection&) = default;
+    };
+
+    using Control::Control;
+
+    /// A key that makes a character was pressed (backspace, 8, among them); the text does not have it yet.
+    std::function<void(char32_t)> onKeyPress;
+
+    const std::string& text() const noexcept { return text_; }
+    /// Reports nothing.
+    void setText(std::string_view text) { assign(text_, text, Property::Text); }
+
+    const Selection& selection() const noexcept { return selection_; }
+    void setSelection(Selection selection) { assign(selection_, selection, Property::Selection); }
+
+    /// Gives the box the keyboard focus.
+    void setFocus() { notify(Property::Focus); }
+
+    /// The user pressed a key; comes before typed() with the text as it is afterwards.
+    void keyPress(char32_t character) {
+        if (enabled() && onKeyPress) onKeyPress(character);
+    }
+
+    /// The user changed the text, which the view shows already. What was selected is no longer.
+    void typed(std::string_view text) {
+        text_ = text;
+        selection_ = {};
+    }
+
+private:
+    std::string text_;
+    Selection selection_;
+};
+
+} // namespace toolkit

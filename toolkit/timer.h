@@ -1,0 +1,32 @@
+#pragma once
+
+#include "toolkit/control.h"
+
+#include <chrono>
+#include <functional>
+
+namespace toolkit {
+
+/// Fires again and again while it is enabled. What measures the time is the view: the backend's clock in the program,
+/// the test's own hand in tests.
+class Timer : public Control {
+public:
+    Timer(std::string name, std::chrono::milliseconds interval, bool enabled)
+        : Control(std::move(name)), interval_(interval) {
+        setEnabled(enabled);
+    }
+
+    std::function<void()> onTimer;
+
+    std::chrono::milliseconds interval() const noexcept { return interval_; }
+
+    /// The interval has passed.
+    void tick() {
+        if (enabled() && onTimer) onTimer();
+    }
+
+private:
+    std::chrono::milliseconds interval_;
+};
+
+} // namespace toolkit
