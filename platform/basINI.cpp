@@ -1,0 +1,95 @@
+#include "platform/basINI.h"
+
+#include "platform/keyed_list.h"
+#include "platform/profile.h"
+#include "platform/text.h"
+#include "toolkit/runtime_error.h"
+
+#include <span>
+
+namespace basINI {
+
+namespace {
+
+constexpr std::size_t sectionBufferSize = 32767;
+constexpr std::size_t namesBufferStep = 256;
+
+platform::KeyedList IniKeys;
+platform::KeyedList IniValues;
+
+/// The texts that are closed by a NUL. One that is not, the last of a cut result, is left out.
+std::vector<std::string> splitAtNul(std::string_view text) {
+    std::vector<std::string> lines;
+    std::size_t position = 0;
+    while (position + 1 < text.size()) {
+        const std::size_t end = text.find('\0', position);
+        if (end == std::string_view::npos) break;
+        lines.push_back(platform::fromAnsi(text.substr(position, end - position)));
+        position = end + 1;
+    }
+    return lines;
+}
+
+std::string_view trimBlanks(std::string_view text) {
+    const std::size_t first = text.find_first_not_of(' ');
+    if (first == std::string_view::npos) return {};
+    return text.substr(first, text.find_last_not_of(' ') - first + 1);
+}
+
+void appendLine(std::string_view line, std::string_view file) {
+    const std::size_t sign = line.find('=');
+    if (sign == std::string_view::npos)
+        throw toolkit::RuntimeError(toolkit::ErrorNumber::SubscriptOutOfRange, std::string(file));
+    const std::string_view rest = line.substr(sign + 1);
+    IniKeys.add(std::string(trimBlanks(line.substr(0, sign))));
+    IniValues.add(std::string(trimBlanks(rest.substr(0, rest.find('=')))));
+}
+
+} // namespace
+
+bool IniWrite(std::string_view file, std::string_view section, std::string_view key, std::string_view value) {
+    const std::string stored = value.empty() ? " " : platform::toAnsi(value);
+    return platform::writeProfileString(platform::toAnsi(section), platform::toAnsi(key), stored, file);
+}
+
+void IniReset() {
+    IniKeys = {};
+    IniValues = {};
+}
+
+void IniReadSection(std::string_view file, std::string_view section) {
+    std::string buffer(sectionBufferSize, ' ');
+    buffer.resize(platform::profileSection(platform::toAnsi(section), buffer, file));
+    for (const std::string& line : splitAtNul(buffer)) appendLine(line, file);
+}
+
+std::string IniGetKey(std::string_view position) {
+    return IniKeys.get(position);
+}
+
+std::string IniGetValue(std::string_view position) {
+    return IniValues.get(position);
+}
+
+std::int32_t IniCount() {
+    return static_cast<std::int32_t>(IniKeys.count());
+}
+
+std::vector<std::string> IniGetSectionNames(std::string_view file) {
+    std::size_t size = 0;
+    std::size_t length = 0;
+    std::string buffer;
+    // A result two short of the buffer is the sign of a buffer that was too small (or, rarely, an exact fit: then one
+    // more turn tells).
+    do {
+        size += namesBufferStep;
+        buffer.assign(size, '\0');
+        length = platform::profileSectionNames(buffer, file);
+    } while (length == size - 2);
+    buffer.resize(length);
+    std::vector<std::string> names = splitAtNul(buffer);
+    names.emplace_back();
+    return names;
+}
+
+} // namespace basINI

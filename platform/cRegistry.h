@@ -1,0 +1,4 @@
+#pragma once
+
+/// The platform's registry.
+class cRegistry {};

@@ -1,0 +1,55 @@
+// Fetching by HTTP. Time-outs: 60 s to connect, 30 s without a byte. Redirects are followed, 10 at the most; nothing
+// but http and https is fetched, redirects included. An error page is content like any other.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <string>
+#include <string_view>
+
+namespace platform {
+
+/// Access type: the system's proxy settings. Windows: INTERNET_OPEN_TYPE_PRECONFIG.
+constexpr std::int32_t internetOpenPreconfig = 0;
+/// Past every cache. Windows: INTERNET_FLAG_RELOAD.
+constexpr std::uint32_t internetFlagReload = 0x80000000;
+
+/// A session under one agent text. Windows: `InternetOpenA`,
+/// https://learn.microsoft.com/windows/win32/api/wininet/nf-wininet-internetopena
+class InternetSession {
+public:
+    InternetSession(std::string_view agent, std::int32_t accessType);
+    InternetSession(const InternetSession&) = delete;
+    InternetSession& operator=(const InternetSession&) = delete;
+    ~InternetSession();
+
+private:
+    friend class InternetRequest;
+    struct State;
+    std::unique_ptr<State> state_;
+};
+
+/// One file being read. A request that could not be opened is a request that reads nothing. The session must outlive
+/// it. Windows: `InternetOpenUrlA`,
+/// https://learn.microsoft.com/windows/win32/api/wininet/nf-wininet-internetopenurla
+class InternetRequest {
+public:
+    /// The address is UTF-8; characters that no address may hold are escaped.
+    InternetRequest(InternetSession& session, std::string_view url, std::uint32_t flags);
+    InternetRequest(const InternetRequest&) = delete;
+    InternetRequest& operator=(const InternetRequest&) = delete;
+    ~InternetRequest();
+
+    /// Waits until the buffer is full or the file ends, and returns the number of bytes stored; 0 at the end of the
+    /// file. After a connection that was lost, what came before it is handed out, then 0. Windows: `InternetReadFile`,
+    /// https://learn.microsoft.com/windows/win32/api/wininet/nf-wininet-internetreadfile
+    std::size_t read(std::span<char> buffer);
+
+private:
+    struct State;
+    std::unique_ptr<State> state_;
+};
+
+} // namespace platform
