@@ -1,0 +1,175 @@
+#include "app/frmMain.h"
+
+#include "drive/cDrive.h"
+#include "drive/device_monitor.h"
+#include "drive/stick_actions.h"
+#include "format/Form1.h"
+#include "job/stick_update.h"
+#include "online/update_check.h"
+#include "platform/basDeklare.h"
+#include "platform/cRegistry.h"
+#include "platform/cTray.h"
+#include "toolkit/dispatch.h"
+#include "toolkit/message_box.h"
+
+using namespace std::chrono_literals;
+
+namespace {
+
+const std::array<std::string, 6> settingsCaptions = {
+    "Auswahl nicht verfügbar", "Österreich - Programmierung", "Deutschland - Programmierung",
+    "Italy - List",            "France - List",               "Spain - List",
+};
+
+/// The first ten channels of each kind of channel list, in two columns.
+const std::array<std::string, online::settingsKinds> channelOrder = {
+    app::joinLines({"1. ORF 1    6. ZDF", "2. ORF 2    7. BR 3", "3. ATV+     8. SAT 1", "4. TW 1     9. PRO 7",
+                    "5. ARD     10. ..."}),
+    app::joinLines({"1. ARD      6. SAT 1", "2. ZDF      7. PRO 7", "3. 3 Sat    8. Kabel 1",
+                    "4. RTL      9. VOX", "5. RTL 2   10. ..."}),
+    app::joinLines({"1. RAI 1    6. Italia1", "2. RAI 2    7. LA 7", "3. RAI 3    8. TSI 1",
+                    "4. Rete 4   9. TSI 2", "5. Canale5 10. ..."}),
+    app::joinLines({"1. FR1      6. ...", "2. FR2      7. ...", "3. FR3      8. ...", "4. ...      9. ...",
+                    "5. ...     10. ..."}),
+    app::joinLines({"1. TVE1     6. ...", "2. TVE2     7. ...", "3. TVE3     8. ...", "4. ...      9. ...",
+                    "5. ...     10. ..."}),
+};
+
+constexpr std::array<const char*, 4> menuCaptions = {"Wiederherstellen", "USB Stick öffnen", "-", "Beenden"};
+constexpr int programIcon = 103;
+
+} // namespace
+
+frmMain::frmMain(app::Program& program) : Form("frmMain"), Timer1("Timer1", 4000ms, true), program_(program) {
+    addControls();
+    connectEvents();
+    for (std::size_t i = 0; i < menuCaptions.size(); ++i) mnuPopup[i].setCaption(menuCaptions[i]);
+}
+
+frmMain::~frmMain() = default;
+
+void frmMain::addControls() {
+    for (Control* control : std::initializer_list<Control*>{
+             &Label15,   &Label16,   &Label17,        &Label18,        &Label19,       &Label21,      &Image1,
+             &lbl_firmstand, &lbl_settstand, &lbl_reihenfolge, &lbl_Aenderung, &frm_News, &cmdChoose, &StatusBar1,
+             &Timer1,    &Frame2,    &lblLW,          &txtDT_Cap,      &Command1,      &txtFAT,       &cmbSize,
+             &lblHDSize, &lblHDFree, &lblHDUsed,      &lblHDFreeColor, &lblHDUsedColor, &Picture1,    &cmdSearch,
+             &cmdOpen,   &txtOpenPath, &cmdSaveOnStick, &chkAuto,      &Frame4,        &cmdtest})
+        add(*control);
+    const auto addArray = [this](auto& array) {
+        for (std::size_t i = 0; i < array.size(); ++i) add(array[i]);
+    };
+    addArray(Firm_Option);
+    addArray(Sett_Option);
+    addArray(lbl_news);
+    addArray(lblSize);
+    addArray(mnuPopup);
+    add(StatusBar1.panel(1));
+    add(StatusBar1.panel(2));
+}
+
+void frmMain::connectEvents() {
+    onLoad = [this] { Form_Load(); };
+    onQueryUnload = [this] { Form_QueryUnload(); };
+    onUnload = [] { toolkit::endAfterClosing(); };
+    Timer1.onTimer = [this] { Timer1_Timer(); };
+    cmbSize.onClick = [this] { cmbSize_Click(); };
+    chkAuto.onClick = [this] { chkAuto_Click(); };
+    Firm_Option.onClick = [this](std::int16_t index) { online::Firm_Option_Click(*this, index); };
+    Sett_Option.onClick = [this](std::int16_t index) { online::Sett_Option_Click(*this, index); };
+    cmdChoose.onClick = [this] { job::cmdChoose_Click(*this); };
+    Command1.onClick = [this] { drive::Command1_Click(*this); };
+    cmdOpen.onClick = [this] { drive::cmdOpen_Click(*this); };
+    cmdSearch.onClick = [this] { cmdSearch_Click(); };
+    cmdSaveOnStick.onClick = [this] { cmdSaveOnStick_Click(); };
+    cmdtest.onClick = [this] { cmdtest_Click(); };
+    txtOpenPath.onKeyPress = [this](char32_t) {
+        cmdSaveOnStick.setEnabled(true);
+        UnsavedChanges = true;
+    };
+    for (std::size_t i = 0; i < mnuPopup.size(); ++i)
+        mnuPopup[i].onClick = [this, i] { mnuPopup_Click(static_cast<std::int16_t>(i)); };
+}
+
+void frmMain::Form_Load() {
+    program_.MainWindow = this;
+    program_.Tray = std::make_unique<cTray>();
+    program_.Drive = std::make_unique<cDrive>(program_);
+    program_.Registry = std::make_unique<cRegistry>();
+    SettingsCaptions = settingsCaptions;
+    ChannelOrder = channelOrder;
+    SelectedFirmware = -1;
+    SelectedSettings = -1;
+    setCaption(std::string(app::programTitle).append(app::programVersion));
+    cmbSize.addItem("MB", 2);
+    cmbSize.addItem("GB", 3);
+    cmbSize.setListIndex(0);
+    LoadSettings();
+    setIcon(toolkit::iconResource(programIcon));
+    basDeklare::setDeviceListener({[this] { return automaticDetection_; },
+                                   [this] { drive::deviceArrived(program_); },
+                                   [this] { drive::deviceRemoved(program_); }});
+    basDeklare::HookWindow(handle());
+    showOnlineState("Suche nach Updates...", "Updates werden gesucht.");
+    cmdChoose.setCaption("Suche Updates...");
+    cmdChoose.setEnabled(false);
+}
+
+void frmMain::Form_QueryUnload() {
+    if (UnsavedChanges) {
+        const std::string text =
+            app::joinLines({"Sie haben Informationen abgeändert.", "Wollen Sie speichern?"});
+        if (toolkit::messageBox(text, toolkit::YesNoInformation, caption()) == toolkit::Yes) drive::SavePath(*this);
+    }
+    SaveSettings();
+    basDeklare::UnhookWindow(handle());
+    Unload_Prog();
+}
+
+void frmMain::Unload_Prog() {
+    program_.Registry.reset();
+    program_.Tray.reset();
+    program_.Drive.reset();
+    program_.MainWindow = nullptr;
+}
+
+void frmMain::Timer1_Timer() {
+    online::CheckForUpdates(*this);
+    Timer1.setEnabled(false);
+}
+
+void frmMain::cmdtest_Click() {
+    if (assistant_ == nullptr) assistant_ = std::make_unique<Form1>(*this);
+    assistant_->show(this);
+}
+
+void frmMain::cmdSearch_Click() {
+    cDrive& drive = *program_.Drive;
+    drive.mp_GetDriveTyps();
+    drive.ChooseUSB_Info(drive.p_GetDriveLetters("0"));
+}
+
+void frmMain::cmdSaveOnStick_Click() {
+    drive::SavePath(*this);
+    UnsavedChanges = false;
+    cmdSaveOnStick.setEnabled(false);
+}
+
+/// "Beenden" does nothing, and no menu opens: this is intended.
+void frmMain::mnuPopup_Click(std::int16_t Index) {
+    constexpr std::int16_t restoreItem = 0;
+    constexpr std::int16_t openItem = 1;
+    cDrive& drive = *program_.Drive;
+    if (Index == restoreItem) {
+        setVisible(true);
+        restore();
+    }
+    if (Index == openItem && drive.p_GetDL_Count() == 1) drive::OpenDir(*this, drive.p_GetDriveLetters("0"));
+}
+
+void frmMain::showOnlineState(std::string_view text, std::string_view toolTip) {
+    toolkit::StatusPanel& panel = StatusBar1.panel(2);
+    panel.setText(text);
+    panel.setEnabled(true);
+    panel.setToolTip(toolTip);
+}

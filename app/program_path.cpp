@@ -1,0 +1,16 @@
+#include "app/program_path.h"
+
+#include "platform/program_folder.h"
+
+namespace app {
+
+std::string withBackslash(std::string folder) {
+    if (!folder.ends_with('\\')) folder += '\\';
+    return folder;
+}
+
+std::string programPath() {
+    return withBackslash(platform::programFolder());
+}
+
+} // namespace app

@@ -1,0 +1,72 @@
+// The two choices of the main window that survive its end.
+
+#include "app/frmMain.h"
+#include "app/number_text.h"
+#include "app/program_path.h"
+#include "drive/cDrive.h"
+#include "online/download.h"
+#include "platform/basINI.h"
+#include "platform/files.h"
+#include "platform/program_folder.h"
+#include "toolkit/runtime_error.h"
+
+namespace {
+
+constexpr std::string_view section = "USB Tool";
+
+std::string settingsFile() {
+    return app::withBackslash(platform::settingsFolder()) + "Settings.ini";
+}
+
+/// The window's control of that kind and name.
+template <typename Kind>
+Kind& controlOf(const frmMain& window, const std::string& name) {
+    auto* const control = dynamic_cast<Kind*>(window.find(name));
+    if (control == nullptr) throw toolkit::RuntimeError(toolkit::ErrorNumber::ControlNotFound, name);
+    return *control;
+}
+
+} // namespace
+
+void frmMain::LoadSettings() {
+    basINI::IniReset();
+    basINI::IniReadSection(settingsFile(), section);
+    for (std::int32_t i = 0; i < basINI::IniCount(); ++i) {
+        const std::string key = basINI::IniGetKey(std::to_string(i));
+        const std::string value = basINI::IniGetValue(std::to_string(i));
+        const std::string prefix = key.substr(0, 3);
+        if (prefix == "chk") controlOf<toolkit::CheckBox>(*this, key).setValue(app::integer16FromText(value));
+        if (prefix == "cmb") controlOf<toolkit::ComboBox>(*this, key).setListIndex(app::integer16FromText(value));
+    }
+}
+
+void frmMain::SaveSettings() {
+    const std::string file = settingsFile();
+    if (online::FileExists(file)) {
+        const platform::FileResult result = platform::deleteFile(file);
+        if (result != platform::FileResult::Ok)
+            throw toolkit::RuntimeError(static_cast<toolkit::ErrorNumber>(result), file);
+    }
+    basINI::IniWrite(file, section, chkAuto.name(), std::to_string(chkAuto.value()));
+    basINI::IniWrite(file, section, cmbSize.name(), std::to_string(cmbSize.listIndex()));
+}
+
+void frmMain::chkAuto_Click() {
+    automaticDetection_ = chkAuto.value() != toolkit::CheckBox::Unchecked;
+}
+
+void frmMain::cmbSize_Click() {
+    cDrive& drive = *program_.Drive;
+    if (drive.p_GetDriveLetters("0").empty()) {
+        drive.mp_GetDriveTyps();
+        drive.ChooseUSB_Info(drive.p_GetDriveLetters("0"));
+    } else {
+        drive.GetDriveCapacity();
+    }
+    SetLabelCap();
+}
+
+void frmMain::SetLabelCap() {
+    const std::string unit = cmbSize.text();
+    for (std::size_t i = 0; i < lblSize.size(); ++i) lblSize[i].setCaption(unit);
+}

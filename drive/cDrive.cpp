@@ -1,0 +1,121 @@
+#include "drive/cDrive.h"
+
+#include "app/frmMain.h"
+#include "drive/stick_icons.h"
+#include "platform/basINI.h"
+#include "platform/cTray.h"
+#include "platform/files.h"
+#include "toolkit/picture.h"
+#include "widgets/frmAuswahl.h"
+
+#include <array>
+#include <vector>
+
+namespace {
+
+constexpr const char* severalSticks = "-1";
+constexpr const char* noStick = "-2";
+
+/// The walk compares the position of the last NUL with the length of what is left, so it ends before the last of two or
+/// more roots: the last drive is never examined. This is intended.
+std::vector<std::string> rootsToExamine(std::string text) {
+    std::vector<std::string> roots;
+    std::size_t position = 0;
+    while (position < text.size()) {
+        const std::size_t end = text.find('\0');
+        if (end == std::string::npos) break;
+        position = end + 1;
+        roots.push_back(text.substr(0, position));
+        text.erase(0, position);
+    }
+    return roots;
+}
+
+/// With 16 roots or more the buffer is too small and stays blank: no drive is found. This is intended.
+std::string driveStrings() {
+    std::string buffer(64, ' ');
+    const std::uint32_t length = platform::logicalDriveStrings(buffer);
+    return buffer.substr(0, length);
+}
+
+char upper(char c) {
+    return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
+}
+
+/// Letter and colon of a drive root, in upper case.
+std::string driveName(const std::string& root) {
+    std::string name = root.substr(0, 2);
+    for (char& c : name) c = upper(c);
+    return name;
+}
+
+} // namespace
+
+void cDrive::p_GetDriveLetters_Let(std::string Value) {
+    if (!Value.ends_with('\\')) Value += '\\';
+    driveLetters_.add(std::move(Value));
+}
+
+void cDrive::mp_GetDriveTyps() {
+    const std::vector<std::string> roots = rootsToExamine(driveStrings());
+    p_Del_DriveTyps();
+    p_Del_DriveLetters();
+    for (const std::string& root : roots) {
+        if (platform::driveType(root) != platform::DriveRemovable) continue;
+        const std::string drive = driveName(root);
+        if (drive == "A:") continue;
+        mp_GetDiskSpace(drive + "\\");
+        if (TotalSpace() <= 0) continue;
+        p_GetDriveTyps_Let("Wechseldatenträger");
+        p_GetDriveLetters_Let(drive);
+    }
+    mp_EvaluateSticks();
+}
+
+void cDrive::mp_EvaluateSticks() {
+    usbInfos_ = {};
+    if (p_GetDL_Count() == 1) {
+        program_.Tray->TrayIcon_Icon(toolkit::iconResource(drive::stickIcon));
+        const std::string file = p_GetDriveLetters("0") + "USB.ini";
+        if (mp_PathExists(file)) readProfile(file);
+    } else if (p_GetDL_Count() == 0) {
+        p_SetUSBInfos(noStick);
+        program_.Tray->TrayIcon_Icon(toolkit::iconResource(drive::noStickIcon));
+    } else {
+        p_SetUSBInfos(severalSticks);
+        frmAuswahl dialog(program_);
+        dialog.showModal(*program_.MainWindow);
+    }
+}
+
+/// All sections gather in one list; of its pairs every second one is copied. This is intended.
+void cDrive::readProfile(const std::string& file) {
+    basINI::IniReset();
+    for (const std::string& section : basINI::IniGetSectionNames(file)) basINI::IniReadSection(file, section);
+    for (std::int32_t j = 0; j <= basINI::IniCount() - 1; j += 2) {
+        p_SetUSBInfos(basINI::IniGetKey(std::to_string(j)));
+        p_SetUSBInfos(basINI::IniGetValue(std::to_string(j)));
+    }
+}
+
+void cDrive::ChooseUSB_Info(const std::string& sItem) {
+    const std::string item = sItem;
+    const auto show = [this, &item] {
+        p_Del_DriveLetters();
+        p_GetDriveLetters_Let(item);
+        SetUSB_Info();
+    };
+    if (p_GetDL_Count() <= 1 && !item.empty()) {
+        show();
+        return;
+    }
+    const std::string marker = p_GetUSBInfos(std::to_string(p_USBInfosCount() - 1));
+    if (marker == severalSticks) show();
+    if (marker == noStick) RemoveUSB_Info();
+}
+
+bool cDrive::mp_PathExists(const std::string& path) const {
+    const auto attributes = platform::fileAttributes(path);
+    if (attributes != platform::FileDirectory && attributes != platform::FileArchive) return false;
+    return true;
+}

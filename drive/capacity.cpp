@@ -1,0 +1,51 @@
+// How full the stick is: three figures and a bar.
+
+#include "app/frmMain.h"
+#include "app/number_text.h"
+#include "drive/cDrive.h"
+#include "widgets/cProgressBar.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace {
+
+constexpr toolkit::Color usedColor{222, 0, 0};
+constexpr toolkit::Color freeColor{0, 222, 0};
+
+} // namespace
+
+void cDrive::GetDriveCapacity() {
+    frmMain& window = *program_.MainWindow;
+    mp_GetDiskSpace(p_GetDriveLetters("0"));
+    const double total = TotalSpace();
+    if (total <= 0) {
+        clearCapacity();
+        return;
+    }
+    const double free = TotalFreeSpace();
+    const double used = total - free;
+    const double divisor = std::pow(1024.0, window.cmbSize.itemData());
+    const int decimals = window.cmbSize.listIndex() == 0 ? 2 : 3;
+
+    window.lblHDSize.setCaption(app::formatNumber(total / divisor, decimals));
+    window.lblHDFree.setCaption(app::formatNumber(free / divisor, decimals));
+    window.lblHDUsed.setCaption(app::formatNumber(used / divisor, decimals));
+    window.lblHDUsedColor.setBackColor(usedColor);
+    window.lblHDFreeColor.setBackColor(freeColor);
+
+    // A nearly empty stick still shows a sliver.
+    const double share = std::max((used / divisor) / (total / divisor) * 100, 1.0);
+    cProgressBar bar;
+    bar.StartFarbe(0, 0, 100);
+    bar.EndFarbe(0, 0, 200);
+    bar.ShowProgress(window.Picture1, share, 0, 100, true);
+}
+
+void cDrive::clearCapacity() {
+    frmMain& window = *program_.MainWindow;
+    window.lblHDSize.setCaption("");
+    window.lblHDUsed.setCaption("");
+    window.lblHDFree.setCaption("");
+    window.Picture1.cls();
+}

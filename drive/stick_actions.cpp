@@ -1,0 +1,28 @@
+#include "drive/stick_actions.h"
+
+#include "app/frmMain.h"
+#include "app/program_path.h"
+#include "drive/cDrive.h"
+#include "platform/basINI.h"
+#include "platform/shell.h"
+
+namespace drive {
+
+void OpenDir(frmMain& window, const std::string& spath) {
+    if (window.program().Drive->mp_PathExists(spath))
+        platform::shellExecute(window.handle(), "open", spath, "", "", platform::showNormal);
+}
+
+void SavePath(frmMain& window) {
+    const std::string root = app::withBackslash(window.program().Drive->p_GetDriveLetters("0"));
+    basINI::IniWrite(root + "USB.ini", "Open", "Dir", window.txtOpenPath.text());
+}
+
+/// The choice among several sticks does not shorten the list of drive types, so after it the button does nothing until
+/// a scan finds exactly one. This is intended.
+void cmdOpen_Click(frmMain& window) {
+    const cDrive& drive = *window.program().Drive;
+    if (drive.p_GetDT_Count() == 1) OpenDir(window, window.lblLW.caption() + drive.mp_StandardPfad());
+}
+
+} // namespace drive

@@ -1,0 +1,24 @@
+// What the main window's buttons do with the stick.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+class frmMain;
+
+namespace drive {
+
+/// Opens a folder or file in the desktop's file browser; nothing happens when it does not exist.
+void OpenDir(frmMain& window, const std::string& spath);
+
+/// Writes the standard path into the stick's profile file.
+void SavePath(frmMain& window);
+
+/// Opens the stick's standard folder, when the last scan found exactly one stick.
+void cmdOpen_Click(frmMain& window);
+
+/// Gives the stick the label in the text box; one of more than 11 characters is refused.
+void Command1_Click(frmMain& window);
+
+} // namespace drive

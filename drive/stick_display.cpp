@@ -1,0 +1,65 @@
+// What the main window shows of the stick.
+
+#include "app/frmMain.h"
+#include "app/program_path.h"
+#include "drive/cDrive.h"
+#include "drive/stick_icons.h"
+#include "platform/basINI.h"
+#include "platform/cTray.h"
+#include "toolkit/picture.h"
+
+void cDrive::SetUSB_Info() {
+    frmMain& window = *program_.MainWindow;
+    const std::string root = p_GetDriveLetters("0");
+    const std::string picture = app::programPath() + "file.bmp";
+
+    GetDriveCapacity();
+    window.lblLW.setCaption(root);
+    showStandardPath(root);
+    window.cmdChoose.setEnabled(true);
+    window.cmdChoose.setCaption("Starte Update");
+
+    toolkit::StatusPanel& panel = window.StatusBar1.panel(1);
+    panel.setPicture(toolkit::loadPicture(picture));
+    panel.setText("USB Stick");
+    panel.setEnabled(true);
+    panel.setToolTip("USB-Stick gefunden.");
+
+    window.txtDT_Cap.setText(mp_GetDriveName(root));
+    window.txtFAT.setText(mp_FileSystem());
+    drive::showTrayIcon(program_, drive::stickIcon);
+}
+
+/// Takes the value that the last evaluation with a profile file read; a stick chosen in the dialog has had none read in
+/// this pass. This is intended.
+void cDrive::showStandardPath(const std::string& root) {
+    if (!mp_PathExists(root + "USB.ini")) return;
+    std::string path = basINI::IniGetValue("0");
+    if (path.starts_with('\\')) path.erase(0, 1);
+    mp_StandardPfad(path);
+    program_.MainWindow->txtOpenPath.setText(path);
+}
+
+void cDrive::RemoveUSB_Info() {
+    frmMain& window = *program_.MainWindow;
+    const std::string picture = app::programPath() + "nofile.bmp";
+    window.txtOpenPath.setText("");
+    mp_StandardPfad("");
+    window.txtFAT.setText("");
+    window.txtDT_Cap.setText("");
+    clearCapacity();
+    window.cmdChoose.setEnabled(false);
+    window.cmdChoose.setCaption("USB Stick einstecken");
+
+    toolkit::StatusPanel& panel = window.StatusBar1.panel(1);
+    panel.setPicture(toolkit::loadPicture(picture));
+    panel.setText("No Stick");
+    panel.setEnabled(false);
+    panel.setToolTip("Kein USB-Stick gefunden. Schließen Sie den USB-Stick am PC an.");
+}
+
+void drive::showTrayIcon(app::Program& program, int icon) {
+    const toolkit::Picture picture = toolkit::iconResource(icon);
+    program.Tray->TrayIcon_Icon(picture);
+    program.Tray->TrayIcon_Modify(program.MainWindow->caption(), picture->handle());
+}

@@ -1,0 +1,103 @@
+#include "online/download.h"
+
+#include "app/frmMain.h"
+#include "app/number_text.h"
+#include "online/block_text.h"
+#include "platform/files.h"
+#include "platform/http.h"
+#include "toolkit/pump.h"
+#include "toolkit/runtime_error.h"
+
+#include <array>
+#include <limits>
+
+namespace online {
+
+namespace {
+
+constexpr std::string_view agent = "Qentra:INET";
+constexpr std::size_t readSize = 2048;
+
+/// What the status bar says during a download.
+struct Progress {
+    int downtype;
+    std::string_view text;
+    std::string_view toolTip;
+    std::int16_t readsPerDot;
+};
+
+/// Firmware files are large and channel lists are small, hence the different rhythms.
+constexpr std::array<Progress, 2> progressKinds = {{
+    {1, "Firmware-Update ", "Firmwareupdate läuft...", 20},
+    {2, "Settings-Update ", "Settingsupdate läuft...", 2},
+}};
+
+const Progress* progressOf(std::string_view downtype) {
+    const double number = app::numberFromText(downtype);
+    for (const Progress& kind : progressKinds)
+        if (number == kind.downtype) return &kind;
+    return nullptr;
+}
+
+void showProgress(toolkit::StatusPanel& panel, const std::string& text, const Progress& kind) {
+    panel.setText(text);
+    panel.setEnabled(true);
+    panel.setToolTip(kind.toolTip);
+}
+
+/// Only the dots set the counter back, so a file that is fetched without them comes to its end here.
+void count(std::int16_t& reads) {
+    if (reads == std::numeric_limits<std::int16_t>::max())
+        throw toolkit::RuntimeError(toolkit::ErrorNumber::Overflow);
+    ++reads;
+}
+
+void check(platform::FileResult result, std::string_view path) {
+    if (result != platform::FileResult::Ok)
+        throw toolkit::RuntimeError(static_cast<toolkit::ErrorNumber>(result), std::string(path));
+}
+
+} // namespace
+
+std::string OpenURL(frmMain& window, std::string_view URL, std::string_view downtype, std::int32_t OpenType) {
+    const Progress* const progress = progressOf(downtype);
+    std::string status = progress == nullptr ? std::string() : std::string(progress->text) + ".";
+    std::int16_t reads = 0;
+    BlockText result;
+
+    platform::InternetSession session(agent, OpenType);
+    platform::InternetRequest request(session, URL, platform::internetFlagReload);
+    std::array<char, readSize> buffer{};
+    for (;;) {
+        count(reads);
+        const std::size_t length = request.read(buffer);
+        if (length == 0) break;
+        result.append(std::span(buffer).first(length));
+        if (progress == nullptr) continue;
+        showProgress(window.StatusBar1.panel(2), status, *progress);
+        if (reads == progress->readsPerDot) {
+            status += '.';
+            reads = 0;
+        }
+        toolkit::DoEvents();
+    }
+    return std::move(result).join();
+}
+
+bool FileExists(std::string_view Path) {
+    const auto attributes = platform::fileAttributes(Path);
+    return attributes && (*attributes & (platform::FileDirectory | platform::FileVolume)) == 0;
+}
+
+std::string ReadFile(std::string_view Path) {
+    std::string contents;
+    if (platform::fileLength(Path).value_or(0) != 0) check(platform::readWholeFile(Path, contents), Path);
+    return contents;
+}
+
+void WriteFile(std::string_view Path, std::string_view Text) {
+    if (FileExists(Path) && platform::fileLength(Path) == Text.size() && ReadFile(Path) == Text) return;
+    check(platform::writeWholeFile(Path, Text), Path);
+}
+
+} // namespace online

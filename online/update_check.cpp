@@ -1,0 +1,71 @@
+#include "online/update_check.h"
+
+#include "app/frmMain.h"
+#include "app/program.h"
+#include "online/catalog.h"
+#include "online/download.h"
+#include "online/server_addresses.h"
+#include "platform/shell.h"
+#include "platform/shell_open.h"
+#include "toolkit/dispatch.h"
+#include "toolkit/message_box.h"
+
+#include <string>
+
+namespace online {
+
+namespace {
+
+/// Parameters and folder are the text "0": this is intended.
+[[noreturn]] void refuseOutdatedProgram() {
+    const std::string text = app::joinLines({
+        "Eine neue Version des Programmes ist verfügbar!",
+        "",
+        "Installieren Sie die akutelle Version des Programmes.",
+        "Die Updateseite wird automatisch geöffnet.",
+    });
+    toolkit::messageBox(text, toolkit::Critical, "Version abgelaufen.");
+    platform::ShellOpenFile("open", updatePageUrl(), "0", "0", platform::showNormal, false);
+    toolkit::endAtOnce();
+}
+
+void reportNoConnection(frmMain& window) {
+    const std::string text = app::joinLines({
+        "Es konnte keine Internet-Verbindung hergestellt werden!",
+        "",
+        "Die Internet Updatefunktion kann nicht verwendet werden!",
+        "Prüfen Sie Ihren Internetanschluss und starten Sie das Programm später nochmal.",
+    });
+    toolkit::messageBox(text, toolkit::Critical, "Verbindungs-Fehler");
+    window.showOnlineState("Keine Internetverbindung", "Überprüfen Sie Ihren Internetanschluss.");
+    window.cmdChoose.setCaption("Keine Verbindung");
+    window.cmdChoose.setEnabled(false);
+}
+
+void showNews(frmMain& window, std::string_view text) {
+    const std::string_view line = GetLine(text, 0);
+    for (std::size_t i = 0; i < window.lbl_news.size(); ++i) window.lbl_news[i].setCaption(fieldOf(line, i));
+}
+
+} // namespace
+
+void CheckForUpdates(frmMain& window) {
+    window.cmdChoose.setEnabled(false);
+    const std::string url = downloadUrl();
+    const std::string version = OpenURL(window, url + "usb-version.txt", "0");
+    if (version.empty()) {
+        reportNoConnection(window);
+        return;
+    }
+    // A line end behind the number is a difference, too.
+    if (version != app::programVersion) refuseOutdatedProgram();
+
+    showNews(window, OpenURL(window, url + "usb-news.csv", "0"));
+    LoadCatalog(window, OpenURL(window, url + "usb-list.csv", "0"));
+
+    window.showOnlineState("Updates geladen.", "Updates wurden geladen.");
+    if (!window.lblHDSize.caption().empty()) window.cmdChoose.setEnabled(true);
+    window.cmdChoose.setCaption("Starte Update");
+}
+
+} // namespace online
