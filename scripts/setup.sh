@@ -1,0 +1,39 @@
+#!/usr/bin/env bash
+# Installs what a task needs and this machine lacks: scripts/setup.sh GROUP...
+# Groups: program, tests, style. Every package the project uses is named here, once; README.md tells what each is for.
+set -euo pipefail
+
+declare -A packages=(
+  [program]="g++ cmake ninja-build qt6-base-dev libcurl4-openssl-dev
+             fonts-dejavu-core xdg-utils dosfstools fdisk python3"
+  [tests]="libgtest-dev dbus curl mtools"
+  [style]="clang-format-14 clang-tidy-14"
+)
+
+missing=()
+for group in "$@"; do
+  for package in ${packages[$group]:?"unknown group $group"}; do
+    state=$(dpkg-query -W -f='${db:Status-Status}' "$package" 2>/dev/null || true)
+    [ "$state" = installed ] || missing+=("$package")
+  done
+done
+[ ${#missing[@]} -gt 0 ] || exit 0
+
+echo "Installing: ${missing[*]}"
+as_root=()
+if [ "$(id -u)" -ne 0 ]; then
+  if ! command -v sudo >/dev/null; then
+    echo "These packages are missing, and neither root nor sudo is at hand to install them." >&2
+    exit 1
+  fi
+  as_root=(sudo)
+fi
+log=$(mktemp)
+trap 'rm -f "$log"' EXIT
+if ! { "${as_root[@]}" apt-get update &&
+       "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive \
+         apt-get install -y --no-install-recommends "${missing[@]}"; } >"$log" 2>&1; then
+  cat "$log" >&2
+  echo "The packages could not be installed: ${missing[*]}" >&2
+  exit 1
+fi
