@@ -1,0 +1,18 @@
+// Command lines: the one text that Windows hands to a program, and the arguments that this system wants.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace platform::posix {
+
+/// The native path of the program that a command line begins with, then its arguments. No value when it begins with
+/// no existing file.
+///
+/// A program path without quotes may hold blanks, so each blank may be its end. The longest piece that is a file is the
+/// program: with the shortest one, a file "/opt/my" would run in the place of "/opt/my folder\tool.exe".
+std::optional<std::vector<std::string>> parseCommandLine(std::string_view commandLine);
+
+} // namespace platform::posix

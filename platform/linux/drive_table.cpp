@@ -1,0 +1,50 @@
+#include "platform/linux/drive_table.h"
+
+#include "platform/linux/drive_links.h"
+#include "platform/linux/drives_ini.h"
+#include "platform/linux/udisks_drives.h"
+
+namespace platform::posix {
+
+namespace {
+
+struct Table {
+    IniDrives file;
+    UdisksDrives volumes;
+    DriveLinks links;
+};
+
+Table& table() {
+    static Table theTable;
+    return theTable;
+}
+
+char upper(char letter) {
+    return letter >= 'a' && letter <= 'z' ? static_cast<char>(letter - 'a' + 'A') : letter;
+}
+
+} // namespace
+
+DriveSource& driveSource() {
+    if (table().file.load()) return table().file;
+    return table().volumes;
+}
+
+std::optional<std::string> driveFolder(char letter) {
+    return driveSource().folder(upper(letter));
+}
+
+void mirrorDriveTable() {
+    DriveSource& drives = driveSource();
+    DriveLinks::Targets targets;
+    for (const char letter : drives.letters())
+        if (const std::string target = drives.target(letter); !target.empty()) targets[letter] = target;
+    table().links.show(targets);
+}
+
+void releaseDriveTable() {
+    table().volumes.release();
+    table().links.remove();
+}
+
+} // namespace platform::posix

@@ -1,0 +1,10 @@
+#pragma once
+
+#include "platform/files.h"
+
+namespace platform::posix {
+
+/// What an error number of a file operation means to the program. ENOENT counts as a file that is not found.
+FileResult fileResult(int error);
+
+} // namespace platform::posix

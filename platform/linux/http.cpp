@@ -1,0 +1,256 @@
+// Downloads by libcurl's multi interface: nothing moves but inside read(), and little is read ahead.
+// https://curl.se/libcurl/c/libcurl-multi.html
+#include "platform/http.h"
+
+#include "platform/linux/http_address.h"
+#include "platform/linux/http_timeouts.h"
+
+#include <curl/curl.h>
+
+#include <algorithm>
+#include <chrono>
+#include <csignal>
+#include <optional>
+#include <utility>
+
+namespace platform {
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+constexpr long receiveBufferSize = 512L * 1024;  // few calls a megabyte
+constexpr std::size_t readAhead = 1024UL * 1024; // a fast server fills many times curl's buffer in one go
+constexpr long maxRedirects = 10;
+constexpr const char* allowedProtocols = "http,https";
+
+struct ListDeleter {
+    void operator()(curl_slist* list) const { curl_slist_free_all(list); }
+};
+
+/// A write to a connection that the server has closed must not end the program. libcurl leaves that to its
+/// caller once it is told to stay away from signals; the previous setting is put back for the sake of started
+/// programs.
+class BrokenPipeIgnored {
+public:
+    BrokenPipeIgnored() {
+        struct sigaction ignore = {};
+        ignore.sa_handler = SIG_IGN;
+        sigaction(SIGPIPE, &ignore, &previous_);
+    }
+    BrokenPipeIgnored(const BrokenPipeIgnored&) = delete;
+    BrokenPipeIgnored& operator=(const BrokenPipeIgnored&) = delete;
+    ~BrokenPipeIgnored() { sigaction(SIGPIPE, &previous_, nullptr); }
+
+private:
+    struct sigaction previous_ = {};
+};
+
+} // namespace
+
+posix::HttpTimeouts& posix::httpTimeouts() {
+    static HttpTimeouts timeouts;
+    return timeouts;
+}
+
+struct InternetSession::State {
+    std::string agent;
+    bool systemProxy = true;
+};
+
+InternetSession::InternetSession(std::string_view agent, std::int32_t accessType)
+    : state_(std::make_unique<State>()) {
+    state_->agent = agent;
+    state_->systemProxy = accessType == internetOpenPreconfig;
+}
+
+InternetSession::~InternetSession() = default;
+
+struct InternetRequest::State {
+    State();
+    State(const State&) = delete;
+    State& operator=(const State&) = delete;
+    ~State();
+
+    void configure(const std::string& address, const std::string& agent, bool systemProxy);
+    void forgetCaches();
+    void begin();
+    void fill(std::size_t wanted);
+    std::size_t take(std::span<char> buffer);
+
+    CURLM* multi = nullptr; // of its own: one request's reading moves no other
+    CURL* easy = nullptr;
+    std::unique_ptr<curl_slist, ListDeleter> headers;
+    posix::HttpTimeouts timeouts = posix::httpTimeouts();
+    std::string received;
+    std::size_t handedOut = 0;
+    std::size_t limit = readAhead; ///< of what is received and not handed out; at least what is asked for
+    bool paused = false;
+    bool ended = false;
+    bool connecting = true;
+    Clock::time_point lastByte;
+
+private:
+    std::size_t available() const { return received.size() - handedOut; }
+    void resume();
+    void step();
+    void wait();
+    void noteArrival() { lastByte = Clock::now(); }
+
+    static std::size_t onBody(char* data, std::size_t size, std::size_t count, void* request);
+    static std::size_t onHeader(char* data, std::size_t size, std::size_t count, void* request);
+    static int onNameLookup(void* resolver, void* reserved, void* request);
+    static int onSocket(void* request, curl_socket_t socket, curlsocktype purpose);
+    static int onConnected(void* request, char* remote, char* local, int remotePort, int localPort);
+};
+
+InternetRequest::State::State() {
+    static const CURLcode started = curl_global_init(CURL_GLOBAL_DEFAULT);
+    if (started != CURLE_OK) return;
+    multi = curl_multi_init();
+    easy = curl_easy_init();
+}
+
+InternetRequest::State::~State() {
+    const BrokenPipeIgnored guard;
+    curl_multi_remove_handle(multi, easy);
+    curl_easy_cleanup(easy);
+    curl_multi_cleanup(multi);
+}
+
+void InternetRequest::State::configure(const std::string& address, const std::string& agent,
+                                       bool systemProxy) {
+    curl_easy_setopt(easy, CURLOPT_URL, address.c_str());
+    curl_easy_setopt(easy, CURLOPT_USERAGENT, agent.c_str());
+    curl_easy_setopt(easy, CURLOPT_PROTOCOLS_STR, allowedProtocols);
+    curl_easy_setopt(easy, CURLOPT_REDIR_PROTOCOLS_STR, allowedProtocols);
+    curl_easy_setopt(easy, CURLOPT_FOLLOWLOCATION, 1L);
+    curl_easy_setopt(easy, CURLOPT_MAXREDIRS, maxRedirects);
+    curl_easy_setopt(easy, CURLOPT_NOSIGNAL, 1L);
+    curl_easy_setopt(easy, CURLOPT_BUFFERSIZE, receiveBufferSize);
+    curl_easy_setopt(easy, CURLOPT_CONNECTTIMEOUT_MS, static_cast<long>(timeouts.connect.count()));
+    // A name server that says nothing holds its thread longer than the time-out; do not wait for that thread.
+    curl_easy_setopt(easy, CURLOPT_QUICK_EXIT, 1L);
+    if (!systemProxy) curl_easy_setopt(easy, CURLOPT_PROXY, "");
+}
+
+void InternetRequest::State::forgetCaches() {
+    for (const char* header : {"Cache-Control: no-cache", "Pragma: no-cache"})
+        if (curl_slist* longer = curl_slist_append(headers.get(), header)) {
+            (void)headers.release(); // the same list, or its new beginning
+            headers.reset(longer);
+        }
+    curl_easy_setopt(easy, CURLOPT_HTTPHEADER, headers.get());
+}
+
+void InternetRequest::State::begin() {
+    curl_easy_setopt(easy, CURLOPT_WRITEFUNCTION, &State::onBody);
+    curl_easy_setopt(easy, CURLOPT_WRITEDATA, this);
+    curl_easy_setopt(easy, CURLOPT_HEADERFUNCTION, &State::onHeader);
+    curl_easy_setopt(easy, CURLOPT_HEADERDATA, this);
+    curl_easy_setopt(easy, CURLOPT_RESOLVER_START_FUNCTION, &State::onNameLookup);
+    curl_easy_setopt(easy, CURLOPT_RESOLVER_START_DATA, this);
+    curl_easy_setopt(easy, CURLOPT_SOCKOPTFUNCTION, &State::onSocket);
+    curl_easy_setopt(easy, CURLOPT_SOCKOPTDATA, this);
+    curl_easy_setopt(easy, CURLOPT_PREREQFUNCTION, &State::onConnected);
+    curl_easy_setopt(easy, CURLOPT_PREREQDATA, this);
+    ended = curl_multi_add_handle(multi, easy) != CURLM_OK;
+}
+
+std::size_t InternetRequest::State::onBody(char* data, std::size_t size, std::size_t count, void* request) {
+    auto& self = *static_cast<State*>(request);
+    if (self.available() >= self.limit) {
+        self.paused = true;
+        return CURL_WRITEFUNC_PAUSE; // curl offers the same bytes again
+    }
+    self.received.append(data, size * count);
+    self.noteArrival();
+    return size * count;
+}
+
+std::size_t InternetRequest::State::onHeader(char* /*data*/, std::size_t size, std::size_t count,
+                                             void* request) {
+    static_cast<State*>(request)->noteArrival();
+    return size * count;
+}
+
+// A redirect may lead to another server, and there the time-out for connecting holds again.
+int InternetRequest::State::onNameLookup(void* /*resolver*/, void* /*reserved*/, void* request) {
+    static_cast<State*>(request)->connecting = true;
+    return 0;
+}
+
+int InternetRequest::State::onSocket(void* request, curl_socket_t /*socket*/, curlsocktype /*purpose*/) {
+    static_cast<State*>(request)->connecting = true;
+    return CURL_SOCKOPT_OK;
+}
+
+int InternetRequest::State::onConnected(void* request, char* /*remote*/, char* /*local*/, int /*remotePort*/,
+                                        int /*localPort*/) {
+    static_cast<State*>(request)->connecting = false;
+    static_cast<State*>(request)->noteArrival();
+    return CURL_PREREQFUNC_OK;
+}
+
+void InternetRequest::State::fill(std::size_t wanted) {
+    if (ended || available() >= wanted) return;
+    received.erase(0, handedOut);
+    handedOut = 0;
+    noteArrival(); // the time the caller was busy elsewhere is not the server's silence
+    limit = std::max(wanted, readAhead);
+    const BrokenPipeIgnored guard;
+    resume();
+    while (!ended && received.size() < wanted)
+        step();
+}
+
+void InternetRequest::State::resume() {
+    if (!std::exchange(paused, false)) return;
+    ended = curl_easy_pause(easy, CURLPAUSE_CONT) != CURLE_OK;
+}
+
+/// An error ends the file as its regular end does: what came before it has been received.
+void InternetRequest::State::step() {
+    const std::size_t before = received.size();
+    int running = 0;
+    ended = curl_multi_perform(multi, &running) != CURLM_OK || running == 0;
+    if (!ended && received.size() == before) wait();
+}
+
+void InternetRequest::State::wait() {
+    // Not curl's own low-speed limit: that judges a mean of several seconds, and a slow server is not a
+    // silent one.
+    auto left = std::chrono::milliseconds(1000);
+    if (!connecting) {
+        const auto silent = std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - lastByte);
+        left = std::min(left, timeouts.silence - silent);
+    }
+    const int milliseconds = static_cast<int>(std::max<std::chrono::milliseconds::rep>(left.count(), 0));
+    ended = milliseconds == 0 || curl_multi_poll(multi, nullptr, 0, milliseconds, nullptr) != CURLM_OK;
+}
+
+std::size_t InternetRequest::State::take(std::span<char> buffer) {
+    const std::size_t count = std::min(buffer.size(), available());
+    std::copy_n(received.data() + handedOut, count, buffer.data());
+    handedOut += count;
+    return count;
+}
+
+InternetRequest::InternetRequest(InternetSession& session, std::string_view url, std::uint32_t flags) {
+    const std::optional<std::string> address = posix::httpAddress(url);
+    if (!address) return;
+    state_ = std::make_unique<State>();
+    state_->configure(*address, session.state_->agent, session.state_->systemProxy);
+    if ((flags & internetFlagReload) != 0) state_->forgetCaches();
+    state_->begin();
+}
+
+InternetRequest::~InternetRequest() = default;
+
+std::size_t InternetRequest::read(std::span<char> buffer) {
+    if (!state_) return 0;
+    state_->fill(buffer.size());
+    return state_->take(buffer);
+}
+
+} // namespace platform

@@ -1,0 +1,192 @@
+#include "platform/process.h"
+
+#include "platform/linux/command_line.h"
+#include "platform/linux/unique_fd.h"
+
+#include <array>
+#include <cerrno>
+#include <chrono>
+#include <csignal>
+#include <fcntl.h>
+#include <optional>
+#include <poll.h>
+#include <spawn.h>
+#include <string>
+#include <sys/ioctl.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <unistd.h>
+#include <vector>
+
+namespace platform {
+
+namespace {
+
+using posix::UniqueFd;
+using namespace std::chrono_literals;
+
+/// What a program gets to end in good order before it is killed.
+constexpr auto graceTime = 2000ms;
+
+struct PipeEnds {
+    UniqueFd read;
+    UniqueFd write;
+};
+
+/// The same file under a number above those of the standard files, whichever of them this program has closed.
+UniqueFd aboveStandardFiles(UniqueFd fd) {
+    if (fd.get() > STDERR_FILENO) return fd;
+    return UniqueFd(fcntl(fd.get(), F_DUPFD_CLOEXEC, STDERR_FILENO + 1));
+}
+
+std::optional<PipeEnds> createPipe() {
+    std::array<int, 2> ends = {};
+    if (pipe2(ends.data(), O_CLOEXEC) != 0) return std::nullopt;
+    PipeEnds pipe = {UniqueFd(ends[0]), UniqueFd(ends[1])};
+    pipe = {aboveStandardFiles(std::move(pipe.read)), aboveStandardFiles(std::move(pipe.write))};
+    if (!pipe.read || !pipe.write) return std::nullopt;
+    return pipe;
+}
+
+/// The child's standard files and its signals; a process group of its own, so that it can be ended with all it started.
+class SpawnPlan {
+public:
+    SpawnPlan(int input, int output) {
+        posix_spawn_file_actions_init(&files_);
+        posix_spawn_file_actions_adddup2(&files_, input, STDIN_FILENO);
+        posix_spawn_file_actions_adddup2(&files_, output, STDOUT_FILENO);
+        posix_spawn_file_actions_addopen(&files_, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
+        posix_spawn_file_actions_addclosefrom_np(&files_, STDERR_FILENO + 1);
+        sigset_t none = {};
+        sigset_t all = {};
+        sigemptyset(&none);
+        sigfillset(&all);
+        posix_spawnattr_init(&attributes_);
+        posix_spawnattr_setsigmask(&attributes_, &none);
+        posix_spawnattr_setsigdefault(&attributes_, &all);
+        posix_spawnattr_setflags(&attributes_,
+                                 POSIX_SPAWN_SETPGROUP | POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
+    }
+    SpawnPlan(const SpawnPlan&) = delete;
+    SpawnPlan& operator=(const SpawnPlan&) = delete;
+    ~SpawnPlan() {
+        posix_spawnattr_destroy(&attributes_);
+        posix_spawn_file_actions_destroy(&files_);
+    }
+
+    /// Process id, or -1.
+    pid_t start(const std::vector<std::string>& command) const {
+        std::vector<char*> arguments;
+        for (const std::string& argument : command)
+            arguments.push_back(const_cast<char*>(argument.c_str())); // the system does not write to it
+        arguments.push_back(nullptr);
+        pid_t process = -1;
+        const int failure =
+            posix_spawn(&process, arguments.front(), &files_, &attributes_, arguments.data(), environ);
+        return failure == 0 ? process : -1;
+    }
+
+private:
+    posix_spawn_file_actions_t files_ = {};
+    posix_spawnattr_t attributes_ = {};
+};
+
+/// Whether the process ends in time; it is not reaped.
+bool endsWithin(pid_t process, std::chrono::milliseconds time) {
+    // glibc's header does not declare its own function for C++.
+    const UniqueFd watched(static_cast<int>(syscall(SYS_pidfd_open, process, 0)));
+    if (!watched) return false;
+    const auto deadline = std::chrono::steady_clock::now() + time;
+    for (;;) {
+        const auto left =
+            std::chrono::ceil<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
+        if (left <= 0ms) return false;
+        pollfd ending = {watched.get(), POLLIN, 0};
+        const int ready = poll(&ending, 1, static_cast<int>(left.count()));
+        if (ready >= 0 || errno != EINTR) return ready > 0;
+    }
+}
+
+/// Waits for a process that has ended or is about to.
+void reap(pid_t process) {
+    while (waitpid(process, nullptr, 0) < 0 && errno == EINTR) {}
+}
+
+} // namespace
+
+struct Pipe::State {
+    UniqueFd write; // members go in the order opposite to this one
+    UniqueFd read;
+};
+
+Pipe::Pipe() {
+    auto ends = createPipe();
+    if (ends) state_ = std::make_unique<State>(State{std::move(ends->write), std::move(ends->read)});
+}
+
+Pipe::~Pipe() = default;
+
+bool Pipe::peek(std::uint32_t& available) const {
+    available = 0;
+    int count = 0;
+    if (!state_ || ioctl(state_->read.get(), FIONREAD, &count) != 0) return false;
+    available = static_cast<std::uint32_t>(count);
+    return true;
+}
+
+bool Pipe::read(std::span<char> buffer, std::uint32_t& count) {
+    count = 0;
+    if (!state_) return false;
+    ssize_t result = -1;
+    do {
+        result = ::read(state_->read.get(), buffer.data(), buffer.size());
+    } while (result < 0 && errno == EINTR);
+    if (result < 0) return false;
+    count = static_cast<std::uint32_t>(result);
+    return true;
+}
+
+struct Process::State {
+    State(pid_t child, PipeEnds pipe) : id(child), input(std::move(pipe)) {}
+    State(const State&) = delete;
+    State& operator=(const State&) = delete;
+
+    ~State() {
+        if (reaped) return;
+        kill(-id, SIGTERM);
+        if (!endsWithin(id, graceTime)) kill(-id, SIGKILL);
+        reap(id);
+    }
+
+    pid_t id;
+    bool reaped = false;
+    PipeEnds input; ///< its read end stays open here, so that no answer meets a broken pipe, and no SIGPIPE comes
+};
+
+Process::Process(std::string_view commandLine, Pipe& output) {
+    const auto command = posix::parseCommandLine(commandLine);
+    auto input = createPipe();
+    if (!command || !input || !output.created()) return;
+    const pid_t id = SpawnPlan(input->read.get(), output.state_->write.get()).start(*command);
+    if (id > 0) state_ = std::make_unique<State>(id, std::move(*input));
+}
+
+Process::~Process() = default;
+
+/// A typed line ends with a line end, and the end of the input follows it, so that a second question is not waited for.
+void Process::answer(std::string_view text) {
+    if (!state_ || !state_->input.write) return;
+    const std::string line = std::string(text) + '\n';
+    // A pipe that nobody has written to yet takes a line at once.
+    [[maybe_unused]] const ssize_t written = write(state_->input.write.get(), line.data(), line.size());
+    state_->input.write.close();
+}
+
+bool Process::ended() {
+    if (!state_ || state_->reaped) return true;
+    const pid_t result = waitpid(state_->id, nullptr, WNOHANG);
+    state_->reaped = result == state_->id || (result < 0 && errno == ECHILD);
+    return state_->reaped;
+}
+
+} // namespace platform

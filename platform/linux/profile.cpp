@@ -1,0 +1,69 @@
+#include "platform/profile.h"
+
+#include "platform/files.h"
+#include "platform/linux/file_replace.h"
+#include "platform/linux/profile_text.h"
+
+#include <algorithm>
+#include <string>
+
+namespace platform {
+
+using namespace posix;
+
+namespace {
+
+/// A file that is larger is none that this program has to do with.
+constexpr std::uint64_t largestProfile = 256ULL * 1024 * 1024;
+
+bool readProfile(std::string_view path, std::string& text) {
+    const auto length = fileLength(path);
+    return length && *length <= largestProfile && readWholeFile(path, text) == FileResult::Ok;
+}
+
+bool fitsInLine(std::string_view text) {
+    return text.find_first_of(std::string_view("\r\n\0", 3)) == std::string_view::npos;
+}
+
+/// Hands the entries out in the shape of the Windows functions: a list is complete when two characters stay
+/// free, of which the last one need not be filled.
+std::uint32_t handOut(std::string_view entries, std::span<char> buffer) {
+    const std::size_t size = std::min<std::size_t>(buffer.size(), UINT32_MAX);
+    if (size == 0) return 0;
+    const std::size_t room = size - std::min<std::size_t>(size, 2);
+    const std::size_t count = std::min(entries.size(), room);
+    std::copy_n(entries.begin(), count, buffer.begin());
+    const std::size_t closing = entries.size() > room ? size : count + 1;
+    std::fill(buffer.begin() + static_cast<std::ptrdiff_t>(count),
+              buffer.begin() + static_cast<std::ptrdiff_t>(closing), '\0');
+    return static_cast<std::uint32_t>(count);
+}
+
+} // namespace
+
+std::uint32_t profileSection(std::string_view section, std::span<char> buffer, std::string_view path) {
+    std::string text;
+    return handOut(readProfile(path, text) ? profileLines(text, section) : std::string(), buffer);
+}
+
+std::uint32_t profileSectionNames(std::span<char> buffer, std::string_view path) {
+    std::string text;
+    return handOut(readProfile(path, text) ? profileNames(text) : std::string(), buffer);
+}
+
+bool writeProfileString(std::string_view section, std::optional<std::string_view> key,
+                        std::optional<std::string_view> value, std::string_view path) {
+    if (!fitsInLine(section) || !fitsInLine(key.value_or("")) || !fitsInLine(value.value_or("")))
+        return false;
+    if (key && profileTrimmed(*key).empty()) return false;
+
+    FileReplacement file(path);
+    if (!file.possible()) return false;
+    std::string text;
+    if (file.exists() && !readProfile(path, text)) return false;
+    const std::string changed =
+        key ? withProfileKey(text, section, *key, value) : withoutProfileSection(text, section);
+    return changed == text || file.replace(changed);
+}
+
+} // namespace platform

@@ -1,0 +1,92 @@
+#include "platform/program_folder.h"
+
+#include "platform/linux/own_folders.h"
+
+#include <cstdlib>
+#include <fcntl.h>
+#include <filesystem>
+#include <pwd.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <vector>
+
+namespace platform {
+
+namespace {
+
+constexpr const char* settingsFile = "Settings.ini";
+constexpr const char* folderName = "orvanta-usbtool";
+constexpr mode_t forOwner = 0700;
+
+/// Whether the process may write a file or into a folder, on a medium that can be written.
+bool isWritable(const std::string& path) {
+    return faccessat(AT_FDCWD, path.c_str(), W_OK, AT_EACCESS) == 0;
+}
+
+/// The folder takes new files, and the settings file in it, if there is one, can be changed.
+bool takesSettings(const std::string& folder) {
+    const std::string file = folder + "/" + settingsFile;
+    return isWritable(folder) && (access(file.c_str(), F_OK) != 0 || isWritable(file));
+}
+
+std::string homeFolder() {
+    // Not threaded yet when it is first asked, and nothing else in the program sets the environment.
+    const char* home = std::getenv("HOME"); // NOLINT(concurrency-mt-unsafe)
+    if (home != nullptr && home[0] == '/') return home;
+    std::vector<char> buffer(16UL * 1024);
+    passwd entry{};
+    passwd* found = nullptr;
+    if (getpwuid_r(geteuid(), &entry, buffer.data(), buffer.size(), &found) != 0 || found == nullptr)
+        return {};
+    return entry.pw_dir[0] == '/' ? entry.pw_dir : std::string();
+}
+
+/// Creates a folder and those above it, for the user alone.
+void createFolders(const std::filesystem::path& folder) {
+    if (folder.has_parent_path() && folder != folder.parent_path() &&
+        access(folder.parent_path().c_str(), F_OK) != 0) {
+        createFolders(folder.parent_path());
+    }
+    // When it fails, writing the settings does, and that is reported there.
+    static_cast<void>(mkdir(folder.c_str(), forOwner));
+}
+
+} // namespace
+
+namespace posix {
+
+/// https://specifications.freedesktop.org/basedir-spec/latest/: a relative path in the variable does not
+/// count.
+std::string userConfigFolder() {
+    const char* config = std::getenv("XDG_CONFIG_HOME"); // NOLINT(concurrency-mt-unsafe)
+    std::string base = config != nullptr && config[0] == '/' ? config : std::string();
+    if (base.empty()) {
+        base = homeFolder();
+        if (base.empty()) return {};
+        base += "/.config";
+    }
+    return (std::filesystem::path(base) / folderName).lexically_normal().string();
+}
+
+} // namespace posix
+
+std::string programFolder() {
+    // The link's target keeps its folder when the program's file is replaced while it runs.
+    static const std::string folder = [] {
+        std::error_code error;
+        const auto file = std::filesystem::read_symlink("/proc/self/exe", error);
+        return error ? std::string() : file.parent_path().string();
+    }();
+    return folder;
+}
+
+std::string settingsFolder() {
+    std::string program = programFolder();
+    if (takesSettings(program)) return program;
+    std::string own = posix::userConfigFolder();
+    if (own.empty()) return program;
+    createFolders(own);
+    return own;
+}
+
+} // namespace platform

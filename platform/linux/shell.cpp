@@ -1,0 +1,103 @@
+// The shell's part is played by the desktop's own commands, xdg-open and xdg-mime:
+// https://www.freedesktop.org/wiki/Software/xdg-utils/
+#include "platform/shell.h"
+
+#include "platform/linux/desktop_command.h"
+#include "platform/linux/file_io.h"
+#include "platform/linux/http_address.h"
+#include "platform/linux/open_with_portal.h"
+#include "platform/linux/path.h"
+
+#include <algorithm>
+#include <chrono>
+#include <optional>
+#include <string>
+
+namespace platform {
+
+namespace {
+
+constexpr std::string_view chooserCommand = "rundll32.exe shell32.dll,OpenAs_RunDLL ";
+constexpr auto associationPatience = std::chrono::seconds(2); // the window does not answer meanwhile
+
+/// The address to pass on; "www." alone makes one, as it does on Windows.
+std::optional<std::string> webAddress(std::string_view file) {
+    if (posix::startsWithNoCase(file, "www.")) return posix::httpAddress("http://" + std::string(file));
+    return posix::httpAddress(file);
+}
+
+/// "mailto:", "file:" and the like; one letter is a drive.
+bool hasScheme(std::string_view file) {
+    const std::size_t length = file.find_first_not_of("abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ"
+                                                      "0123456789+-.");
+    return length != std::string_view::npos && length > 1 && file[length] == ':';
+}
+
+/// Whatever is not on the shell's list of codes is "access denied".
+int start(const std::string& target) {
+    return posix::startDetached({"xdg-open", target}) ? ShellAccepted : ShellAccessDenied;
+}
+
+std::string firstLine(const std::string& text) {
+    return text.substr(0, text.find_first_of("\r\n"));
+}
+
+/// Whether a program goes with the file's type. When that cannot be found out xdg-open shall see for itself.
+bool hasProgram(const std::string& path) {
+    const auto deadline = std::chrono::steady_clock::now() + associationPatience;
+    const auto type = posix::outputOf({"xdg-mime", "query", "filetype", path}, deadline);
+    if (!type) return true;
+    const std::string name = firstLine(*type).substr(0, type->find(';')); // some versions add "; charset="
+    if (name.empty()) return false;
+    const auto program = posix::outputOf({"xdg-mime", "query", "default", name}, deadline);
+    return !program || !firstLine(*program).empty();
+}
+
+/// Finds the file or folder; ShellAccepted, or the code for why there is none.
+int find(std::string_view file, posix::Place& place) {
+    switch (posix::locate(file, place)) {
+    case FileResult::Ok:
+        break;
+    case FileResult::PathNotFound:
+    case FileResult::DiskNotReady:
+        return ShellPathNotFound;
+    default:
+        return ShellAccessDenied;
+    }
+    if (place.isFolder() || place.isFile()) return ShellAccepted;
+    if (place.asksForFolder) return ShellPathNotFound;
+    return place.info ? ShellAccessDenied : ShellFileNotFound; // a pipe or a device is nothing to open
+}
+
+int openPath(std::string_view file) {
+    posix::Place place;
+    const int found = find(file, place);
+    if (found != ShellAccepted) return found;
+    const std::string path = place.isRoot ? place.folderPath : place.folderPath + place.name;
+    if (!place.isFolder() && !hasProgram(path)) return ShellNoAssociation;
+    return start(path);
+}
+
+} // namespace
+
+// Parameters and directory belong to programs, and here only documents, folders and addresses are opened.
+int shellExecute(ShellOwner /*owner*/, std::string_view verb, std::string_view file,
+                 std::string_view /*parameters*/, std::string_view /*directory*/, int /*showCommand*/) {
+    const bool opens = verb.empty() || (verb.size() == 4 && posix::startsWithNoCase(verb, "open"));
+    if (!opens) return ShellNoAssociation;
+    if (file.empty()) return ShellFileNotFound;
+    if (const auto address = webAddress(file)) return start(*address);
+    if (hasScheme(file))
+        return ShellNoAssociation; // nothing that a server can send may start more than a browser
+    return openPath(file);
+}
+
+bool startOpenWithChooser(std::string_view commandLine) {
+    if (!posix::startsWithNoCase(commandLine, chooserCommand)) return false;
+    posix::Place place;
+    posix::UniqueFd file;
+    return find(commandLine.substr(chooserCommand.size()), place) == ShellAccepted && place.isFile() &&
+           posix::openToRead(place, file) == FileResult::Ok && posix::askPortalToOpen(file.get());
+}
+
+} // namespace platform

@@ -1,0 +1,69 @@
+#include "platform/linux/udisks.h"
+
+#include <QDBusArgument>
+#include <QDBusConnection>
+#include <QDBusMessage>
+
+namespace platform::posix::udisks {
+
+namespace {
+
+constexpr const char* fileSystemInterface = "org.freedesktop.UDisks2.Filesystem";
+
+// As long as the bus waits for a service that it starts.
+constexpr int timeout = 25'000; // ms
+
+QDBusMessage request(const QString& object, const char* method) {
+    return QDBusMessage::createMethodCall(service, object, fileSystemInterface, method);
+}
+
+/// The program measures drives without being told to, so a question for a password would come out of the
+/// blue.
+QVariantMap quietly() {
+    return {{"auth.no_user_interaction", true}};
+}
+
+QDBusMessage answerTo(const QDBusMessage& message) {
+    return QDBusConnection::systemBus().call(message, QDBus::Block, timeout);
+}
+
+Outcome outcomeOf(const QDBusMessage& answer) {
+    if (answer.type() == QDBusMessage::ReplyMessage) return Outcome::Done;
+    const QString error = answer.errorName();
+    if (error == "org.freedesktop.UDisks2.Error.AlreadyMounted") return Outcome::AlreadyMounted;
+    if (error == "org.freedesktop.UDisks2.Error.DeviceBusy") return Outcome::Busy;
+    return Outcome::Failed;
+}
+
+} // namespace
+
+std::optional<Objects> managedObjects() {
+    const QDBusMessage answer = answerTo(QDBusMessage::createMethodCall(
+        service, managerPath, "org.freedesktop.DBus.ObjectManager", "GetManagedObjects"));
+    if (answer.type() != QDBusMessage::ReplyMessage || answer.signature() != "a{oa{sa{sv}}}")
+        return std::nullopt;
+    return qdbus_cast<Objects>(answer.arguments().constFirst());
+}
+
+MountAnswer mount(const QString& object) {
+    QDBusMessage message = request(object, "Mount");
+    message << quietly();
+    const QDBusMessage answer = answerTo(message);
+    const Outcome outcome = outcomeOf(answer);
+    if (outcome != Outcome::Done) return {outcome, {}};
+    return {outcome, answer.arguments().value(0).toString()};
+}
+
+Outcome unmount(const QString& object) {
+    QDBusMessage message = request(object, "Unmount");
+    message << quietly();
+    return outcomeOf(answerTo(message));
+}
+
+Outcome setLabel(const QString& object, const QString& label) {
+    QDBusMessage message = request(object, "SetLabel");
+    message << label << quietly();
+    return outcomeOf(answerTo(message));
+}
+
+} // namespace platform::posix::udisks

@@ -1,0 +1,37 @@
+// The calls to UDisks2 that the drive table needs. Each blocks for one answer of the service, which the bus
+// starts when it is not running; none waits for ever. http://storaged.org/doc/udisks2-api/latest/
+#pragma once
+
+#include <QDBusObjectPath>
+#include <QMap>
+#include <QString>
+#include <QVariantMap>
+
+#include <optional>
+
+namespace platform::posix::udisks {
+
+inline constexpr const char* service = "org.freedesktop.UDisks2";
+inline constexpr const char* managerPath = "/org/freedesktop/UDisks2";
+inline constexpr const char* blockDevicesPath = "/org/freedesktop/UDisks2/block_devices/";
+inline constexpr const char* drivesPath = "/org/freedesktop/UDisks2/drives/";
+
+using Interfaces = QMap<QString, QVariantMap>;
+using Objects = QMap<QDBusObjectPath, Interfaces>;
+
+enum class Outcome { Done, AlreadyMounted, Busy, Failed };
+
+struct MountAnswer {
+    Outcome outcome = Outcome::Failed;
+    QString folder;
+};
+
+/// Everything the service knows, in one round trip; no value when there is no such service.
+std::optional<Objects> managedObjects();
+
+// `object` is the path of a block device. None of them asks the user for a password.
+MountAnswer mount(const QString& object);
+Outcome unmount(const QString& object);
+Outcome setLabel(const QString& object, const QString& label);
+
+} // namespace platform::posix::udisks

@@ -1,0 +1,215 @@
+#include "platform/linux/udisks_drives.h"
+
+#include "platform/linux/volume_folder.h"
+
+#include <algorithm>
+#include <chrono>
+#include <thread>
+
+namespace platform::posix {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr char systemLetter = 'C';
+constexpr char treeLetter = 'Z';
+constexpr const char* tree = "/";
+
+/// A volume can be busy for a moment after the last file was closed, when the desktop looks at what has
+/// changed.
+constexpr int busyAttempts = 5;
+constexpr auto busyPause = 150ms;
+
+constexpr int labelAttempts = 20;
+constexpr auto labelPause = 50ms;
+
+bool standsForTree(char letter) {
+    return letter == systemLetter || letter == treeLetter;
+}
+
+} // namespace
+
+void UdisksDrives::refresh() {
+    listed_ = true;
+    const auto objects = udisks::managedObjects();
+    volumes_.clear();
+    // Letters and mounts are kept in mind when the service is away: it may come back with the same volumes.
+    if (!objects) return;
+    volumes_ = udisksVolumes(*objects);
+    letters_.assign(volumes_);
+    forgetWhatIsGone();
+}
+
+void UdisksDrives::forgetWhatIsGone() {
+    std::erase_if(mounted_, [this](const auto& entry) {
+        const auto& [object, mounted] = entry;
+        return std::none_of(volumes_.begin(), volumes_.end(), [&](const UdisksVolume& volume) {
+            return volume.object == object && std::find(volume.folders.begin(), volume.folders.end(),
+                                                        mounted.folder) != volume.folders.end();
+        });
+    });
+}
+
+UdisksVolume* UdisksDrives::find(char letter) {
+    if (!listed_) refresh();
+    const auto found = std::find_if(volumes_.begin(), volumes_.end(),
+                                    [letter](const UdisksVolume& volume) { return volume.letter == letter; });
+    return found == volumes_.end() ? nullptr : &*found;
+}
+
+std::string UdisksDrives::letters() {
+    if (!listed_) refresh();
+    std::string result = {systemLetter, treeLetter};
+    for (const UdisksVolume& volume : volumes_)
+        if (volume.letter != systemLetter) result += volume.letter;
+    std::sort(result.begin(), result.end());
+    return result;
+}
+
+DriveType UdisksDrives::type(char letter) {
+    if (letter == systemLetter) return DriveFixed;
+    if (letter == treeLetter) return DriveRemote;
+    const UdisksVolume* volume = find(letter);
+    return volume != nullptr ? volume->type : DriveNoRootDir;
+}
+
+std::string UdisksDrives::target(char letter) {
+    if (letter == treeLetter) return tree;
+    const UdisksVolume* volume = find(letter);
+    return volume != nullptr ? volume->device : std::string();
+}
+
+bool UdisksDrives::isStillMounted(const UdisksVolume& volume) const {
+    const auto mounted = mounted_.find(volume.object);
+    return mounted != mounted_.end() && deviceOf(mounted->second.folder) == mounted->second.device;
+}
+
+bool UdisksDrives::use(const UdisksVolume& volume, bool byProgram) {
+    if (volume.folders.empty()) return false;
+    const auto device = deviceOf(volume.folders.front());
+    if (!device) return false;
+    mounted_[volume.object] = {volume.folders.front(), *device, byProgram};
+    return true;
+}
+
+/// Brings the volume into `mounted_`.
+bool UdisksDrives::mount(char letter) {
+    UdisksVolume* volume = find(letter);
+    if (volume == nullptr || volume->size == 0 || !volume->hasFileSystem) return false;
+    if (use(*volume, false)) return true;
+    const udisks::MountAnswer answer = udisks::mount(volume->object);
+    if (answer.outcome == udisks::Outcome::Done) {
+        volume->folders = {answer.folder.toStdString()};
+        return use(*volume, true);
+    }
+    if (answer.outcome != udisks::Outcome::AlreadyMounted) return false;
+    refresh(); // the desktop was faster
+    volume = find(letter);
+    return volume != nullptr && use(*volume, false);
+}
+
+std::optional<std::string> UdisksDrives::folder(char letter) {
+    if (standsForTree(letter)) return tree;
+    const UdisksVolume* volume = find(letter);
+    if (volume == nullptr) return std::nullopt;
+    if (isStillMounted(*volume)) return mounted_.at(volume->object).folder;
+    if (mounted_.contains(volume->object)) {
+        mounted_.erase(volume->object);
+        refresh();
+    }
+    if (!mount(letter)) return std::nullopt;
+    return mounted_.at(find(letter)->object).folder;
+}
+
+std::optional<VolumeSpace> UdisksDrives::space(char letter) {
+    const auto path = folder(letter);
+    if (!path) return std::nullopt;
+    return folderSpace(*path);
+}
+
+std::optional<VolumeNames> UdisksDrives::names(char letter) {
+    const UdisksVolume* volume = find(letter);
+    if (standsForTree(letter) && volume == nullptr) return VolumeNames{{}, mountedFileSystem(tree)};
+    if (volume == nullptr || volume->size == 0 || !volume->hasFileSystem) return std::nullopt;
+    return volume->names;
+}
+
+/// Whoever mounted it, wherever. What has been written is on its way to the medium before the call that the
+/// service must answer in time.
+bool UdisksDrives::unmount(UdisksVolume& volume) {
+    while (!volume.folders.empty()) {
+        (void)syncFolder(volume.folders.front());
+        udisks::Outcome outcome = udisks::unmount(volume.object);
+        for (int attempt = 1; outcome == udisks::Outcome::Busy && attempt < busyAttempts; ++attempt) {
+            std::this_thread::sleep_for(busyPause);
+            outcome = udisks::unmount(volume.object);
+        }
+        if (outcome != udisks::Outcome::Done) return false;
+        volume.folders.erase(volume.folders.begin());
+        mounted_.erase(volume.object);
+    }
+    return true;
+}
+
+bool UdisksDrives::setLabel(char letter, std::string_view label) {
+    if (standsForTree(letter)) return false;
+    refresh();
+    UdisksVolume* volume = find(letter);
+    if (volume == nullptr || volume->size == 0 || !volume->hasFileSystem) return false;
+    const std::string before = volume->names.label;
+    const auto mounted = mounted_.find(volume->object);
+    const bool byProgram = mounted != mounted_.end() && mounted->second.byProgram;
+    const bool wasMounted = !volume->folders.empty();
+    if (!unmount(*volume)) return false;
+    const QString text = QString::fromUtf8(label.data(), static_cast<qsizetype>(label.size()));
+    const bool done = udisks::setLabel(volume->object, text) == udisks::Outcome::Done;
+    if (done) waitForLabel(letter, before, label);
+    if (wasMounted && mount(letter) && !byProgram) mounted_.at(find(letter)->object).byProgram = false;
+    return done;
+}
+
+/// The service learns of the new label by an event of the kernel, shortly after it has answered. It need not
+/// be the wanted one to the letter: FAT has capitals only.
+void UdisksDrives::waitForLabel(char letter, const std::string& before, std::string_view wanted) {
+    for (int attempt = 0; attempt < labelAttempts; ++attempt) {
+        refresh();
+        const UdisksVolume* volume = find(letter);
+        if (volume == nullptr || volume->names.label != before || volume->names.label == wanted) return;
+        std::this_thread::sleep_for(labelPause);
+    }
+}
+
+bool UdisksDrives::settle(char letter) {
+    if (standsForTree(letter)) return syncFolder(tree);
+    UdisksVolume* volume = find(letter);
+    if (volume == nullptr || volume->size == 0) return false;
+    if (!mounted_.contains(volume->object)) {
+        if (volume->folders.empty()) return true; // nothing was written that could be missing
+        if (!use(*volume, false)) return false;
+    }
+    const Mounted mounted = mounted_.at(volume->object);
+    if (!isStillMounted(*volume) || !syncFolder(mounted.folder)) return false;
+    return !mounted.byProgram || unmount(*volume);
+}
+
+void UdisksDrives::release() {
+    for (UdisksVolume& volume : volumes_) {
+        const auto mounted = mounted_.find(volume.object);
+        if (mounted != mounted_.end() && mounted->second.byProgram) (void)unmount(volume);
+    }
+}
+
+std::vector<PresentDrive> UdisksDrives::present() {
+    if (!listed_) refresh();
+    std::vector<PresentDrive> drives;
+    for (const UdisksVolume& volume : volumes_) {
+        if (volume.letter == systemLetter || volume.size == 0) continue;
+        const QString drive = volume.object + '\n' + volume.driveSerial + '\n' + volume.uuid + '\n';
+        drives.push_back(
+            {volume.letter, drive.toStdString() + volume.names.fileSystem, volume.hasFileSystem});
+    }
+    return drives;
+}
+
+} // namespace platform::posix

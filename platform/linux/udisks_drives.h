@@ -1,0 +1,58 @@
+// The drive table of a desktop: UDisks2 knows the volumes, and mounts them.
+#pragma once
+
+#include "platform/linux/drive_letters.h"
+#include "platform/linux/drive_source.h"
+
+#include <map>
+#include <string>
+#include <vector>
+
+namespace platform::posix {
+
+/// Besides what UDisks2 lists there are always `C` and `Z`, both "/": `C` is the volume that holds it, a
+/// fixed disk; `Z`, the whole tree, is neither fixed nor removable and comes last. Without UDisks2 they are
+/// alone.
+class UdisksDrives : public DriveSource {
+public:
+    /// One round trip to UDisks2. Everything else works with the list of that moment, unless it turns out to
+    /// be wrong.
+    void refresh() override;
+    std::string letters() override;
+    DriveType type(char letter) override;
+    std::string target(char letter) override;
+    std::optional<std::string> folder(char letter) override;
+    std::optional<VolumeSpace> space(char letter) override;
+    std::optional<VolumeNames> names(char letter) override;
+    /// Unmounts the volume for it, since most file systems take a label only then. A volume that someone else
+    /// had mounted is mounted again.
+    bool setLabel(char letter, std::string_view label) override;
+    /// What the program mounted is unmounted, because only then a pulled stick is clean.
+    bool settle(char letter) override;
+    void release() override;
+    std::vector<PresentDrive> present() override;
+    bool isOnBus() const override { return true; }
+
+private:
+    /// A mount point in use. The device tells whether the volume is still there, or just its folder.
+    struct Mounted {
+        std::string folder;
+        std::uint64_t device = 0;
+        bool byProgram = false;
+    };
+
+    UdisksVolume* find(char letter);
+    void forgetWhatIsGone();
+    bool isStillMounted(const UdisksVolume& volume) const;
+    bool mount(char letter);
+    bool use(const UdisksVolume& volume, bool byProgram);
+    bool unmount(UdisksVolume& volume);
+    void waitForLabel(char letter, const std::string& before, std::string_view wanted);
+
+    std::vector<UdisksVolume> volumes_;
+    std::map<QString, Mounted> mounted_; ///< by object
+    DriveLetters letters_;
+    bool listed_ = false;
+};
+
+} // namespace platform::posix

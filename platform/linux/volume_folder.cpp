@@ -1,0 +1,77 @@
+#include "platform/linux/volume_folder.h"
+
+#include <fcntl.h>
+#include <mntent.h>
+#include <sys/stat.h>
+#include <sys/statvfs.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <filesystem>
+#include <memory>
+#include <system_error>
+
+namespace platform::posix {
+
+namespace {
+
+struct MountsCloser {
+    void operator()(FILE* mounts) const { endmntent(mounts); }
+};
+
+} // namespace
+
+bool isFolder(const std::string& path) {
+    struct stat status = {};
+    return stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
+}
+
+std::optional<VolumeSpace> folderSpace(const std::string& folder) {
+    struct statvfs volume = {};
+    if (statvfs(folder.c_str(), &volume) != 0) return std::nullopt;
+    const std::uint64_t block = volume.f_frsize;
+    return VolumeSpace{block * volume.f_bavail, block * volume.f_blocks, block * volume.f_bfree};
+}
+
+std::uint64_t bytesBelow(const std::string& folder) {
+    namespace fs = std::filesystem;
+    std::uint64_t bytes = 0;
+    std::error_code error;
+    fs::recursive_directory_iterator entry(folder, fs::directory_options::skip_permission_denied, error);
+    while (!error && entry != fs::recursive_directory_iterator()) {
+        std::error_code entryError;
+        if (fs::is_regular_file(entry->symlink_status(entryError))) {
+            const std::uint64_t size = entry->file_size(entryError);
+            if (!entryError) bytes += size;
+        }
+        entry.increment(error);
+    }
+    return bytes;
+}
+
+bool syncFolder(const std::string& folder) {
+    const int descriptor = open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (descriptor < 0) return false;
+    const bool written = syncfs(descriptor) == 0;
+    close(descriptor);
+    return written;
+}
+
+std::optional<std::uint64_t> deviceOf(const std::string& folder) {
+    struct stat status = {};
+    if (stat(folder.c_str(), &status) != 0) return std::nullopt;
+    return status.st_dev;
+}
+
+std::string mountedFileSystem(const std::string& folder) {
+    const std::unique_ptr<FILE, MountsCloser> mounts(setmntent("/proc/self/mounts", "re"));
+    if (!mounts) return {};
+    std::string kind;
+    struct mntent entry = {};
+    char text[4096];
+    while (getmntent_r(mounts.get(), &entry, text, sizeof text) != nullptr)
+        if (folder == entry.mnt_dir) kind = entry.mnt_type; // a later mount hides an earlier one
+    return kind;
+}
+
+} // namespace platform::posix

@@ -1,0 +1,29 @@
+// What the kernel tells of a volume by a folder on it.
+#pragma once
+
+#include "platform/linux/drive_source.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+namespace platform::posix {
+
+bool isFolder(const std::string& path);
+
+/// No value when there is no such folder.
+std::optional<VolumeSpace> folderSpace(const std::string& folder);
+
+/// Bytes of all regular files below the folder; links are not followed, what cannot be read counts nothing.
+std::uint64_t bytesBelow(const std::string& folder);
+
+/// Writes out everything that the folder's file system still holds back; false when that failed.
+bool syncFolder(const std::string& folder);
+
+/// Number of the device that the folder lies on; no value when there is no such folder.
+std::optional<std::uint64_t> deviceOf(const std::string& folder);
+
+/// Kind of the file system that is mounted on the folder ("ext4"); empty when none is.
+std::string mountedFileSystem(const std::string& folder);
+
+} // namespace platform::posix

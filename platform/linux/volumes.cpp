@@ -1,0 +1,90 @@
+// The drives as the core asks for them, answered from the drive table.
+#include "platform/volumes.h"
+
+#include "platform/linux/drive_source.h"
+#include "platform/linux/drive_table.h"
+#include "platform/text.h"
+
+#include <algorithm>
+
+namespace platform {
+
+namespace {
+
+/// Letter of a drive root (`E:\` or `E:`), in upper case; 0 when it is none.
+char letterOf(std::string_view root) {
+    root = root.substr(0, root.find('\0'));
+    if (root.size() == 3 && (root[2] == '\\' || root[2] == '/')) root.remove_suffix(1);
+    if (root.size() != 2 || root[1] != ':') return 0;
+    const char letter = root[0];
+    if (letter >= 'a' && letter <= 'z') return static_cast<char>(letter - 'a' + 'A');
+    return letter >= 'A' && letter <= 'Z' ? letter : '\0';
+}
+
+DiskFreeSpace::Bytes littleEndian(std::uint64_t value) {
+    DiskFreeSpace::Bytes bytes{};
+    for (std::uint8_t& byte : bytes) {
+        byte = static_cast<std::uint8_t>(value & 0xFFU);
+        value >>= 8U;
+    }
+    return bytes;
+}
+
+/// No character is cut in two.
+void store(std::string_view text, std::span<char> buffer) {
+    if (buffer.empty()) return;
+    std::size_t characters = characterCount(text);
+    while (text.size() >= buffer.size())
+        text = firstCharacters(text, --characters);
+    *std::copy(text.begin(), text.end(), buffer.begin()) = '\0';
+}
+
+} // namespace
+
+std::uint32_t logicalDriveStrings(std::span<char> buffer) {
+    posix::DriveSource& drives = posix::driveSource();
+    drives.refresh();
+    std::string roots;
+    for (const char letter : drives.letters())
+        roots += {letter, ':', '\\', '\0'};
+    posix::mirrorDriveTable();
+    const auto length = static_cast<std::uint32_t>(roots.size());
+    if (buffer.size() <= roots.size()) return length + 1;
+    *std::copy(roots.begin(), roots.end(), buffer.begin()) = '\0';
+    return length;
+}
+
+std::uint32_t driveType(std::string_view root) {
+    return posix::driveSource().type(letterOf(root));
+}
+
+bool diskFreeSpace(std::string_view root, DiskFreeSpace& space) {
+    const auto measured = posix::driveSource().space(letterOf(root));
+    if (!measured) return false;
+    space.freeToCaller = littleEndian(measured->freeToCaller);
+    space.total = littleEndian(measured->total);
+    space.totalFree = littleEndian(measured->totalFree);
+    return true;
+}
+
+bool volumeInformation(std::string_view root, std::span<char> label, std::span<char> fileSystem) {
+    const auto names = posix::driveSource().names(letterOf(root));
+    if (!names) return false;
+    store(names->label, label);
+    store(names->fileSystem, fileSystem);
+    return true;
+}
+
+bool setVolumeLabel(std::string_view root, std::string_view label) {
+    return posix::driveSource().setLabel(letterOf(root), label);
+}
+
+bool settleVolume(std::string_view root) {
+    return posix::driveSource().settle(letterOf(root));
+}
+
+void releaseVolumes() {
+    posix::releaseDriveTable();
+}
+
+} // namespace platform

@@ -1,0 +1,130 @@
+#include "platform/accounts.h"
+
+#include "platform/windows/ansi_text.h"
+
+#include <windows.h>
+
+#include <adshlp.h>
+#include <iads.h>
+#include <lmcons.h>
+#include <oleauto.h>
+
+#include <array>
+#include <type_traits>
+
+namespace platform {
+
+namespace {
+
+/// While it lives this thread may use COM.
+class Com {
+public:
+    Com() : result_(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED)) {}
+    Com(const Com&) = delete;
+    Com& operator=(const Com&) = delete;
+    ~Com() {
+        if (SUCCEEDED(result_)) CoUninitialize();
+    }
+
+private:
+    HRESULT result_;
+};
+
+struct Release {
+    void operator()(IUnknown* object) const { object->Release(); }
+};
+
+template <class Interface> using ComPointer = std::unique_ptr<Interface, Release>;
+
+/// A BSTR, freed when this object goes.
+struct ComText {
+    BSTR text = nullptr;
+    ComText() = default;
+    ComText(const ComText&) = delete;
+    ComText& operator=(const ComText&) = delete;
+    ~ComText() { SysFreeString(text); }
+};
+
+/// A VARIANT, cleared when this object goes.
+struct ComVariant {
+    VARIANT value;
+    ComVariant() { VariantInit(&value); }
+    ComVariant(const ComVariant&) = delete;
+    ComVariant& operator=(const ComVariant&) = delete;
+    ~ComVariant() { VariantClear(&value); }
+};
+
+/// No exceptions of the directory service's proxies; every failure is a null pointer here.
+template <class Interface, class Call> ComPointer<Interface> obtained(Call call) {
+    Interface* object = nullptr;
+    return ComPointer<Interface>(SUCCEEDED(call(&object)) ? object : nullptr);
+}
+
+template <class Interface> ComPointer<Interface> queried(IUnknown* object, REFIID id) {
+    if (object == nullptr) return nullptr;
+    return obtained<Interface>(
+        [&](Interface** result) { return object->QueryInterface(id, reinterpret_cast<void**>(result)); });
+}
+
+std::wstring wide(std::string_view utf8) {
+    std::wstring text(utf8.size(), L'\0');
+    text.resize(static_cast<std::size_t>(MultiByteToWideChar(CP_UTF8, 0, utf8.data(), static_cast<int>(utf8.size()),
+                                                             text.data(), static_cast<int>(text.size()))));
+    return text;
+}
+
+std::string utf8(BSTR text) {
+    const int size = static_cast<int>(SysStringLen(text));
+    std::string result(static_cast<std::size_t>(size) * 3, '\0');
+    result.resize(static_cast<std::size_t>(WideCharToMultiByte(
+        CP_UTF8, 0, text, size, result.data(), static_cast<int>(result.size()), nullptr, nullptr)));
+    return result;
+}
+
+/// Moniker of the group; no value for a name that would make another moniker of it.
+std::optional<std::wstring> moniker(std::string_view group) {
+    if (group.empty() || group.find_first_of("/\\,") != std::string_view::npos) return std::nullopt;
+    return L"WinNT://./" + wide(group) + L",group";
+}
+
+ComPointer<IEnumVARIANT> memberList(IADsGroup& group) {
+    const auto members = obtained<IADsMembers>([&](IADsMembers** result) { return group.Members(result); });
+    if (!members) return nullptr;
+    const auto list = obtained<IUnknown>([&](IUnknown** result) { return members->get__NewEnum(result); });
+    return queried<IEnumVARIANT>(list.get(), IID_IEnumVARIANT);
+}
+
+std::vector<std::string> names(IEnumVARIANT& list) {
+    std::vector<std::string> result;
+    for (;;) {
+        ComVariant member;
+        ULONG count = 0;
+        if (list.Next(1, &member.value, &count) != S_OK) return result;
+        if (member.value.vt != VT_DISPATCH) continue;
+        const auto object = queried<IADs>(member.value.pdispVal, IID_IADs);
+        ComText name;
+        if (object && SUCCEEDED(object->get_Name(&name.text))) result.push_back(utf8(name.text));
+    }
+}
+
+} // namespace
+
+std::optional<std::vector<std::string>> localGroupMembers(std::string_view group) {
+    const auto path = moniker(group);
+    if (!path) return std::nullopt;
+    const Com com;
+    const auto object = obtained<IADsGroup>([&](IADsGroup** result) {
+        return ADsGetObject(path->c_str(), IID_IADsGroup, reinterpret_cast<void**>(result));
+    });
+    if (!object) return std::nullopt;
+    const auto list = memberList(*object);
+    return list ? names(*list) : std::vector<std::string>();
+}
+
+std::string loginName() {
+    std::array<char, UNLEN + 1> name{};
+    DWORD size = name.size();
+    return GetUserNameA(name.data(), &size) != FALSE ? windows::utf8FromAnsi(name.data()) : std::string();
+}
+
+} // namespace platform

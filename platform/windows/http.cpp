@@ -1,0 +1,120 @@
+#include "platform/http.h"
+
+#include "platform/linux/http_address.h"
+#include "platform/windows/ansi_text.h"
+
+#include <windows.h>
+
+#include <wininet.h>
+
+#include <algorithm>
+#include <array>
+#include <optional>
+#include <string>
+
+namespace platform {
+
+namespace {
+
+constexpr int maxRedirects = 10;
+constexpr DWORD longestAddress = 64 * 1024;
+
+/// An internet handle, closed when this object goes.
+class Handle {
+public:
+    explicit Handle(HINTERNET handle = nullptr) : handle_(handle) {}
+    Handle(Handle&& other) noexcept : handle_(std::exchange(other.handle_, nullptr)) {}
+    Handle& operator=(Handle&& other) noexcept {
+        std::swap(handle_, other.handle_);
+        return *this;
+    }
+    Handle(const Handle&) = delete;
+    Handle& operator=(const Handle&) = delete;
+    ~Handle() {
+        if (handle_ != nullptr) InternetCloseHandle(handle_);
+    }
+
+    explicit operator bool() const { return handle_ != nullptr; }
+    HINTERNET get() const { return handle_; }
+
+private:
+    HINTERNET handle_;
+};
+
+DWORD status(HINTERNET request) {
+    DWORD number = 0;
+    DWORD size = sizeof number;
+    HttpQueryInfoA(request, HTTP_QUERY_STATUS_CODE | HTTP_QUERY_FLAG_NUMBER, &number, &size, nullptr);
+    return number;
+}
+
+bool isRedirect(DWORD status) {
+    constexpr std::array<DWORD, 5> redirects = {301, 302, 303, 307, 308};
+    return std::find(redirects.begin(), redirects.end(), status) != redirects.end();
+}
+
+/// Where a redirect leads; no value when it names nothing.
+std::optional<std::string> redirectTarget(HINTERNET request, const std::string& address) {
+    std::string location(longestAddress, '\0');
+    DWORD size = longestAddress;
+    if (HttpQueryInfoA(request, HTTP_QUERY_LOCATION, location.data(), &size, nullptr) == FALSE) return std::nullopt;
+    std::string target(longestAddress, '\0');
+    DWORD length = longestAddress;
+    if (InternetCombineUrlA(address.c_str(), location.c_str(), target.data(), &length, ICU_BROWSER_MODE) == FALSE)
+        return std::nullopt;
+    target.resize(length);
+    return posix::httpAddress(target);
+}
+
+} // namespace
+
+struct InternetSession::State {
+    Handle handle;
+};
+
+InternetSession::InternetSession(std::string_view agent, std::int32_t accessType)
+    : state_(std::make_unique<State>()) {
+    state_->handle = Handle(InternetOpenA(windows::nearestAnsi(agent).c_str(), static_cast<DWORD>(accessType), nullptr,
+                                          nullptr, 0));
+}
+
+InternetSession::~InternetSession() = default;
+
+struct InternetRequest::State {
+    Handle handle;
+    bool ended = false;
+};
+
+/// Redirects are followed here and not by the library, which would follow them to anywhere and any number of them.
+InternetRequest::InternetRequest(InternetSession& session, std::string_view url, std::uint32_t flags) {
+    std::optional<std::string> address = posix::httpAddress(url);
+    for (int redirects = 0; address && redirects <= maxRedirects; ++redirects) {
+        Handle handle(InternetOpenUrlA(session.state_->handle.get(), address->c_str(), nullptr, 0,
+                                       flags | INTERNET_FLAG_NO_AUTO_REDIRECT, 0));
+        if (!handle) return;
+        const bool leadsOn = isRedirect(status(handle.get()));
+        const auto target = leadsOn ? redirectTarget(handle.get(), *address) : std::nullopt;
+        if (!leadsOn) {
+            state_ = std::make_unique<State>();
+            state_->handle = std::move(handle);
+            return;
+        }
+        address = target;
+    }
+}
+
+InternetRequest::~InternetRequest() = default;
+
+std::size_t InternetRequest::read(std::span<char> buffer) {
+    std::size_t stored = 0;
+    while (state_ && !state_->ended && stored < buffer.size()) {
+        const auto wanted = static_cast<DWORD>(std::min<std::size_t>(buffer.size() - stored, MAXLONG));
+        DWORD count = 0;
+        const BOOL read = InternetReadFile(state_->handle.get(), buffer.data() + stored, wanted, &count);
+        stored += count; // also after a connection that was lost
+        state_->ended = read == FALSE || count == 0;
+    }
+    return stored;
+}
+
+} // namespace platform

@@ -1,0 +1,150 @@
+#include "platform/profile.h"
+
+#include "platform/windows/path.h"
+#include "platform/windows/quiet_errors.h"
+#include "platform/windows/unique_handle.h"
+
+#include <windows.h>
+
+#include <algorithm>
+#include <string>
+
+namespace platform {
+
+using namespace windows;
+
+namespace {
+
+constexpr std::size_t smallestBuffer = 3; ///< in less than that the functions tell nothing, or write too much
+
+bool fitsInLine(std::string_view text) {
+    return text.find_first_of(std::string_view("\r\n\0", 3)) == std::string_view::npos;
+}
+
+bool isBlank(std::string_view text) {
+    return text.find_first_not_of(std::string_view("\t\n\v\f\r \x1A")) == std::string_view::npos;
+}
+
+std::string upToNul(std::string_view text) {
+    return std::string(text.substr(0, text.find('\0')));
+}
+
+bool locateProfile(std::string_view path, Place& place) {
+    return locate(path, place) == FileResult::Ok && place.isFile();
+}
+
+/// What a missing file or section gives.
+std::uint32_t nothing(std::span<char> buffer) {
+    std::fill_n(buffer.begin(), std::min<std::size_t>(buffer.size(), 2), '\0');
+    return 0;
+}
+
+DWORD sizeOf(std::span<char> buffer) {
+    return static_cast<DWORD>(std::min<std::size_t>(buffer.size(), MAXDWORD));
+}
+
+/// A file beside the profile that goes again unless it has taken the profile's place.
+class Draft {
+public:
+    explicit Draft(const Place& profile) : profile_(profile.native), replaces_(profile.exists()) {
+        static unsigned counter = 0;
+        const std::string folder = profile_.substr(0, profile_.rfind('\\') + 1);
+        constexpr int attempts = 100;
+        for (int i = 0; i < attempts && !exists_; ++i) {
+            file_ = folder + "~profile-" + std::to_string(GetCurrentProcessId()) + "-" + std::to_string(counter++) +
+                    ".tmp";
+            exists_ = create();
+            if (!exists_ && GetLastError() != ERROR_FILE_EXISTS) break;
+        }
+    }
+    Draft(const Draft&) = delete;
+    Draft& operator=(const Draft&) = delete;
+    ~Draft() {
+        if (exists_) DeleteFileA(file_.c_str());
+    }
+
+    bool exists() const { return exists_; }
+    const std::string& file() const { return file_; }
+
+    /// On the medium first, then in the profile's place: a stick that is pulled has either the old or the new file.
+    bool takePlace() {
+        if (!flush()) return false;
+        if (MoveFileExA(file_.c_str(), profile_.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) == FALSE)
+            return false;
+        exists_ = false;
+        return true;
+    }
+
+private:
+    bool create() const {
+        if (replaces_) return CopyFileA(profile_.c_str(), file_.c_str(), TRUE) != FALSE;
+        const UniqueHandle created(CreateFileA(file_.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW,
+                                               FILE_ATTRIBUTE_ARCHIVE, nullptr));
+        return static_cast<bool>(created);
+    }
+
+    bool flush() const {
+        UniqueHandle opened(CreateFileA(file_.c_str(), GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ, nullptr,
+                                        OPEN_EXISTING, 0, nullptr));
+        return opened && FlushFileBuffers(opened.get()) != FALSE && opened.close();
+    }
+
+    std::string profile_;
+    std::string file_;
+    bool replaces_;
+    bool exists_ = false;
+};
+
+/// What the functions keep in memory of the file is written, and forgotten.
+void dropCache(const std::string& file) {
+    WritePrivateProfileStringA(nullptr, nullptr, nullptr, file.c_str());
+}
+
+/// Whether the user may change the file, which the exchange of it would not find out.
+bool mayWrite(const Place& place) {
+    if (!place.exists()) return true;
+    const UniqueHandle opened(CreateFileA(place.native.c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE,
+                                          nullptr, OPEN_EXISTING, 0, nullptr));
+    return static_cast<bool>(opened);
+}
+
+} // namespace
+
+std::uint32_t profileSection(std::string_view section, std::span<char> buffer, std::string_view path) {
+    const QuietErrors quiet;
+    Place place;
+    if (buffer.size() < smallestBuffer || !locateProfile(path, place)) return nothing(buffer);
+    return GetPrivateProfileSectionA(upToNul(section).c_str(), buffer.data(), sizeOf(buffer), place.native.c_str());
+}
+
+std::uint32_t profileSectionNames(std::span<char> buffer, std::string_view path) {
+    const QuietErrors quiet;
+    Place place;
+    if (buffer.size() < smallestBuffer || !locateProfile(path, place)) return nothing(buffer);
+    return GetPrivateProfileSectionNamesA(buffer.data(), sizeOf(buffer), place.native.c_str());
+}
+
+bool writeProfileString(std::string_view section, std::optional<std::string_view> key,
+                        std::optional<std::string_view> value, std::string_view path) {
+    const QuietErrors quiet;
+    if (!fitsInLine(section) || !fitsInLine(key.value_or("")) || !fitsInLine(value.value_or(""))) return false;
+    if (key && isBlank(*key)) return false;
+    Place place;
+    if (locate(path, place) != FileResult::Ok || checkIsFile(place) != FileResult::Ok || !mayWrite(place)) return false;
+    if (!value && !place.exists()) return true; // nothing there that could be deleted
+
+    Draft draft(place);
+    if (!draft.exists()) return false;
+    const std::string sectionText(section);
+    const std::string keyText(key.value_or(""));
+    const std::string valueText(value.value_or(""));
+    const bool written = WritePrivateProfileStringA(sectionText.c_str(), key ? keyText.c_str() : nullptr,
+                                                    key && value ? valueText.c_str() : nullptr,
+                                                    draft.file().c_str()) != FALSE;
+    dropCache(draft.file());
+    if (!written || !draft.takePlace()) return false;
+    dropCache(place.native);
+    return true;
+}
+
+} // namespace platform
