@@ -20,13 +20,28 @@ public:
 
     std::chrono::milliseconds interval() const noexcept { return interval_; }
 
-    /// The interval has passed.
+    /// The interval has passed. While the handler lets events run, the ones that come meanwhile are dropped.
     void tick() {
-        if (enabled() && onTimer) onTimer();
+        if (!enabled() || ticking_ || !onTimer) return;
+        const Ticking guard(ticking_);
+        onTimer();
     }
 
 private:
+    /// The end of the program leaves the handler by an exception.
+    class Ticking {
+    public:
+        explicit Ticking(bool& flag) noexcept : flag_(flag) { flag_ = true; }
+        Ticking(const Ticking&) = delete;
+        Ticking& operator=(const Ticking&) = delete;
+        ~Ticking() { flag_ = false; }
+
+    private:
+        bool& flag_;
+    };
+
     std::chrono::milliseconds interval_;
+    bool ticking_ = false;
 };
 
 } // namespace toolkit

@@ -1,0 +1,76 @@
+// The program as a Qt application: its event loop, its pump, its end.
+#include "toolkit/backend.h"
+#include "toolkit/qt/end_signals.h"
+#include "toolkit/qt/form.h"
+#include "toolkit/qt/german_texts.h"
+#include "toolkit/qt/picture.h"
+
+#include <QApplication>
+#include <QElapsedTimer>
+#include <QSessionManager>
+
+#include <chrono>
+
+// The macro declares a function, which must not be in a namespace.
+static void loadResources() {
+    Q_INIT_RESOURCE(toolkit);
+}
+
+namespace toolkit {
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+/// A download asks for events after every 2048 bytes, a hundred thousand times for a large file. A person
+/// cannot tell when a click or a repaint comes so much later, and the download would take several times as
+/// long without it.
+constexpr std::chrono::milliseconds shortestPause{4};
+
+constexpr int programIcon = 103;
+
+bool quitting = false;
+
+void describe(QApplication& application) {
+    QCoreApplication::setApplicationName(QStringLiteral("orvanta-usbtool"));
+    QGuiApplication::setApplicationDisplayName({});
+    QGuiApplication::setDesktopFileName(QStringLiteral("orvanta-usbtool"));
+    QGuiApplication::setQuitOnLastWindowClosed(false);
+    QApplication::setWindowIcon(qt::programIcon(programIcon));
+    QObject::connect(&application, &QGuiApplication::commitDataRequest, &application,
+                     [](QSessionManager&) { qt::requestProgramClose(); });
+}
+
+} // namespace
+
+Ending run(int argc, char** argv, const std::function<void()>& start) {
+    resetEnding();
+    quitting = false;
+    loadResources();
+    QApplication application(argc, argv);
+    describe(application);
+    qt::GermanTexts germanTexts;
+    QCoreApplication::installTranslator(&germanTexts);
+    qt::EndSignals endSignals;
+    // In the loop, so that a start which ends the program at once finds a loop to end.
+    QMetaObject::invokeMethod(
+        &application, [&start] { dispatch(start); }, Qt::QueuedConnection);
+    if (!quitting) QApplication::exec();
+    qt::releaseAllWindows();
+    return ending();
+}
+
+void backend::pumpEvents() {
+    static Clock::time_point lastEnd;
+    if (Clock::now() - lastEnd < shortestPause) return;
+    QCoreApplication::processEvents();
+    lastEnd = Clock::now();
+}
+
+void backend::quit() {
+    quitting = true;
+    // Not quit(): it would ask the windows, which never agree by themselves.
+    QCoreApplication::exit(0);
+}
+
+} // namespace toolkit

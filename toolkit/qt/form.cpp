@@ -1,0 +1,157 @@
+#include "toolkit/qt/form.h"
+
+#include "toolkit/backend.h"
+#include "toolkit/qt/binding.h"
+#include "toolkit/qt/form_window.h"
+#include "toolkit/qt/layouts.h"
+#include "toolkit/qt/picture.h"
+#include "toolkit/qt/presentation.h"
+#include "toolkit/qt/texts.h"
+
+#include <QCoreApplication>
+#include <QEventLoop>
+#include <QPointer>
+
+#include <vector>
+
+namespace toolkit {
+
+namespace qt {
+
+namespace {
+
+class WindowView;
+
+std::vector<WindowView*>& liveViews() {
+    static std::vector<WindowView*> views;
+    return views;
+}
+
+WindowHandle nextHandle() {
+    static WindowHandle last = 0;
+    return ++last;
+}
+
+class WindowView : public FormView {
+public:
+    explicit WindowView(Form& form) : form_(form), window_(new FormWindow), handle_(nextHandle()) {
+        if (!setUpLayout(form.name(), *window_))
+            qFatal("There is no layout for the window %s.", form.name().c_str());
+        setProgramFont(*window_);
+        applyPresentation(*window_);
+        for (auto& adaptor : bindControls(form.controls(), *window_)) {
+            // They live and go with their widgets.
+            adaptors_.push_back(adaptor.get());
+            adaptor.release()->setParent(window_);
+        }
+        showAll();
+        window_->fitScreen();
+        window_->onCloseRequested = [&form] { dispatch([&form] { form.closeRequested(); }); };
+        liveViews().push_back(this);
+    }
+
+    /// The controls may be gone. The window may be the sender of the event that is being handled.
+    ~WindowView() override {
+        std::erase(liveViews(), this);
+        if (window_ == nullptr) return;
+        window_->hide();
+        window_->deleteLater();
+    }
+
+    void show(Property property) override {
+        if (window_ == nullptr) return;
+        if (property == Property::Caption) window_->setWindowTitle(fromUtf8(form_.caption()));
+        if (property == Property::Icon) showIcon();
+        if (property == Property::Enabled) window_->setEnabled(form_.enabled());
+        if (property == Property::Visible) window_->setVisible(form_.visible());
+        if (property == Property::ToolTip) window_->setToolTip(plainToolTip(form_.toolTip()));
+    }
+
+    void open(FormView* owner) override { present(owner, Qt::NonModal); }
+
+    void openModal(FormView* owner) override {
+        present(owner, Qt::ApplicationModal);
+        QEventLoop loop;
+        modalLoop_ = &loop;
+        loop.exec();
+        modalLoop_ = nullptr;
+    }
+
+    void close() override {
+        releaseControls();
+        if (window_ != nullptr) window_->hide();
+        if (modalLoop_ != nullptr) modalLoop_->quit();
+    }
+
+    void restore() override {
+        if (window_ == nullptr) return;
+        window_->showNormal();
+        window_->raise();
+        window_->activateWindow();
+    }
+
+    WindowHandle handle() const override { return handle_; }
+
+    Form& form() { return form_; }
+
+    void releaseWindow() {
+        releaseControls();
+        delete window_.data();
+    }
+
+private:
+    void showAll() {
+        show(Property::Icon);
+        if (form_.caption().empty()) form_.setCaption(toUtf8(window_->windowTitle()));
+        show(Property::Caption);
+        show(Property::ToolTip);
+        show(Property::Enabled);
+    }
+
+    void showIcon() {
+        if (const LoadedPicture* icon = loaded(form_.icon())) window_->setWindowIcon(icon->icon());
+    }
+
+    void present(FormView* owner, Qt::WindowModality modality) {
+        auto* ownerView = static_cast<WindowView*>(owner);
+        if (window_ != nullptr)
+            window_->present(ownerView == nullptr ? nullptr : ownerView->window_.data(), modality);
+    }
+
+    void releaseControls() {
+        for (Adaptor* adaptor : adaptors_)
+            adaptor->release();
+        adaptors_.clear();
+    }
+
+    Form& form_;
+    QPointer<FormWindow> window_;
+    std::vector<Adaptor*> adaptors_;
+    QEventLoop* modalLoop_ = nullptr;
+    WindowHandle handle_;
+};
+
+} // namespace
+
+void requestProgramClose() {
+    // The first window is the main window.
+    if (liveViews().empty())
+        endAfterClosing();
+    else
+        dispatch([form = &liveViews().front()->form()] { form->closeRequested(); });
+}
+
+void releaseAllWindows() {
+    // The last first: it may belong to an earlier one.
+    const std::vector<WindowView*> views(liveViews().rbegin(), liveViews().rend());
+    for (WindowView* view : views)
+        view->releaseWindow();
+}
+
+} // namespace qt
+
+std::unique_ptr<FormView> backend::createFormView(Form& form) {
+    return std::make_unique<qt::WindowView>(form);
+}
+
+} // namespace toolkit

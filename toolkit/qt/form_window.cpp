@@ -1,0 +1,65 @@
+#include "toolkit/qt/form_window.h"
+
+#include "toolkit/qt/presentation.h"
+
+#include <QCloseEvent>
+#include <QLayout>
+#include <QScreen>
+
+namespace toolkit::qt {
+
+namespace {
+
+/// In a window that is not shown yet no layout hears of changes in the layouts inside of it: the inner ones
+/// first.
+void activateLayouts(QWidget& window) {
+    const auto parts = window.findChildren<QWidget*>();
+    for (auto part = parts.rbegin(); part != parts.rend(); ++part)
+        if (QLayout* layout = (*part)->layout()) layout->activate();
+    window.layout()->activate();
+}
+
+} // namespace
+
+void FormWindow::present(QWidget* owner, Qt::WindowModality modality) {
+    if (isVisible()) {
+        raise();
+        activateWindow();
+        return;
+    }
+    setParent(owner, owner == nullptr ? Qt::Window : Qt::Dialog);
+    setWindowModality(modality);
+    show();
+}
+
+void FormWindow::fitScreen() {
+    activateLayouts(*this);
+    const QSize wanted = sizeHint().boundedTo(screen()->availableSize());
+    resize(isVisible() ? size().expandedTo(wanted) : wanted);
+}
+
+void FormWindow::reject() {
+    if (parentWidget() != nullptr) requestClose();
+}
+
+void FormWindow::changeEvent(QEvent* event) {
+    QDialog::changeEvent(event);
+    if (event->type() != QEvent::FontChange || layout() == nullptr) return;
+    applyPresentation(*this);
+    if (isVisible())
+        QMetaObject::invokeMethod(
+            this, [this] { fitScreen(); }, Qt::QueuedConnection);
+}
+
+void FormWindow::closeEvent(QCloseEvent* event) {
+    event->ignore();
+    requestClose();
+}
+
+void FormWindow::requestClose() {
+    // A copy: the window may go while the wish is granted.
+    const auto report = onCloseRequested;
+    if (report) report();
+}
+
+} // namespace toolkit::qt

@@ -1,0 +1,48 @@
+#include "toolkit/label.h"
+
+#include "toolkit/qt/binding.h"
+#include "toolkit/qt/captioned.h"
+
+#include <QGroupBox>
+
+namespace toolkit::qt {
+
+namespace {
+
+class FrameAdaptor : public WidgetAdaptor {
+public:
+    FrameAdaptor(Frame& frame, QGroupBox& widget)
+        : WidgetAdaptor(frame, widget), frame_(frame), widget_(widget) {}
+
+protected:
+    void adoptDesign() override {
+        WidgetAdaptor::adoptDesign();
+        if (frame_.caption().empty()) frame_.setCaption(toUtf8(widget_.title()));
+    }
+
+    void showAll() override {
+        WidgetAdaptor::showAll();
+        showCaption();
+    }
+
+    void update(Property property) override {
+        if (property == Property::Caption)
+            showCaption();
+        else
+            WidgetAdaptor::update(property);
+    }
+
+private:
+    void showCaption() { widget_.setTitle(withMnemonic(fromUtf8(frame_.caption()), {})); }
+
+    Frame& frame_;
+    QGroupBox& widget_;
+};
+
+} // namespace
+
+std::unique_ptr<Adaptor> adaptFrame(Control& control, QObject* part) {
+    return adaptWidget<FrameAdaptor, Frame, QGroupBox>(control, part);
+}
+
+} // namespace toolkit::qt

@@ -1,0 +1,72 @@
+#include "toolkit/label.h"
+
+#include "toolkit/qt/binding.h"
+#include "toolkit/qt/texts.h"
+
+#include <QLabel>
+
+namespace toolkit::qt {
+
+namespace {
+
+class LabelAdaptor : public WidgetAdaptor {
+public:
+    LabelAdaptor(Label& label, QLabel& widget)
+        : WidgetAdaptor(label, widget), label_(label), widget_(widget) {
+        // Texts come from a server, too: nothing in them is ever markup.
+        widget_.setTextFormat(Qt::PlainText);
+    }
+
+protected:
+    void adoptDesign() override {
+        WidgetAdaptor::adoptDesign();
+        if (label_.caption().empty()) label_.setCaption(toUtf8(widget_.text()));
+    }
+
+    void showAll() override {
+        WidgetAdaptor::showAll();
+        showCaption();
+        showBackColor();
+    }
+
+    void update(Property property) override {
+        if (property == Property::Caption)
+            showCaption();
+        else if (property == Property::BackColor)
+            showBackColor();
+        else
+            WidgetAdaptor::update(property);
+    }
+
+private:
+    void showCaption() {
+        const QString text = lines(label_.caption());
+        widget_.setText(text);
+        // A bare figure says nothing to who cannot see what stands beside it.
+        const QString spokenPrefix = widget_.property("spokenPrefix").toString();
+        if (!spokenPrefix.isEmpty()) widget_.setAccessibleName(spokenPrefix + QLatin1Char(' ') + text);
+    }
+
+    void showBackColor() {
+        if (!label_.backColor()) return;
+        const Color color = *label_.backColor();
+        QPalette palette = widget_.palette();
+        palette.setColor(QPalette::Window, QColor(color.red, color.green, color.blue));
+        widget_.setPalette(palette);
+        widget_.setAutoFillBackground(true);
+    }
+
+    Label& label_;
+    QLabel& widget_;
+};
+
+} // namespace
+
+std::unique_ptr<Adaptor> adaptLabel(Control& control, QObject* part) {
+    auto* label = dynamic_cast<Label*>(&control);
+    auto* widget = qobject_cast<QLabel*>(part);
+    if (label == nullptr || widget == nullptr) return nullptr;
+    return std::make_unique<LabelAdaptor>(*label, *widget);
+}
+
+} // namespace toolkit::qt

@@ -1,0 +1,36 @@
+#include "toolkit/qt/layouts.h"
+
+#include "ui_frmMain.h"
+
+#include <array>
+
+namespace toolkit::qt {
+
+namespace {
+
+template <typename Layout>
+void setUp(QDialog& window) {
+    Layout().setupUi(&window);
+}
+
+struct Entry {
+    std::string_view name;
+    void (*setUp)(QDialog&);
+};
+
+constexpr std::array layouts = {
+    Entry{"frmMain", setUp<Ui::frmMain>},
+};
+
+} // namespace
+
+bool setUpLayout(std::string_view name, FormWindow& window) {
+    for (const Entry& entry : layouts) {
+        if (entry.name != name) continue;
+        entry.setUp(window);
+        return true;
+    }
+    return false;
+}
+
+} // namespace toolkit::qt

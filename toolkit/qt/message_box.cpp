@@ -1,0 +1,85 @@
+#include "toolkit/message_box.h"
+
+#include "toolkit/backend.h"
+#include "toolkit/qt/texts.h"
+
+#include <QAbstractButton>
+#include <QApplication>
+#include <QMessageBox>
+#include <QPushButton>
+
+#include <vector>
+
+namespace toolkit {
+
+namespace qt {
+
+namespace {
+
+struct Choice {
+    MessageAnswer answer;
+    const char* caption;
+    QMessageBox::ButtonRole role;
+};
+
+constexpr int buttonMask = 0x0f;
+constexpr int iconMask = 0xf0;
+constexpr int yesNoButtons = 4;
+constexpr auto programTitle = "Orvanta USB-Stick Internetupdate Tool";
+
+/// A text of the server's may be of any length; a box must fit the screen.
+constexpr qsizetype longestText = 1500;
+
+/// The last one is what closing the box means.
+std::vector<Choice> choices(int style) {
+    switch (style & buttonMask) {
+    case OkCancel:
+        return {{Ok, "&OK", QMessageBox::AcceptRole}, {Cancel, "&Abbrechen", QMessageBox::RejectRole}};
+    case yesNoButtons:
+        return {{Yes, "&Ja", QMessageBox::YesRole}, {No, "&Nein", QMessageBox::NoRole}};
+    default:
+        return {{Ok, "&OK", QMessageBox::AcceptRole}};
+    }
+}
+
+QMessageBox::Icon icon(int style) {
+    switch (style & iconMask) {
+    case Critical:
+        return QMessageBox::Critical;
+    case Exclamation:
+        return QMessageBox::Warning;
+    case Information:
+        return QMessageBox::Information;
+    default:
+        return QMessageBox::NoIcon;
+    }
+}
+
+QString bounded(const QString& text) {
+    return text.size() <= longestText ? text : text.left(longestText) + QChar(0x2026);
+}
+
+} // namespace
+
+} // namespace qt
+
+int backend::showMessage(std::string_view text, int style, std::string_view title) {
+    QMessageBox box(QApplication::activeWindow());
+    box.setObjectName(QStringLiteral("MessageBox"));
+    box.setTextFormat(Qt::PlainText);
+    box.setText(qt::bounded(qt::lines(text)));
+    box.setIcon(qt::icon(style));
+    box.setWindowTitle(title.empty() ? QString::fromLatin1(qt::programTitle) : qt::fromUtf8(title));
+    const std::vector<qt::Choice> choices = qt::choices(style);
+    std::vector<QPushButton*> buttons;
+    for (const qt::Choice& choice : choices)
+        buttons.push_back(box.addButton(QString::fromLatin1(choice.caption), choice.role));
+    box.setDefaultButton(buttons.front());
+    box.setEscapeButton(buttons.back());
+    box.exec();
+    for (std::size_t i = 0; i < buttons.size(); ++i)
+        if (box.clickedButton() == buttons[i]) return choices[i].answer;
+    return choices.back().answer;
+}
+
+} // namespace toolkit

@@ -1,0 +1,90 @@
+#include "toolkit/qt/picture.h"
+
+#include "platform/files.h"
+#include "toolkit/qt/texts.h"
+#include "toolkit/runtime_error.h"
+
+#include <QBuffer>
+#include <QImageReader>
+#include <QPixmap>
+
+#include <array>
+#include <utility>
+
+namespace toolkit {
+
+namespace qt {
+
+namespace {
+
+constexpr int allocationLimitMegabytes = 64;
+constexpr std::array iconSizes = {16, 24, 32, 48, 64, 128, 256};
+
+/// Numbers of pictures read from files begin behind those of the icon resources.
+std::int32_t nextHandle() {
+    static std::int32_t last = 1000;
+    return ++last;
+}
+
+/// An icon file holds one picture in several sizes: the largest is the one to scale down.
+QImage largest(QImageReader& reader) {
+    QImage best = reader.read();
+    while (reader.jumpToNextImage() || reader.canRead()) {
+        const QImage image = reader.read();
+        if (image.isNull()) break;
+        if (image.width() > best.width()) best = image;
+    }
+    return best;
+}
+
+QImage decode(const std::string& contents) {
+    QByteArray bytes = QByteArray::fromRawData(contents.data(), static_cast<qsizetype>(contents.size()));
+    QBuffer buffer(&bytes);
+    buffer.open(QIODevice::ReadOnly);
+    QImageReader reader(&buffer);
+    reader.setDecideFormatFromContent(true);
+    const QByteArray format = reader.format();
+    if (format != "bmp" && format != "ico" && format != "jpeg" && format != "jpg" && format != "gif")
+        return {};
+    return format == "ico" ? largest(reader) : reader.read();
+}
+
+} // namespace
+
+LoadedPicture::LoadedPicture(std::int32_t handle, QImage image)
+    : handle_(handle), image_(std::move(image)), icon_(QPixmap::fromImage(image_)) {}
+
+LoadedPicture::LoadedPicture(std::int32_t handle, QIcon icon) : handle_(handle), icon_(std::move(icon)) {}
+
+const LoadedPicture* loaded(const Picture& picture) {
+    return dynamic_cast<const LoadedPicture*>(picture.get());
+}
+
+QIcon programIcon(int number) {
+    QIcon icon;
+    if (number != 103 && number != 104) return icon;
+    for (const int size : iconSizes)
+        icon.addFile(QStringLiteral(":/icon/%1/%2.png").arg(number).arg(size), QSize(size, size));
+    return icon;
+}
+
+} // namespace qt
+
+Picture loadPicture(std::string_view path) {
+    std::string contents;
+    const platform::FileResult result = platform::readWholeFile(path, contents);
+    if (result != platform::FileResult::Ok)
+        throw RuntimeError(static_cast<ErrorNumber>(result), std::string(path));
+    QImageReader::setAllocationLimit(qt::allocationLimitMegabytes);
+    QImage image = qt::decode(contents);
+    if (image.isNull()) throw RuntimeError(ErrorNumber::InvalidPicture, std::string(path));
+    return std::make_shared<qt::LoadedPicture>(qt::nextHandle(), std::move(image));
+}
+
+Picture iconResource(int number) {
+    QIcon icon = qt::programIcon(number);
+    if (icon.isNull()) throw RuntimeError(ErrorNumber::InvalidProcedureCall, std::to_string(number));
+    return std::make_shared<qt::LoadedPicture>(number, std::move(icon));
+}
+
+} // namespace toolkit

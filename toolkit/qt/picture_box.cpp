@@ -1,0 +1,62 @@
+#include "toolkit/picture_box.h"
+
+#include "toolkit/qt/binding.h"
+#include "toolkit/qt/captioned.h"
+#include "toolkit/qt/picture_box_widget.h"
+
+namespace toolkit::qt {
+
+namespace {
+
+class PictureBoxAdaptor : public WidgetAdaptor, private PictureBox::Measure {
+public:
+    PictureBoxAdaptor(PictureBox& box, PictureBoxWidget& widget)
+        : WidgetAdaptor(box, widget), box_(box), widget_(widget) {
+        widget_.setSource(&box);
+    }
+
+    void release() override {
+        box_.setMeasure(nullptr);
+        widget_.setSource(nullptr);
+        WidgetAdaptor::release();
+    }
+
+protected:
+    void showAll() override {
+        WidgetAdaptor::showAll();
+        box_.setMeasure(this);
+        showDrawing();
+    }
+
+    void update(Property property) override {
+        if (property == Property::Drawing)
+            showDrawing();
+        else
+            WidgetAdaptor::update(property);
+    }
+
+private:
+    PictureBox::Size textSize(const std::string& text) const override {
+        return widget_.textSize(fromUtf8(text));
+    }
+
+    /// Comes once for each of some hundred rectangles, so nothing is painted here.
+    void showDrawing() {
+        widget_.update();
+        QString spoken;
+        for (const PictureBox::Text& text : box_.texts())
+            spoken += fromUtf8(text.text);
+        if (spoken != widget_.accessibleDescription()) widget_.setAccessibleDescription(spoken);
+    }
+
+    PictureBox& box_;
+    PictureBoxWidget& widget_;
+};
+
+} // namespace
+
+std::unique_ptr<Adaptor> adaptPictureBox(Control& control, QObject* part) {
+    return adaptWidget<PictureBoxAdaptor, PictureBox, PictureBoxWidget>(control, part);
+}
+
+} // namespace toolkit::qt

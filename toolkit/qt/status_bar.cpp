@@ -1,0 +1,65 @@
+#include "toolkit/status_bar.h"
+
+#include "toolkit/qt/binding.h"
+#include "toolkit/qt/captioned.h"
+#include "toolkit/qt/picture.h"
+#include "toolkit/qt/status_panel_widget.h"
+
+namespace toolkit::qt {
+
+namespace {
+
+class StatusPanelAdaptor : public WidgetAdaptor {
+public:
+    StatusPanelAdaptor(StatusPanel& panel, StatusPanelWidget& widget)
+        : WidgetAdaptor(panel, widget), panel_(panel), widget_(widget) {}
+
+    void release() override {
+        widget_.setTextSource(nullptr);
+        WidgetAdaptor::release();
+    }
+
+protected:
+    void adoptDesign() override {
+        WidgetAdaptor::adoptDesign();
+        if (panel_.text().empty()) panel_.setText(toUtf8(widget_.text()));
+    }
+
+    void showAll() override {
+        WidgetAdaptor::showAll();
+        widget_.setTextSource([this] { return fromUtf8(panel_.text()); });
+        // The layout's picture stays until the panel has one of its own.
+        if (panel_.picture() != nullptr) showPicture();
+    }
+
+    void update(Property property) override {
+        if (property == Property::Text)
+            widget_.textChanged();
+        else if (property == Property::Picture)
+            showPicture();
+        else
+            WidgetAdaptor::update(property);
+    }
+
+private:
+    void showPicture() {
+        const LoadedPicture* picture = loaded(panel_.picture());
+        widget_.setPicture(picture == nullptr ? QIcon() : picture->icon());
+    }
+
+    StatusPanel& panel_;
+    StatusPanelWidget& widget_;
+};
+
+} // namespace
+
+std::unique_ptr<Adaptor> adaptStatusPanel(Control& control, QObject* part) {
+    return adaptWidget<StatusPanelAdaptor, StatusPanel, StatusPanelWidget>(control, part);
+}
+
+/// The panels are controls of the form themselves.
+std::unique_ptr<Adaptor> adaptStatusBar(Control& control, QObject* part) {
+    return adaptWidget<WidgetAdaptor, StatusBar, QWidget>(control, part);
+}
+
+} // namespace toolkit::qt

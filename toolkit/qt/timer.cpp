@@ -1,0 +1,59 @@
+#include "toolkit/timer.h"
+
+#include "toolkit/qt/binding.h"
+
+#include <QTimer>
+
+namespace toolkit::qt {
+
+namespace {
+
+/// Needs no part of the layout. The interval starts anew when the handler has returned, so a handler that
+/// lets events run (a message box, a download) is never entered a second time.
+class TimerAdaptor : public Adaptor {
+public:
+    explicit TimerAdaptor(Timer& timer) : Adaptor(timer), timer_(timer) {
+        clock_.setSingleShot(true);
+        connect(&clock_, &QTimer::timeout, this, [this] { timeout(); });
+    }
+
+    void release() override {
+        clock_.stop();
+        released_ = true;
+        Adaptor::release();
+    }
+
+protected:
+    void showAll() override { start(); }
+
+    void update(Property property) override {
+        if (property == Property::Enabled || property == Property::Interval) start();
+    }
+
+private:
+    void start() {
+        clock_.stop();
+        if (timer_.enabled() && !ticking_) clock_.start(timer_.interval());
+    }
+
+    void timeout() {
+        ticking_ = true;
+        send([this] { timer_.tick(); });
+        ticking_ = false;
+        if (!released_) start();
+    }
+
+    Timer& timer_;
+    QTimer clock_;
+    bool ticking_ = false;
+    bool released_ = false;
+};
+
+} // namespace
+
+std::unique_ptr<Adaptor> adaptTimer(Control& control, QObject*) {
+    auto* timer = dynamic_cast<Timer*>(&control);
+    return timer == nullptr ? nullptr : std::make_unique<TimerAdaptor>(*timer);
+}
+
+} // namespace toolkit::qt
