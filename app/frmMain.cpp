@@ -164,7 +164,8 @@ void frmMain::mnuPopup_Click(std::int16_t Index) {
         setVisible(true);
         restore();
     }
-    if (Index == openItem && drive.p_GetDL_Count() == 1) drive::OpenDir(*this, drive.p_GetDriveLetters("0"));
+    // The types are counted: they tell how many sticks the scan found, also after one of several has been chosen.
+    if (Index == openItem && drive.p_GetDT_Count() == 1) drive::OpenDir(*this, drive.p_GetDriveLetters("0"));
 }
 
 void frmMain::showOnlineState(std::string_view text, std::string_view toolTip) {

@@ -1,0 +1,149 @@
+#include "format/Form1.h"
+
+#include "app/frmMain.h"
+#include "app/program.h"
+#include "app/program_path.h"
+#include "format/admin_check.h"
+#include "format/process_runner.h"
+#include "toolkit/message_box.h"
+
+using app::joinLines;
+using namespace std::chrono_literals;
+
+namespace {
+
+constexpr const char* firstStep = "Schritt 1:";
+constexpr const char* secondStep = "Schritt 2:";
+constexpr const char* thirdStep = "Schritt 3:";
+
+constexpr const char* firstInstructions =
+    "Vergewisseren Sie sich dass die USB-Platte NICHT am PC angeschlossen ist und drücken Sie dann auf WEITER.";
+
+std::string secondInstructions() {
+    return joinLines({"Schließen Sie jetzt die USB-Festplatte an.", "",
+                      "Falls die Festplatte nicht gefunden wird, schließen Sie die Platte nochmal ab und gehen einen "
+                      "Schritt ZURÜCK."});
+}
+
+std::string thirdInstructions(const std::string& drive) {
+    return joinLines({"USB-Festplatte gefunden!", "Laufwerksbuchstabe: " + drive});
+}
+
+constexpr const char* refusalTitle = "Keine Administrator-Rechte !";
+
+std::string refusal() {
+    return joinLines({"Zum Formatieren benötigen Sie Administrator-Rechte",
+                      "Melden Sie sich bei Windows als Administrator an, oder verständigen Sie Ihren "
+                      "Systemadministrator!"});
+}
+
+constexpr const char* questionTitle = "Wollen Sie formatieren ?";
+
+std::string question(const std::string& drive) {
+    return joinLines({"ACHTUNG: ALLE DATEN AUF DER USB-DISK WERDEN GELÖSCHT:", "",
+                      "Wollen Sie wirklich die Festplatte " + drive + " formatieren?", "",
+                      "Für Datenverlust wird keine Haftung übernommen.", "", "Formatieren mit OK ?"});
+}
+
+/// Sets a flag as long as it lives.
+class Flag {
+public:
+    explicit Flag(bool& flag) : flag_(flag) { flag_ = true; }
+    Flag(const Flag&) = delete;
+    Flag& operator=(const Flag&) = delete;
+    ~Flag() { flag_ = false; }
+
+private:
+    bool& flag_;
+};
+
+} // namespace
+
+Form1::Form1(frmMain& owner) : Form("Form1"), Timer1("Timer1", 4000ms, true), owner_(owner) {
+    for (Control* control : std::initializer_list<Control*>{&Label1, &Label2, &Label3, &Command1, &Command2, &Timer1})
+        add(*control);
+    onLoad = [this] { Form_Load(); };
+    onUnload = [this] { closed_ = true; };
+    Command1.onClick = [this] { Command1_Click(); };
+    Command2.onClick = [this] { Command2_Click(); };
+    Timer1.onTimer = [this] { Timer1_Timer(); };
+    setCaption("Fat32 Format Assistent");
+    Label1.setCaption("Fat 32 Format Assistent:");
+    Command1.setCaption("WEITER >>>");
+    Command2.setCaption("<<< Zurück");
+}
+
+/// The window may be loaded again after it was closed; its buttons are then as they were the first time.
+void Form1::Form_Load() {
+    showFirstStep();
+    Command1.setEnabled(true);
+    Command2.setEnabled(true);
+}
+
+void Form1::Command2_Click() {
+    showFirstStep();
+    Command1.setEnabled(true);
+    Command2.setEnabled(false);
+}
+
+void Form1::Command1_Click() {
+    if (!format::IsUserAdmin()) {
+        toolkit::messageBox(refusal(), toolkit::Critical, refusalTitle);
+        endAssistant();
+        return;
+    }
+    if (state_ == WithoutDisk)
+        beginWaiting();
+    else if (state_ == DiskFound && !formatting_ && confirmFormat())
+        formatDrive();
+}
+
+void Form1::Timer1_Timer() {
+    if (state_ != WaitingForDisk) return;
+    drive_ = snapshot_.newDrive();
+    if (drive_.empty()) return;
+    state_ = DiskFound;
+    Label3.setCaption(thirdStep);
+    Label2.setCaption(thirdInstructions(drive_));
+    Command1.setEnabled(true);
+}
+
+void Form1::showFirstStep() {
+    state_ = WithoutDisk;
+    Label3.setCaption(firstStep);
+    Label2.setCaption(firstInstructions);
+}
+
+void Form1::beginWaiting() {
+    snapshot_.take();
+    state_ = WaitingForDisk;
+    Label3.setCaption(secondStep);
+    Label2.setCaption(secondInstructions());
+    Command1.setEnabled(false);
+    Command2.setEnabled(true);
+}
+
+bool Form1::confirmFormat() {
+    const int answer = toolkit::messageBox(question(drive_), toolkit::OkCancel, questionTitle);
+    return answer == toolkit::Ok && loaded();
+}
+
+/// Events go on while the formatter runs. WEITER then starts no second one, which would write to the same disk, and
+/// closing the assistant ends the formatter, also when it has been opened anew since.
+void Form1::formatDrive() {
+    std::string output;
+    closed_ = false;
+    {
+        const Flag running(formatting_);
+        output = Module1::runConsoleProgram(app::programPath() + "fat32format.exe -c64 " + drive_,
+                                            [this] { return !closed_; });
+    }
+    const bool done = output.find("Done") != std::string::npos;
+    toolkit::messageBox(done ? "Formatierung abgeschlossen." : "Formatierung fehlgeschlagen.", toolkit::OkOnly);
+    endAssistant();
+}
+
+void Form1::endAssistant() {
+    unload();
+    owner_.show();
+}
