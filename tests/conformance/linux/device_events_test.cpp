@@ -1,0 +1,242 @@
+// Messages about drives that come and go, and the window procedures that they reach.
+#include "platform/device_events.h"
+#include "platform/volumes.h"
+
+#include "tests/conformance/environment.h"
+#include "tests/conformance/linux/event_loop.h"
+#include "tests/conformance/linux/udisks_mock.h"
+
+#include <gtest/gtest.h>
+
+#include <QTimer>
+
+#include <array>
+#include <fstream>
+#include <optional>
+#include <string>
+#include <vector>
+
+using namespace conformance;
+using namespace platform;
+
+namespace {
+
+[[maybe_unused]] const auto* world = testing::AddGlobalTestEnvironment(new EventWorld);
+
+constexpr std::intptr_t window = 42;
+constexpr std::uint32_t deviceChange = 0x219;
+constexpr std::uintptr_t arrival = 0x8000;
+constexpr std::uintptr_t removal = 0x8004;
+/// Longer than a blank disk is given, so that a second message would have come.
+constexpr int quietTime = 2500; // milliseconds
+
+std::vector<std::uintptr_t> received;
+bool takeOffAtMessage = false;
+WindowProcedure firstProcedure = nullptr;
+
+std::intptr_t procedure(std::intptr_t to, std::uint32_t message, std::uintptr_t wParam,
+                        std::intptr_t lParam) {
+    if (to == window && message == deviceChange) received.push_back(wParam);
+    if (takeOffAtMessage) setWindowProcedure(window, firstProcedure);
+    return callWindowProcedure(firstProcedure, to, message, wParam, lParam) + 7;
+}
+
+std::string roots() {
+    std::array<char, 200> buffer{};
+    std::string text(buffer.data(), logicalDriveStrings(buffer));
+    return std::string(buffer.data(), text.size());
+}
+
+bool isThere(char letter) {
+    return roots().find(letter) != std::string::npos;
+}
+
+class DeviceEvents : public testing::Test {
+protected:
+    DeviceEvents() {
+        received.clear();
+        takeOffAtMessage = false;
+        mock.add(drivePath("stick"), stickDrive("STICK"));
+        mock.add(drivePath("disk"), drive("DISK"));
+        firstProcedure = setWindowProcedure(window, procedure);
+    }
+    ~DeviceEvents() override {
+        setWindowProcedure(window, firstProcedure);
+        setDeviceEventDelivery({});
+    }
+
+    static bool waitForMessages(std::size_t count) {
+        return waitFor([count] { return received.size() >= count; });
+    }
+    /// Handles events for a while in which nothing should happen.
+    static void idle(int milliseconds = quietTime) {
+        bool over = false;
+        QTimer::singleShot(milliseconds, [&over] { over = true; });
+        waitFor([&over] { return over; });
+    }
+
+    UdisksMock mock;
+};
+
+using Messages = std::vector<std::uintptr_t>;
+
+} // namespace
+
+TEST_F(DeviceEvents, ProceduresChain) {
+    ASSERT_NE(firstProcedure, nullptr);
+    EXPECT_EQ(sendWindowMessage(window, deviceChange, 5, 0), 7);
+    EXPECT_EQ(received, Messages{5});
+    EXPECT_EQ(sendWindowMessage(window + 1, deviceChange, 6, 0), 0);
+    EXPECT_EQ(setWindowProcedure(window, firstProcedure), procedure);
+    EXPECT_EQ(setWindowProcedure(window, firstProcedure), firstProcedure);
+    EXPECT_EQ(sendWindowMessage(window, deviceChange, 8, 0), 0);
+    EXPECT_EQ(received, Messages{5});
+}
+
+TEST_F(DeviceEvents, StickComesAndGoes) {
+    mock.add(blockPath("sdb1"), fileSystemBlock("sdb1", 17, "stick"));
+    ASSERT_TRUE(waitForMessages(1));
+    EXPECT_TRUE(isThere('D'));
+    mock.remove(blockPath("sdb1"));
+    ASSERT_TRUE(waitForMessages(2));
+    EXPECT_FALSE(isThere('D'));
+    EXPECT_EQ(received, (Messages{arrival, removal}));
+}
+
+TEST_F(DeviceEvents, DiskWithTwoPartitionsArrivesOnce) {
+    mock.add(blockPath("sdb"), withTable(blankBlock("sdb", 16, "stick")));
+    mock.add(blockPath("sdb1"), onTable(fileSystemBlock("sdb1", 17, "stick"), "sdb"));
+    mock.add(blockPath("sdb2"), onTable(fileSystemBlock("sdb2", 18, "stick", fat32("B", "B")), "sdb"));
+    ASSERT_TRUE(waitForMessages(1));
+    EXPECT_TRUE(isThere('D'));
+    EXPECT_TRUE(isThere('E'));
+    idle();
+    EXPECT_EQ(received, Messages{arrival});
+}
+
+TEST_F(DeviceEvents, ArrivalWaitsForTheFileSystem) {
+    mock.add(blockPath("sdb"), blankBlock("sdb", 16, "stick"));
+    idle(500);
+    EXPECT_EQ(received, Messages());
+    mock.addInterface(blockPath("sdb"), fileSystemInterface, mountedAt({}));
+    mock.change(blockPath("sdb"), blockInterface, fat32("LATE"));
+    ASSERT_TRUE(waitForMessages(1));
+    idle();
+    EXPECT_EQ(received, Messages{arrival});
+}
+
+TEST_F(DeviceEvents, BlankDiskArrivesWhenItStaysBlank) {
+    mock.add(blockPath("sdb"), blankBlock("sdb", 16, "disk"));
+    ASSERT_TRUE(waitForMessages(1));
+    EXPECT_TRUE(isThere('D'));
+    idle();
+    EXPECT_EQ(received, Messages{arrival});
+}
+
+TEST_F(DeviceEvents, OnlyAMediumMatters) {
+    mock.add(blockPath("sdb"), blankBlock("sdb", 16, "stick", {{"Size", quint64{0}}}));
+    idle();
+    EXPECT_EQ(received, Messages());
+    EXPECT_TRUE(isThere('D'));
+    mock.addInterface(blockPath("sdb"), fileSystemInterface, mountedAt({}));
+    QVariantMap card = fat32("CARD");
+    card.insert("Size", quint64{1'000'000});
+    mock.change(blockPath("sdb"), blockInterface, card);
+    ASSERT_TRUE(waitForMessages(1));
+    mock.change(blockPath("sdb"), blockInterface, {{"Size", quint64{0}}, {"IdUsage", ""}});
+    ASSERT_TRUE(waitForMessages(2));
+    EXPECT_EQ(received, (Messages{arrival, removal}));
+}
+
+TEST_F(DeviceEvents, MountingAndLabellingAreNoNews) {
+    mock.add(blockPath("sdb1"), fileSystemBlock("sdb1", 17, "stick"));
+    ASSERT_TRUE(waitForMessages(1));
+    DiskFreeSpace space;
+    EXPECT_TRUE(diskFreeSpace("D:\\", space));
+    EXPECT_TRUE(setVolumeLabel("D:\\", "OTHER"));
+    EXPECT_TRUE(settleVolume("D:\\"));
+    idle();
+    EXPECT_EQ(received, Messages{arrival});
+}
+
+TEST_F(DeviceEvents, ServiceThatVanishesAndComesBack) {
+    mock.add(blockPath("sdb1"), fileSystemBlock("sdb1", 17, "stick"));
+    ASSERT_TRUE(waitForMessages(1));
+    mock.stop();
+    ASSERT_TRUE(waitForMessages(2));
+    EXPECT_FALSE(isThere('D'));
+    mock.start();
+    ASSERT_TRUE(waitForMessages(3));
+    EXPECT_TRUE(isThere('D'));
+    EXPECT_EQ(received, (Messages{arrival, removal, arrival}));
+    mock.remove(blockPath("sdb1")); // the new one is listened to
+    ASSERT_TRUE(waitForMessages(4));
+}
+
+TEST_F(DeviceEvents, QuickRestartOfTheServiceIsNoNews) {
+    mock.add(blockPath("sdb1"), fileSystemBlock("sdb1", 17, "stick"));
+    ASSERT_TRUE(waitForMessages(1));
+    mock.stop();
+    mock.start();
+    idle();
+    EXPECT_EQ(received, Messages{arrival});
+}
+
+TEST_F(DeviceEvents, NothingComesWithoutAProcedure) {
+    setWindowProcedure(window, firstProcedure);
+    mock.add(blockPath("sdb1"), fileSystemBlock("sdb1", 17, "stick"));
+    idle();
+    EXPECT_EQ(received, Messages());
+    EXPECT_EQ(mock.takeLists(), 1) << "the one for the watch that has ended";
+}
+
+TEST_F(DeviceEvents, ProcedureMayTakeItselfOff) {
+    takeOffAtMessage = true;
+    mock.add(blockPath("sdb1"), fileSystemBlock("sdb1", 17, "stick"));
+    ASSERT_TRUE(waitForMessages(1));
+    mock.remove(blockPath("sdb1"));
+    idle();
+    EXPECT_EQ(received, Messages{arrival});
+}
+
+TEST_F(DeviceEvents, DeliveryStandsBetween) {
+    int delivered = 0;
+    setDeviceEventDelivery([&delivered](const std::function<void()>& message) {
+        ++delivered;
+        EXPECT_TRUE(received.empty());
+        message();
+    });
+    mock.add(blockPath("sdb1"), fileSystemBlock("sdb1", 17, "stick"));
+    ASSERT_TRUE(waitForMessages(1));
+    EXPECT_EQ(delivered, 1);
+}
+
+TEST_F(DeviceEvents, SectionsOfTheFileComeAndGo) {
+    mock.add(blockPath("sdb1"), fileSystemBlock("sdb1", 17, "stick"));
+    ASSERT_TRUE(waitForMessages(1));
+    std::optional<Drives> drives(std::in_place); // the file takes the place of UDisks2
+    ASSERT_TRUE(waitForMessages(3));
+    mock.takeLists();
+    drives->add('E', DriveRemovable);
+    ASSERT_TRUE(waitForMessages(4));
+    EXPECT_TRUE(isThere('E'));
+    drives->remove('E');
+    ASSERT_TRUE(waitForMessages(5));
+    EXPECT_EQ(mock.takeLists(), 0) << "UDisks2 is not asked";
+    drives.reset();
+    ASSERT_TRUE(waitForMessages(7));
+    EXPECT_TRUE(isThere('D'));
+    EXPECT_EQ(received, (Messages{arrival, removal, arrival, arrival, removal, removal, arrival}));
+}
+
+TEST_F(DeviceEvents, FileWrittenInPlace) {
+    const Drives drives;
+    ASSERT_TRUE(waitForMessages(1));
+    const std::filesystem::path table =
+        std::filesystem::read_symlink("/proc/self/exe").parent_path() / "Drives.ini";
+    std::ofstream(table, std::ios::app) << "[F:]\nType=2\nPath=/nowhere\n";
+    ASSERT_TRUE(waitForMessages(2));
+    std::ofstream(table, std::ios::app) << "Label=NEW\n";
+    idle(500);
+    EXPECT_EQ(received, (Messages{arrival, arrival}));
+}

@@ -1,0 +1,226 @@
+#include "tests/conformance/linux/udisks_mock.h"
+
+#include <QDBusArgument>
+#include <QDBusConnectionInterface>
+#include <QDBusMessage>
+#include <QDBusMetaType>
+
+#include <stdexcept>
+
+namespace conformance {
+
+namespace {
+
+using platform::posix::udisks::managerPath;
+using platform::posix::udisks::service;
+
+constexpr int deadline = 20'000; // milliseconds
+
+QDBusMessage objectManagerSignal(const char* name) {
+    return QDBusMessage::createSignal(managerPath, "org.freedesktop.DBus.ObjectManager", name);
+}
+
+QString lastName(const QDBusObjectPath& object) {
+    return object.path().section('/', -1);
+}
+
+QDBusMessage failure(const QDBusMessage& message, const QString& error) {
+    return message.createErrorReply("org.freedesktop.UDisks2.Error." + error, "as the test wants it");
+}
+
+} // namespace
+
+PrivateBus::PrivateBus() {
+    daemon_.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    daemon_.start("dbus-daemon", {"--session", "--nofork", "--print-address=1"});
+    if (!daemon_.waitForStarted(deadline) || !daemon_.waitForReadyRead(deadline))
+        throw std::runtime_error("dbus-daemon does not start");
+    qputenv("DBUS_SYSTEM_BUS_ADDRESS", daemon_.readLine().trimmed());
+}
+
+PrivateBus::~PrivateBus() {
+    daemon_.kill();
+    daemon_.waitForFinished(deadline);
+}
+
+UdisksMock::UdisksMock()
+    : bus_(QDBusConnection::connectToBus(qEnvironmentVariable("DBUS_SYSTEM_BUS_ADDRESS"), "udisks-mock")) {
+    qDBusRegisterMetaType<Interfaces>();
+    qDBusRegisterMetaType<Objects>();
+    if (!bus_.isConnected()) throw std::runtime_error("no private bus");
+    moveToThread(&thread_);
+    thread_.start();
+    if (!bus_.registerVirtualObject("/org/freedesktop/UDisks2", this, QDBusConnection::SubPath))
+        throw std::runtime_error("the mock cannot be registered");
+    start();
+}
+
+UdisksMock::~UdisksMock() {
+    stop();
+    bus_.unregisterObject("/org/freedesktop/UDisks2", QDBusConnection::UnregisterTree);
+    thread_.quit();
+    thread_.wait();
+    QDBusConnection::disconnectFromBus("udisks-mock");
+}
+
+void UdisksMock::start() {
+    if (!bus_.registerService(service)) throw std::runtime_error("the name of UDisks2 is taken");
+}
+
+void UdisksMock::stop() {
+    bus_.unregisterService(service);
+}
+
+void UdisksMock::add(const QDBusObjectPath& object, const Interfaces& interfaces) {
+    const std::lock_guard lock(mutex_);
+    objects_[object] = interfaces;
+    QDBusMessage signal = objectManagerSignal("InterfacesAdded");
+    signal << QVariant::fromValue(object) << QVariant::fromValue(interfaces);
+    bus_.send(signal);
+}
+
+void UdisksMock::addInterface(const QDBusObjectPath& object, const QString& interface,
+                              const QVariantMap& properties) {
+    const std::lock_guard lock(mutex_);
+    objects_[object][interface] = properties;
+    QDBusMessage signal = objectManagerSignal("InterfacesAdded");
+    signal << QVariant::fromValue(object) << QVariant::fromValue(Interfaces{{interface, properties}});
+    bus_.send(signal);
+}
+
+void UdisksMock::change(const QDBusObjectPath& object, const QString& interface,
+                        const QVariantMap& properties) {
+    const std::lock_guard lock(mutex_);
+    update(object, interface, properties);
+}
+
+void UdisksMock::update(const QDBusObjectPath& object, const QString& interface,
+                        const QVariantMap& properties) {
+    objects_[object][interface].insert(properties);
+    QDBusMessage signal =
+        QDBusMessage::createSignal(object.path(), "org.freedesktop.DBus.Properties", "PropertiesChanged");
+    signal << interface << properties << QStringList();
+    bus_.send(signal);
+}
+
+void UdisksMock::remove(const QDBusObjectPath& object) {
+    const std::lock_guard lock(mutex_);
+    QDBusMessage signal = objectManagerSignal("InterfacesRemoved");
+    signal << QVariant::fromValue(object) << QStringList(objects_[object].keys());
+    std::filesystem::remove_all(mountFolder(lastName(object)));
+    objects_.remove(object);
+    bus_.send(signal);
+}
+
+void UdisksMock::failNext(const QString& method, const QString& error, int times) {
+    const std::lock_guard lock(mutex_);
+    failures_[method] = {error, times};
+}
+
+void UdisksMock::delayLabel(int lists) {
+    const std::lock_guard lock(mutex_);
+    labelDelay_ = lists;
+}
+
+void UdisksMock::mountBehindTheBack(const QDBusObjectPath& object) {
+    const std::lock_guard lock(mutex_);
+    mountedByOther_ = object;
+}
+
+QStringList UdisksMock::takeCalls() {
+    const std::lock_guard lock(mutex_);
+    return std::exchange(calls_, {});
+}
+
+int UdisksMock::takeLists() {
+    const std::lock_guard lock(mutex_);
+    return std::exchange(lists_, 0);
+}
+
+bool UdisksMock::wasQuiet() {
+    const std::lock_guard lock(mutex_);
+    return quiet_;
+}
+
+QVariant UdisksMock::property(const QDBusObjectPath& object, const QString& interface, const QString& name) {
+    const std::lock_guard lock(mutex_);
+    return objects_.value(object).value(interface).value(name);
+}
+
+std::filesystem::path UdisksMock::mountFolder(const QString& name) const {
+    return folder_.path() / name.toStdString();
+}
+
+QString UdisksMock::introspect(const QString& /*path*/) const {
+    return {};
+}
+
+bool UdisksMock::handleMessage(const QDBusMessage& message, const QDBusConnection& connection) {
+    const std::lock_guard lock(mutex_);
+    connection.send(answer(message));
+    return true;
+}
+
+QDBusMessage UdisksMock::answer(const QDBusMessage& message) {
+    const QString method = message.member();
+    const QString object = message.path().section('/', -1);
+    auto failing = failures_.find(method);
+    if (method == "GetManagedObjects") return list(message);
+    calls_ << method + " " + object;
+    const QVariantMap options = qdbus_cast<QVariantMap>(message.arguments().last());
+    quiet_ = quiet_ && options.value("auth.no_user_interaction").toBool();
+    if (failing != failures_.end() && failing->second.second > 0) {
+        --failing->second.second;
+        return failure(message, failing->second.first);
+    }
+    if (method == "Mount") return mount(message);
+    if (method == "Unmount") return unmount(message);
+    if (method == "SetLabel") return setLabel(message);
+    return failure(message, "Failed");
+}
+
+QDBusMessage UdisksMock::list(const QDBusMessage& message) {
+    ++lists_;
+    for (const auto& [object, label] : lateLabels_)
+        if (labelDelay_ <= 0) update(object, blockInterface, {{"IdLabel", label}});
+    if (labelDelay_-- <= 0) lateLabels_.clear();
+    return message.createReply(QVariant::fromValue(objects_));
+}
+
+bool UdisksMock::isMounted(const QDBusObjectPath& object) const {
+    const QVariant folders = objects_.value(object).value(fileSystemInterface).value("MountPoints");
+    return !qdbus_cast<QByteArrayList>(folders).isEmpty();
+}
+
+QDBusMessage UdisksMock::mount(const QDBusMessage& message) {
+    const QDBusObjectPath object(message.path());
+    if (!objects_.value(object).contains(fileSystemInterface)) return failure(message, "Failed");
+    if (isMounted(object)) return failure(message, "AlreadyMounted");
+    const std::filesystem::path folder = mountFolder(lastName(object));
+    std::filesystem::create_directories(folder);
+    update(object, fileSystemInterface, mountedAt({QByteArray::fromStdString(folder)}));
+    if (object == mountedByOther_) return failure(message, "AlreadyMounted");
+    return message.createReply(QString::fromStdString(folder));
+}
+
+QDBusMessage UdisksMock::unmount(const QDBusMessage& message) {
+    const QDBusObjectPath object(message.path());
+    if (!isMounted(object)) return failure(message, "NotMounted");
+    std::filesystem::remove_all(mountFolder(lastName(object)));
+    update(object, fileSystemInterface, mountedAt({}));
+    return message.createReply();
+}
+
+/// As for FAT: not while it is mounted, and in capitals.
+QDBusMessage UdisksMock::setLabel(const QDBusMessage& message) {
+    const QDBusObjectPath object(message.path());
+    if (isMounted(object)) return failure(message, "Failed");
+    const QString label = message.arguments().first().toString().toUpper();
+    if (labelDelay_ > 0)
+        lateLabels_[object] = label;
+    else
+        update(object, blockInterface, {{"IdLabel", label}});
+    return message.createReply();
+}
+
+} // namespace conformance

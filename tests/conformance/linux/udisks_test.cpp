@@ -1,0 +1,294 @@
+// The drive table over UDisks2: what it asks, mounts, unmounts and labels.
+#include "platform/linux/udisks_drives.h"
+
+#include "tests/conformance/linux/event_loop.h"
+#include "tests/conformance/linux/udisks_mock.h"
+
+#include <gtest/gtest.h>
+
+#include <QDBusArgument>
+
+#include <sys/statvfs.h>
+
+#include <filesystem>
+
+using namespace conformance;
+using namespace platform;
+using posix::UdisksDrives;
+
+namespace {
+
+[[maybe_unused]] const auto* world = testing::AddGlobalTestEnvironment(new EventWorld);
+
+class UdisksTable : public testing::Test {
+protected:
+    void addStick(const QString& name, quint64 number, const QVariantMap& more = {}) {
+        mock.add(drivePath("drive_" + name), stickDrive("S" + name));
+        mock.add(blockPath(name), fileSystemBlock(name, number, "drive_" + name, more));
+    }
+    /// As the desktop does it.
+    void mountByDesktop(const QString& name) {
+        const std::filesystem::path folder = mock.mountFolder(name);
+        std::filesystem::create_directories(folder);
+        mock.change(blockPath(name), fileSystemInterface, mountedAt({QByteArray::fromStdString(folder)}));
+    }
+    bool isMounted(const QString& name) {
+        const QVariant folders = mock.property(blockPath(name), fileSystemInterface, "MountPoints");
+        return !qdbus_cast<QByteArrayList>(folders).isEmpty();
+    }
+    QStringList calls() { return mock.takeCalls(); }
+
+    UdisksMock mock;
+    UdisksDrives drives;
+};
+
+} // namespace
+
+TEST_F(UdisksTable, SystemDrivesAreAlwaysThere) {
+    EXPECT_EQ(drives.letters(), "CZ");
+    EXPECT_EQ(drives.type('C'), DriveFixed);
+    EXPECT_EQ(drives.type('Z'), DriveRemote);
+    EXPECT_EQ(drives.type('D'), DriveNoRootDir);
+    for (const char letter : {'C', 'Z'}) {
+        EXPECT_EQ(drives.folder(letter), "/");
+        struct statvfs root = {};
+        ASSERT_EQ(statvfs("/", &root), 0);
+        EXPECT_EQ(drives.space(letter)->total, std::uint64_t{root.f_frsize} * root.f_blocks);
+        EXPECT_NE(drives.names(letter)->fileSystem, "");
+        EXPECT_FALSE(drives.setLabel(letter, "NO"));
+    }
+    EXPECT_EQ(calls(), QStringList());
+}
+
+TEST_F(UdisksTable, RootVolumeIsC) {
+    mock.add(drivePath("ssd"), drive("SSD"));
+    mock.add(blockPath("sda2"),
+             fileSystemBlock("sda2", 2, "ssd",
+                             {{"HintSystem", true}, {"IdType", "ext4"}, {"IdLabel", "system"}}, {"/"}));
+    EXPECT_EQ(drives.letters(), "CZ");
+    EXPECT_EQ(drives.names('C')->label, "system");
+    EXPECT_EQ(drives.names('C')->fileSystem, "ext4");
+    EXPECT_EQ(drives.target('C'), "/dev/sda2");
+}
+
+TEST_F(UdisksTable, SticksGetLettersAndKeepThem) {
+    addStick("sdb1", 17);
+    EXPECT_EQ(drives.letters(), "CDZ");
+    EXPECT_EQ(drives.type('D'), DriveRemovable);
+    addStick("sda1", 1);
+    drives.refresh();
+    EXPECT_EQ(drives.letters(), "CDEZ");
+    EXPECT_EQ(drives.target('D'), "/dev/sdb1");
+    EXPECT_EQ(drives.target('E'), "/dev/sda1");
+    mock.remove(blockPath("sdb1"));
+    drives.refresh();
+    EXPECT_EQ(drives.letters(), "CEZ");
+}
+
+TEST_F(UdisksTable, ScanIsOneRoundTrip) {
+    for (int i = 0; i < 13; ++i) {
+        const QString name = "sdb" + QString::number(i);
+        addStick(name, static_cast<quint64>(i));
+        mountByDesktop(name);
+    }
+    drives.refresh();
+    EXPECT_EQ(drives.letters().size(), 15U);
+    for (const char letter : drives.letters()) {
+        (void)drives.type(letter);
+        EXPECT_TRUE(drives.space(letter)) << letter;
+        EXPECT_TRUE(drives.names(letter)) << letter;
+    }
+    EXPECT_EQ(mock.takeLists(), 1);
+    EXPECT_EQ(calls(), QStringList());
+}
+
+TEST_F(UdisksTable, MeasuringMountsOnceAndSettlingUnmounts) {
+    addStick("sdb1", 17);
+    EXPECT_EQ(drives.names('D')->label, "SDB1");
+    EXPECT_EQ(calls(), QStringList()); // a label needs no mount
+    EXPECT_TRUE(drives.space('D'));
+    EXPECT_EQ(drives.folder('D'), mock.mountFolder("sdb1"));
+    drives.refresh();
+    EXPECT_TRUE(drives.space('D'));
+    EXPECT_EQ(calls(), QStringList{"Mount sdb1"});
+    EXPECT_TRUE(drives.settle('D'));
+    EXPECT_EQ(calls(), QStringList{"Unmount sdb1"});
+    EXPECT_TRUE(drives.settle('D'));
+    EXPECT_EQ(calls(), QStringList());
+    EXPECT_EQ(drives.folder('D'), mock.mountFolder("sdb1"));
+    EXPECT_EQ(calls(), QStringList{"Mount sdb1"});
+    EXPECT_TRUE(mock.wasQuiet());
+}
+
+TEST_F(UdisksTable, WhatTheDesktopMountedStaysMounted) {
+    addStick("sdb1", 17);
+    mountByDesktop("sdb1");
+    EXPECT_TRUE(drives.space('D'));
+    EXPECT_TRUE(drives.settle('D'));
+    drives.release();
+    EXPECT_EQ(calls(), QStringList());
+    EXPECT_TRUE(isMounted("sdb1"));
+}
+
+TEST_F(UdisksTable, DesktopThatMountsAtTheSameMoment) {
+    addStick("sdb1", 17);
+    drives.refresh();
+    mock.mountBehindTheBack(blockPath("sdb1"));
+    EXPECT_EQ(drives.folder('D'), mock.mountFolder("sdb1"));
+    EXPECT_EQ(calls(), QStringList{"Mount sdb1"});
+    drives.release();
+    EXPECT_EQ(calls(), QStringList());
+}
+
+TEST_F(UdisksTable, ReleaseUnmountsWhatTheProgramMounted) {
+    addStick("sdb1", 17);
+    addStick("sdc1", 33);
+    addStick("sdd1", 49);
+    mountByDesktop("sdd1");
+    for (const char letter : {'D', 'E', 'F'})
+        EXPECT_TRUE(drives.folder(letter)) << letter;
+    calls();
+    drives.release();
+    EXPECT_EQ(calls(), (QStringList{"Unmount sdb1", "Unmount sdc1"}));
+}
+
+TEST_F(UdisksTable, MountThatIsRefusedIsNoMedium) {
+    addStick("sdb1", 17);
+    mock.failNext("Mount", "NotAuthorized");
+    EXPECT_FALSE(drives.space('D'));
+    EXPECT_TRUE(drives.space('D'));
+}
+
+TEST_F(UdisksTable, BusyVolumeIsTriedAgain) {
+    addStick("sdb1", 17);
+    ASSERT_TRUE(drives.folder('D'));
+    mock.failNext("Unmount", "DeviceBusy", 2);
+    EXPECT_TRUE(drives.settle('D'));
+    EXPECT_FALSE(isMounted("sdb1"));
+}
+
+TEST_F(UdisksTable, VolumeThatStaysBusyIsNotSettled) {
+    addStick("sdb1", 17);
+    ASSERT_TRUE(drives.folder('D'));
+    mock.failNext("Unmount", "DeviceBusy", 1000);
+    EXPECT_FALSE(drives.settle('D'));
+    EXPECT_TRUE(isMounted("sdb1"));
+    EXPECT_EQ(drives.folder('D'), mock.mountFolder("sdb1"));
+    mock.failNext("Unmount", "", 0);
+    EXPECT_TRUE(drives.settle('D')); // still known as the program's own
+    EXPECT_FALSE(isMounted("sdb1"));
+}
+
+TEST_F(UdisksTable, EmptySlotHasALetterAndNothingElse) {
+    mock.add(drivePath("reader"), stickDrive("R"));
+    mock.add(blockPath("sdb"), blankBlock("sdb", 16, "reader", {{"Size", quint64{0}}}));
+    EXPECT_EQ(drives.letters(), "CDZ");
+    EXPECT_EQ(drives.type('D'), DriveRemovable);
+    EXPECT_FALSE(drives.space('D'));
+    EXPECT_FALSE(drives.names('D'));
+    EXPECT_FALSE(drives.settle('D'));
+    EXPECT_FALSE(drives.setLabel('D', "X"));
+    EXPECT_TRUE(drives.present().empty());
+    EXPECT_EQ(calls(), QStringList());
+}
+
+TEST_F(UdisksTable, BlankDiskHasALetterButNoNames) {
+    mock.add(drivePath("disk"), drive("R"));
+    mock.add(blockPath("sdb"), blankBlock("sdb", 16, "disk"));
+    EXPECT_EQ(drives.type('D'), DriveFixed);
+    EXPECT_FALSE(drives.space('D'));
+    EXPECT_FALSE(drives.names('D'));
+    ASSERT_EQ(drives.present().size(), 1U);
+    EXPECT_FALSE(drives.present()[0].recognised);
+    EXPECT_EQ(calls(), QStringList());
+}
+
+TEST_F(UdisksTable, PulledStickIsNoticedByItsFolder) {
+    addStick("sdb1", 17);
+    ASSERT_TRUE(drives.folder('D'));
+    mock.remove(blockPath("sdb1"));
+    EXPECT_FALSE(drives.folder('D'));
+    EXPECT_FALSE(drives.settle('D'));
+    EXPECT_EQ(drives.letters(), "CZ");
+}
+
+TEST_F(UdisksTable, VolumeThatWasUnmountedElsewhereIsMountedAgain) {
+    addStick("sdb1", 17);
+    ASSERT_TRUE(drives.folder('D'));
+    std::filesystem::remove_all(mock.mountFolder("sdb1"));
+    mock.change(blockPath("sdb1"), fileSystemInterface, mountedAt({}));
+    calls();
+    EXPECT_TRUE(drives.folder('D'));
+    EXPECT_EQ(calls(), QStringList{"Mount sdb1"});
+}
+
+TEST_F(UdisksTable, LabelOfAnUnmountedVolume) {
+    addStick("sdb1", 17);
+    EXPECT_TRUE(drives.setLabel('D', "Neu"));
+    EXPECT_EQ(calls(), QStringList{"SetLabel sdb1"});
+    EXPECT_EQ(drives.names('D')->label, "NEU");
+    EXPECT_TRUE(drives.setLabel('D', ""));
+    EXPECT_EQ(drives.names('D')->label, "");
+}
+
+TEST_F(UdisksTable, LabelOfAMountedVolume) {
+    addStick("sdb1", 17);
+    mountByDesktop("sdb1");
+    EXPECT_TRUE(drives.setLabel('D', "NEU"));
+    EXPECT_EQ(calls(), (QStringList{"Unmount sdb1", "SetLabel sdb1", "Mount sdb1"}));
+    EXPECT_TRUE(drives.settle('D'));
+    drives.release();
+    EXPECT_EQ(calls(), QStringList()) << "it is the desktop's again";
+}
+
+TEST_F(UdisksTable, LabelOfAVolumeThatTheProgramMounted) {
+    addStick("sdb1", 17);
+    ASSERT_TRUE(drives.folder('D'));
+    calls();
+    EXPECT_TRUE(drives.setLabel('D', "NEU"));
+    EXPECT_EQ(calls(), (QStringList{"Unmount sdb1", "SetLabel sdb1", "Mount sdb1"}));
+    drives.release();
+    EXPECT_EQ(calls(), QStringList{"Unmount sdb1"});
+}
+
+TEST_F(UdisksTable, LabelThatShowsLate) {
+    addStick("sdb1", 17);
+    drives.refresh();
+    mock.delayLabel(3);
+    EXPECT_TRUE(drives.setLabel('D', "spät"));
+    EXPECT_EQ(drives.names('D')->label, "SPÄT");
+}
+
+TEST_F(UdisksTable, LabelThatIsRefused) {
+    addStick("sdb1", 17);
+    mountByDesktop("sdb1");
+    mock.failNext("SetLabel", "Failed");
+    EXPECT_FALSE(drives.setLabel('D', "NEU"));
+    EXPECT_TRUE(isMounted("sdb1"));
+    EXPECT_EQ(drives.names('D')->label, "SDB1");
+}
+
+TEST_F(UdisksTable, LabelOfABusyVolume) {
+    addStick("sdb1", 17);
+    mountByDesktop("sdb1");
+    mock.failNext("Unmount", "DeviceBusy", 1000);
+    EXPECT_FALSE(drives.setLabel('D', "NEU"));
+    EXPECT_FALSE(calls().contains("SetLabel sdb1"));
+    EXPECT_TRUE(isMounted("sdb1"));
+}
+
+TEST_F(UdisksTable, WithoutTheServiceOnlyTheSystemDrives) {
+    addStick("sdb1", 17);
+    EXPECT_TRUE(drives.folder('D'));
+    mock.stop();
+    drives.refresh();
+    EXPECT_EQ(drives.letters(), "CZ");
+    EXPECT_FALSE(drives.folder('D'));
+    EXPECT_TRUE(drives.space('C'));
+    mock.start();
+    drives.refresh();
+    EXPECT_EQ(drives.letters(), "CDZ");
+    calls();
+    drives.release();
+    EXPECT_EQ(calls(), QStringList{"Unmount sdb1"}) << "the program has not forgotten what it mounted";
+}

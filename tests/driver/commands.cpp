@@ -1,0 +1,157 @@
+#include "tests/driver/commands.h"
+
+#include "tests/driver/input.h"
+#include "tests/driver/inspect.h"
+#include "tests/driver/screenshot.h"
+
+#include <QApplication>
+#include <QClipboard>
+#include <QHash>
+#include <QJsonArray>
+
+namespace driver {
+
+namespace {
+
+Outcome failure(const QString& text) {
+    return {{{QStringLiteral("error"), text}}, {}};
+}
+
+QString textOf(const QJsonObject& request, const char* key) {
+    return request[QLatin1String(key)].toString();
+}
+
+/// Finds the part that a request is about and lets `act` say what to do with it.
+template <typename Action>
+Outcome onPart(const QJsonObject& request, Action act) {
+    QWidget* part = findPart(textOf(request, "window"), textOf(request, "name"));
+    if (part == nullptr) return failure(QStringLiteral("no part of the name ") + textOf(request, "name"));
+    return act(*part);
+}
+
+Outcome listWindows(const QJsonObject&) {
+    return {{{QStringLiteral("windows"), describeWindows()}}, {}};
+}
+
+Outcome get(const QJsonObject& request) {
+    return onPart(request, [](QWidget& part) {
+        return Outcome{{{QStringLiteral("part"), describe(part)}}, {}};
+    });
+}
+
+Outcome all(const QJsonObject& request) {
+    QWidget* window = findWindow(textOf(request, "window"));
+    if (window == nullptr) return failure(QStringLiteral("no such window"));
+    return {{{QStringLiteral("parts"), describeParts(*window)}}, {}};
+}
+
+Outcome click(const QJsonObject& request) {
+    return onPart(request, [&request](QWidget& part) {
+        const int clicks = request[QLatin1String("clicks")].toInt(1);
+        return Outcome{{}, [target = QPointer(&part), clicks] { clickPart(target, clicks); }};
+    });
+}
+
+Outcome clickRow(const QJsonObject& request) {
+    return onPart(request, [&request](QWidget& part) {
+        const int row = request[QLatin1String("row")].toInt();
+        const int clicks = request[QLatin1String("clicks")].toInt(1);
+        if (!rowRectangle(part, row).isValid()) return failure(QStringLiteral("no such row"));
+        return Outcome{{}, [target = QPointer(&part), row, clicks] { clickListRow(target, row, clicks); }};
+    });
+}
+
+Outcome choose(const QJsonObject& request) {
+    return onPart(request, [&request](QWidget& part) {
+        const int index = request[QLatin1String("index")].toInt();
+        return Outcome{{}, [target = QPointer(&part), index] { chooseEntry(target, index); }};
+    });
+}
+
+Outcome focus(const QJsonObject& request) {
+    return onPart(request, [](QWidget& part) {
+        part.activateWindow();
+        part.setFocus(Qt::TabFocusReason);
+        return Outcome{};
+    });
+}
+
+/// Types into whatever has the focus.
+Outcome type(const QJsonObject& request) {
+    QStringList keys;
+    for (const QJsonValue& key : request[QLatin1String("keys")].toArray())
+        keys += key.toString();
+    return {{}, [text = textOf(request, "text"), keys] { typeKeys(text, keys); }};
+}
+
+Outcome messageBox(const QJsonObject&) {
+    return {{{QStringLiteral("box"), describeMessageBox()}}, {}};
+}
+
+Outcome answer(const QJsonObject& request) {
+    QWidget* button = messageBoxButton(textOf(request, "button"));
+    if (button == nullptr) return failure(QStringLiteral("no message box with that button"));
+    return {{}, [target = QPointer(button)] { clickPart(target, 1); }};
+}
+
+Outcome close(const QJsonObject& request) {
+    QWidget* window = findWindow(textOf(request, "window"));
+    if (window == nullptr) return failure(QStringLiteral("no such window"));
+    return {{}, [target = QPointer(window)] {
+                if (target != nullptr) target->close();
+            }};
+}
+
+Outcome resize(const QJsonObject& request) {
+    QWidget* window = findWindow(textOf(request, "window"));
+    if (window == nullptr) return failure(QStringLiteral("no such window"));
+    window->resize(request[QLatin1String("width")].toInt(), request[QLatin1String("height")].toInt());
+    return {};
+}
+
+Outcome screenshot(const QJsonObject& request) {
+    if (!saveScreenshot(textOf(request, "window"), textOf(request, "path")))
+        return failure(QStringLiteral("no picture"));
+    return {};
+}
+
+Outcome clipboard(const QJsonObject& request) {
+    QApplication::clipboard()->setText(textOf(request, "text"));
+    return {};
+}
+
+Outcome appearance(const QJsonObject& request) {
+    if (request.contains(QLatin1String("dark"))) setDarkPalette(request[QLatin1String("dark")].toBool());
+    if (request.contains(QLatin1String("fontSize"))) {
+        QFont font = QApplication::font();
+        font.setPointSizeF(request[QLatin1String("fontSize")].toDouble());
+        QApplication::setFont(font);
+    }
+    return {};
+}
+
+} // namespace
+
+Outcome perform(const QJsonObject& request) {
+    static const QHash<QString, Outcome (*)(const QJsonObject&)> commands = {
+        {QStringLiteral("windows"), listWindows},
+        {QStringLiteral("get"), get},
+        {QStringLiteral("all"), all},
+        {QStringLiteral("click"), click},
+        {QStringLiteral("clickRow"), clickRow},
+        {QStringLiteral("choose"), choose},
+        {QStringLiteral("focus"), focus},
+        {QStringLiteral("type"), type},
+        {QStringLiteral("messageBox"), messageBox},
+        {QStringLiteral("answer"), answer},
+        {QStringLiteral("close"), close},
+        {QStringLiteral("resize"), resize},
+        {QStringLiteral("screenshot"), screenshot},
+        {QStringLiteral("clipboard"), clipboard},
+        {QStringLiteral("appearance"), appearance},
+    };
+    const auto command = commands.value(textOf(request, "do"));
+    return command == nullptr ? failure(QStringLiteral("unknown request")) : command(request);
+}
+
+} // namespace driver

@@ -1,0 +1,114 @@
+// A computer in memory: the third backend, for tests that need no display, no network and no disk.
+#pragma once
+
+#include "platform/device_events.h"
+#include "platform/files.h"
+#include "platform/notify_icon.h"
+#include "platform/volumes.h"
+#include "toolkit/form.h"
+
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <span>
+#include <string>
+#include <vector>
+
+namespace fake {
+
+struct Drive {
+    std::uint32_t type = platform::DriveRemovable;
+    std::uint64_t total = 0; ///< bytes; 0 is a drive without a medium
+    std::uint64_t free = 0;
+    std::string label;
+    std::string fileSystem;
+};
+
+struct File {
+    std::string contents;
+    std::uint32_t attributes = platform::FileArchive;
+};
+
+struct Message {
+    std::string text;
+    int style = 0;
+    std::string title;
+};
+
+struct ShellCall {
+    std::int64_t owner = 0;
+    std::string verb, file, parameters, directory;
+    int showCommand = 0;
+};
+
+struct TrayCall {
+    platform::NotifyIcon message{};
+    platform::NotifyIconRecord record{};
+};
+
+struct Computer {
+    std::map<std::string, Drive> drives;    ///< by root, as in `E:\`
+    std::map<std::string, File> files;      ///< by path, as the program names it
+    std::map<std::string, std::string> web; ///< contents by address; what is missing cannot be reached
+    std::string separator = ",";
+    std::string folder = "/opt/tool";
+    std::string settingsFolder = "/opt/tool";
+
+    /// Answers a message box; the default presses OK, or Yes.
+    std::function<int(const Message&)> answer;
+    /// Runs in the pump, as events do.
+    std::function<void()> onPump;
+    /// Runs when a window is shown modally, in place of the user.
+    std::function<void(toolkit::Form&)> onModal;
+    /// Shell code by file; 33 where there is none.
+    std::map<std::string, int> shellCodes;
+    /// What writing to a path comes to.
+    std::map<std::string, platform::FileResult> writeResults;
+    bool settles = true;
+    /// Makes an operation fail; it is given as the journal has it. File operations come to `failure` then,
+    /// and whatever is fetched ends there.
+    std::function<bool(const std::string& operation)> fails;
+    platform::FileResult failure = platform::FileResult::DiskFull;
+    /// Takes the place of the two profile functions that read: fills the buffer and returns what they return.
+    std::function<std::uint32_t(std::span<char> buffer, const std::string& section)> profile;
+
+    // What the program did.
+    std::vector<Message> messages;
+    std::vector<ShellCall> shellCalls;
+    std::vector<std::string> choosers;
+    std::vector<TrayCall> trayCalls;
+    std::vector<std::string> fetched; ///< addresses
+    std::vector<std::uint32_t> fetchFlags;
+    std::vector<std::string> agents;  ///< agent text and access type
+    std::vector<std::string> writes;  ///< paths, in order
+    std::vector<std::string> settled; ///< roots
+    std::vector<std::string> windows; ///< "open frmMain", "modal frmAuswahl", "close frmMain"
+    /// All of it in order: "fetch address", "read address", "load path", "write path", "copy path", "delete
+    /// path", "settle root", "pump", "message title", "open file".
+    std::vector<std::string> journal;
+    int pumps = 0;
+    int quits = 0;
+    int driveScans = 0;
+    platform::WindowProcedure procedure = nullptr;
+    std::vector<std::intptr_t> routedWindows;   ///< windows that got a procedure, in order
+    std::vector<std::uint32_t> defaultMessages; ///< messages that reached the procedure that was there before
+};
+
+/// What the window's own procedure returns.
+constexpr std::intptr_t defaultResult = 77;
+/// Handle of every window.
+constexpr std::intptr_t windowHandle = 4711;
+
+/// The one there is.
+Computer& computer();
+
+/// A new one: nothing in it, no ending under way.
+void reset();
+
+/// Enters the operation into the journal; true when it is to fail.
+bool enter(const std::string& operation);
+
+/// Where a loaded picture comes from: a path, or "icon 103"; empty for none.
+std::string nameOf(const toolkit::Picture& picture);
+
+} // namespace fake

@@ -1,0 +1,103 @@
+// The profile functions over files in memory: just enough of them, and with the documented results.
+
+#include "fake.h"
+
+#include "platform/profile.h"
+
+#include <algorithm>
+
+namespace {
+
+using fake::computer;
+
+std::vector<std::string> linesOf(std::string_view path) {
+    std::vector<std::string> lines;
+    const auto file = computer().files.find(std::string(path));
+    if (file == computer().files.end()) return lines;
+    std::string line;
+    for (const char c : file->second.contents) {
+        if (c == '\n') {
+            lines.push_back(line);
+            line.clear();
+        } else if (c != '\r') {
+            line += c;
+        }
+    }
+    if (!line.empty()) lines.push_back(line);
+    return lines;
+}
+
+std::uint32_t store(const std::string& entries, std::span<char> buffer) {
+    const bool fits = entries.size() + 1 <= buffer.size();
+    const std::size_t length = fits ? entries.size() : buffer.size() - 2;
+    std::copy_n(entries.begin(), length, buffer.begin());
+    std::fill(buffer.begin() + static_cast<std::ptrdiff_t>(length), buffer.end(), '\0');
+    return static_cast<std::uint32_t>(length);
+}
+
+char lower(char c) {
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+}
+
+bool sameName(std::string_view a, std::string_view b) {
+    return std::equal(a.begin(), a.end(), b.begin(), b.end(),
+                      [](char x, char y) { return lower(x) == lower(y); });
+}
+
+bool isSection(const std::string& line, std::string_view name) {
+    return sameName(line, "[" + std::string(name) + "]");
+}
+
+} // namespace
+
+namespace platform {
+
+std::uint32_t profileSection(std::string_view section, std::span<char> buffer, std::string_view path) {
+    if (computer().profile) return computer().profile(buffer, std::string(section));
+    std::string entries;
+    bool inside = false;
+    for (const std::string& line : linesOf(path)) {
+        if (line.starts_with('[')) {
+            if (inside) break;
+            inside = isSection(line, section);
+        } else if (inside && !line.empty()) {
+            entries += line + '\0';
+        }
+    }
+    return store(entries, buffer);
+}
+
+std::uint32_t profileSectionNames(std::span<char> buffer, std::string_view path) {
+    if (computer().profile) return computer().profile(buffer, {});
+    std::string names;
+    for (const std::string& line : linesOf(path))
+        if (line.starts_with('[')) names += line.substr(1, line.find(']') - 1) + '\0';
+    return store(names, buffer);
+}
+
+bool writeProfileString(std::string_view section, std::optional<std::string_view> key,
+                        std::optional<std::string_view> value, std::string_view path) {
+    computer().writes.emplace_back(path);
+    if (!key || !value || computer().writeResults.contains(std::string(path))) return false;
+    if (fake::enter("write " + std::string(path))) return false;
+    std::vector<std::string> lines = linesOf(path);
+    const std::string entry = std::string(*key) + "=" + std::string(*value);
+    auto at =
+        std::find_if(lines.begin(), lines.end(), [&](const auto& line) { return isSection(line, section); });
+    if (at == lines.end()) at = lines.insert(lines.end(), "[" + std::string(section) + "]");
+    const auto end =
+        std::find_if(at + 1, lines.end(), [](const auto& line) { return line.starts_with('['); });
+    const auto old = std::find_if(
+        at + 1, end, [&](const auto& line) { return sameName(line.substr(0, line.find('=')), *key); });
+    if (old != end)
+        *old = entry;
+    else
+        lines.insert(end, entry);
+    std::string contents;
+    for (const std::string& line : lines)
+        contents += line + "\r\n";
+    computer().files[std::string(path)].contents = contents;
+    return true;
+}
+
+} // namespace platform

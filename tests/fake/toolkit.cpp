@@ -1,0 +1,117 @@
+// The toolkit's backend: windows that only take note of what is done to them.
+
+#include "fake.h"
+
+#include "platform/files.h"
+#include "toolkit/backend.h"
+#include "toolkit/message_box.h"
+#include "toolkit/picture.h"
+#include "toolkit/runtime_error.h"
+
+namespace fake {
+
+namespace {
+
+Computer theComputer;
+
+class Window : public toolkit::FormView {
+public:
+    explicit Window(toolkit::Form& form) : form_(form), name_(form.name()) {}
+
+    void show(toolkit::Property) override {}
+    void open(FormView*) override { computer().windows.push_back("open " + name_); }
+    void openModal(FormView*) override {
+        computer().windows.push_back("modal " + name_);
+        const auto user = computer().onModal;
+        if (user) user(form_);
+    }
+    void close() override { computer().windows.push_back("close " + name_); }
+    void restore() override { computer().windows.push_back("restore " + name_); }
+    toolkit::WindowHandle handle() const override { return windowHandle; }
+
+private:
+    toolkit::Form& form_;
+    std::string name_;
+};
+
+struct FilePicture : toolkit::PictureData {
+    explicit FilePicture(std::string_view file) : path(file) {}
+    std::int32_t handle() const noexcept override { return 1; }
+    std::string path;
+};
+
+struct IconPicture : toolkit::PictureData {
+    explicit IconPicture(int resource) : number(resource) {}
+    std::int32_t handle() const noexcept override { return number; }
+    int number;
+};
+
+} // namespace
+
+Computer& computer() {
+    return theComputer;
+}
+
+bool enter(const std::string& operation) {
+    theComputer.journal.push_back(operation);
+    return theComputer.fails && theComputer.fails(operation);
+}
+
+std::string nameOf(const toolkit::Picture& picture) {
+    if (const auto* file = dynamic_cast<const FilePicture*>(picture.get())) return file->path;
+    if (const auto* icon = dynamic_cast<const IconPicture*>(picture.get()))
+        return "icon " + std::to_string(icon->number);
+    return {};
+}
+
+void reset() {
+    theComputer = Computer{};
+    toolkit::resetEnding();
+}
+
+} // namespace fake
+
+namespace toolkit {
+
+Picture loadPicture(std::string_view path) {
+    std::string contents;
+    const auto result = platform::readWholeFile(path, contents);
+    if (result != platform::FileResult::Ok)
+        throw RuntimeError(static_cast<ErrorNumber>(result), std::string(path));
+    if (contents != "picture") throw RuntimeError(ErrorNumber::InvalidPicture, std::string(path));
+    return std::make_shared<fake::FilePicture>(path);
+}
+
+Picture iconResource(int number) {
+    if (number != 103 && number != 104) throw RuntimeError(ErrorNumber::InvalidProcedureCall);
+    return std::make_shared<fake::IconPicture>(number);
+}
+
+namespace backend {
+
+std::unique_ptr<FormView> createFormView(Form& form) {
+    return std::make_unique<fake::Window>(form);
+}
+
+int showMessage(std::string_view text, int style, std::string_view title) {
+    fake::enter("message " + std::string(title));
+    fake::computer().messages.push_back({std::string(text), style, std::string(title)});
+    const auto answer = fake::computer().answer;
+    const fake::Message message = fake::computer().messages.back();
+    if (answer) return answer(message);
+    return style == YesNoInformation ? Yes : Ok;
+}
+
+void pumpEvents() {
+    ++fake::computer().pumps;
+    fake::enter("pump");
+    const auto events = fake::computer().onPump;
+    if (events) events();
+}
+
+void quit() {
+    ++fake::computer().quits;
+}
+
+} // namespace backend
+} // namespace toolkit

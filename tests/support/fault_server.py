@@ -1,0 +1,353 @@
+#!/usr/bin/env python3
+"""An HTTP server on loopback that misbehaves on request.
+
+As a module: a FaultServer whose paths are given behaviours (`server.set("/a.txt", body(b"..."))`) and which keeps the
+requests it was sent. As a program: the behaviours of PATHS by the first part of the path ("/bytes/1000"); it prints its
+own port, a port that refuses connections and a port that never answers one, and ends when its standard input does.
+"""
+
+import fcntl
+import http.server
+import socket
+import struct
+import sys
+import termios
+import threading
+import time
+from typing import NamedTuple
+
+PATTERN_PERIOD = 251  # a prime: no piece of the body looks like its neighbour at a power of two
+_PATTERN_BLOCK = bytes(range(PATTERN_PERIOD)) * 4096
+
+
+class Request(NamedTuple):
+    """One request as it came in."""
+
+    method: str
+    path: str
+    headers: dict
+    text: str  # request line and headers, CR LF between them
+
+
+def pattern(length):
+    """A body of `length` bytes whose byte i is i modulo 251."""
+    return (_PATTERN_BLOCK * (length // len(_PATTERN_BLOCK) + 1))[:length]
+
+
+# Behaviours. Each is a function of the connection's handler, which answers the request in its own way.
+
+
+def body(content, status=200, headers=()):
+    """A regular answer."""
+
+    def answer(handler):
+        handler.send_head(len(content), status, headers)
+        handler.wfile.write(content)
+
+    return answer
+
+
+def missing():
+    """An error page."""
+    return body(b"<html><body>404: there is no such file here</body></html>", 404, [("Content-Type", "text/html")])
+
+
+def generated(length):
+    """A regular answer of any size, held nowhere."""
+
+    def answer(handler):
+        handler.send_head(length)
+        left = length
+        while left > 0:
+            handler.wfile.write(_PATTERN_BLOCK[:left])
+            left -= len(_PATTERN_BLOCK)
+
+    return answer
+
+
+def echo():
+    """The request itself as a body."""
+    return lambda handler: body(handler.request_text().encode("latin-1"))(handler)
+
+
+def silent(content=b"", announced=None):
+    """What there is of `content`, then nothing; without `announced`, the length of the whole, no header either."""
+
+    def answer(handler):
+        if announced is not None:
+            handler.send_head(announced)
+            handler.wfile.write(content)
+        handler.server.stopping.wait()
+
+    return answer
+
+
+def truncated(content, announced):
+    """The connection is closed in good order before all that was announced has been sent."""
+
+    def answer(handler):
+        handler.send_head(announced)
+        handler.wfile.write(content)
+
+    return answer
+
+
+def reset(content, announced):
+    """The connection is reset once `content` has arrived."""
+
+    def answer(handler):
+        handler.send_head(announced)
+        handler.wfile.write(content)
+        handler.wait_until_delivered()
+        handler.reset_connection()
+
+    return answer
+
+
+def chunked(content, piece=1000, cut=False):
+    """The body in chunks of `piece` bytes; cut: the connection closes in the middle of an announced further chunk."""
+
+    def answer(handler):
+        handler.send_head(None, headers=[("Transfer-Encoding", "chunked")])
+        for start in range(0, len(content), piece):
+            chunk = content[start : start + piece]
+            handler.wfile.write(b"%x\r\n%s\r\n" % (len(chunk), chunk))
+        handler.wfile.write(b"1000\r\nhalf" if cut else b"0\r\n\r\n")
+
+    return answer
+
+
+def redirect(location, status=302, content=b"moved"):
+    """To another address, relative or absolute, with a body of its own."""
+    return body(content, status, [("Location", location)])
+
+
+def slow(content, piece, interval):
+    """`piece` bytes every `interval` seconds."""
+
+    def answer(handler):
+        handler.send_head(len(content))
+        for start in range(0, len(content), piece):
+            handler.wfile.write(content[start : start + piece])
+            if handler.server.stopping.wait(interval):
+                return
+
+    return answer
+
+
+def headless(content):
+    """A body without a status line or a header."""
+    return lambda handler: handler.wfile.write(content)
+
+
+# Behaviours by path, for who cannot set them: "/name/argument/argument...".
+
+
+def _redirect_chain(count):
+    return redirect("/redirects/%d" % (int(count) - 1) if int(count) > 1 else "/bytes/100")
+
+
+PATHS = {
+    "bytes": lambda length: generated(int(length)),
+    "empty": lambda: body(b""),
+    "status": lambda status: body(b"page of status " + status.encode(), int(status)),
+    "echo": lambda *_: echo(),
+    "encoded": lambda length: body(pattern(int(length)), headers=[("Content-Encoding", "gzip")]),
+    "silent": silent,
+    "silent-after": lambda length: silent(pattern(int(length)), int(length) + 1),
+    "truncated": lambda length: truncated(pattern(int(length)), int(length) + 1000),
+    "reset": lambda length: reset(pattern(int(length)), int(length) + 1000),
+    "chunked": lambda length: chunked(pattern(int(length))),
+    "chunked-cut": lambda length: chunked(pattern(int(length)), cut=True),
+    "redirects": _redirect_chain,
+    "redirect-loop": lambda: redirect("/redirect-loop"),
+    "redirect-file": lambda: redirect("file:///etc/passwd"),
+    "redirect-ftp": lambda: redirect("ftp://127.0.0.1/file"),
+    "slow": lambda length, piece, milliseconds: slow(pattern(int(length)), int(piece), int(milliseconds) / 1000),
+    "headless": lambda: headless(b"no status line\r\n\r\nand no header"),
+}
+
+
+def behaviour_of_path(path):
+    """The behaviour that a path of PATHS names; an error page for any other."""
+    name, *arguments = path.partition("?")[0].strip("/").split("/")
+    try:
+        return PATHS[name](*arguments)
+    except (KeyError, TypeError, ValueError):
+        return missing()
+
+
+class _Handler(http.server.BaseHTTPRequestHandler):
+    protocol_version = "HTTP/1.1"
+
+    def do_GET(self):
+        self.close_connection = True
+        self.server.record(Request(self.command, self.path, dict(self.headers), self.request_text()))
+        try:
+            self.server.behaviour(self.path)(self)
+        except OSError:
+            pass  # the client went away, or this server was told to reset
+
+    do_HEAD = do_POST = do_GET
+
+    def request_text(self):
+        lines = [self.requestline] + ["%s: %s" % header for header in self.headers.items()]
+        return "\r\n".join(lines)
+
+    def send_head(self, length, status=200, headers=()):
+        self.send_response(status)
+        if length is not None:
+            self.send_header("Content-Length", str(length))
+        for name, value in headers:
+            self.send_header(name, value)
+        self.send_header("Connection", "close")
+        self.end_headers()
+
+    def wait_until_delivered(self):
+        """A reset discards what still waits to be sent, so let the other side acknowledge it first."""
+        deadline = time.monotonic() + 10
+        while time.monotonic() < deadline:
+            waiting = fcntl.ioctl(self.connection, termios.TIOCOUTQ, struct.pack("i", 0))
+            if struct.unpack("i", waiting)[0] == 0:
+                return
+            time.sleep(0.001)
+
+    def reset_connection(self):
+        self.connection.setsockopt(socket.SOL_SOCKET, socket.SO_LINGER, struct.pack("ii", 1, 0))
+        self.server.forget(self.connection)
+        self.connection.close()
+        self.rfile.close()  # the last reference to the socket: now it really closes
+
+    def log_message(self, *_):
+        pass
+
+
+class _Server(http.server.ThreadingHTTPServer):
+    daemon_threads = True
+    request_queue_size = 64
+
+    def __init__(self, owner, port):
+        self.owner = owner
+        self.stopping = threading.Event()
+        self.reset_sockets = set()
+        super().__init__(("127.0.0.1", port), _Handler)
+
+    def behaviour(self, path):
+        return self.owner.behaviour(path)
+
+    def record(self, request):
+        self.owner.record(request)
+
+    def forget(self, connection):
+        """This connection is already closed; a regular shutdown would turn its reset into a regular end."""
+        self.reset_sockets.add(id(connection))
+
+    def shutdown_request(self, request):
+        if id(request) in self.reset_sockets:
+            self.reset_sockets.discard(id(request))
+            return
+        super().shutdown_request(request)
+
+    def handle_error(self, request, client_address):
+        pass  # a client that goes away is what the tests are about
+
+
+class FaultServer:
+    """The server, in a thread of its own from the moment it is made until stop() or the end of a `with` block."""
+
+    def __init__(self, behaviours=None, port=0):
+        self._lock = threading.Lock()
+        self._behaviours = dict(behaviours or {})
+        self._requests = []
+        self._server = _Server(self, port)
+        self.port = self._server.server_address[1]
+        self._thread = threading.Thread(target=self._server.serve_forever, args=(0.05,), daemon=True)
+        self._thread.start()
+
+    def __enter__(self):
+        return self
+
+    def __exit__(self, *_):
+        self.stop()
+
+    def url(self, path=""):
+        return "http://127.0.0.1:%d%s" % (self.port, path)
+
+    def set(self, path, behaviour):
+        """What a path (with its query, if it has one) answers from now on; bytes stand for a regular body."""
+        with self._lock:
+            self._behaviours[path] = behaviour
+
+    def behaviour(self, path):
+        with self._lock:
+            behaviour = self._behaviours.get(path)
+        if behaviour is None:
+            return behaviour_of_path(path)
+        return body(behaviour) if isinstance(behaviour, bytes) else behaviour
+
+    def record(self, request):
+        with self._lock:
+            self._requests.append(request)
+
+    @property
+    def requests(self):
+        """The requests so far, oldest first."""
+        with self._lock:
+            return list(self._requests)
+
+    def paths(self):
+        return [request.path for request in self.requests]
+
+    def stop(self):
+        """Closes the port; connections that are being kept silent are closed, too."""
+        self._server.stopping.set()
+        self._server.shutdown()
+        self._server.server_close()
+        self._thread.join()
+
+
+class RefusedPort:
+    """A port that refuses connections for as long as this object lives: bound, so nobody else can open it."""
+
+    def __init__(self):
+        self._socket = socket.socket()
+        self._socket.bind(("127.0.0.1", 0))
+        self.port = self._socket.getsockname()[1]
+
+    def close(self):
+        self._socket.close()
+
+
+class DeafPort:
+    """A port where a connection is neither accepted nor refused: its queue is full and nobody empties it."""
+
+    def __init__(self):
+        self._socket = socket.socket()
+        self._socket.bind(("127.0.0.1", 0))
+        self._socket.listen(0)
+        self.port = self._socket.getsockname()[1]
+        self._queued = [self._queue_one() for _ in range(4)]
+
+    def _queue_one(self):
+        client = socket.socket()
+        client.setblocking(False)
+        client.connect_ex(("127.0.0.1", self.port))
+        return client
+
+    def close(self):
+        for client in self._queued:
+            client.close()
+        self._socket.close()
+
+
+def main():
+    with FaultServer() as server:
+        refused, deaf = RefusedPort(), DeafPort()
+        print(server.port, refused.port, deaf.port, flush=True)
+        sys.stdin.read()
+        refused.close()
+        deaf.close()
+
+
+if __name__ == "__main__":
+    main()

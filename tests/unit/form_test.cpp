@@ -1,0 +1,110 @@
+// The life of a window.
+
+#include "main_window.h"
+#include "recording_view.h"
+
+#include <vector>
+
+using namespace toolkit;
+using Texts = std::vector<std::string>;
+
+class FormLife : public testing::Test {
+protected:
+    FormLife() {
+        fake::reset();
+        owner.show();
+        fake::computer().windows.clear();
+        form.onLoad = [this] { events.push_back("load"); };
+        form.onQueryUnload = [this] { events.push_back("query"); };
+        form.onUnload = [this] { events.push_back("unload"); };
+    }
+    ~FormLife() override { fake::reset(); }
+
+    static const Texts& windows() { return fake::computer().windows; }
+
+    Form owner{"Owner"};
+    Form form{"Other"};
+    Texts events;
+};
+
+TEST_F(FormLife, FindsItsControlsInWhateverCaseTheNameIsWritten) {
+    Label label("lblName");
+    form.add(label);
+    EXPECT_EQ(form.find("lblName"), &label);
+    EXPECT_EQ(form.find("LBLNAME"), &label);
+    EXPECT_EQ(form.find("lblNam"), nullptr);
+    EXPECT_EQ(form.find(""), nullptr);
+}
+
+TEST_F(FormLife, LoadsWithItsFirstShowOnly) {
+    EXPECT_FALSE(form.loaded());
+    EXPECT_EQ(form.handle(), 0);
+    form.show(&owner);
+    form.show(&owner);
+    EXPECT_TRUE(form.loaded());
+    EXPECT_EQ(form.handle(), fake::windowHandle);
+    EXPECT_EQ(events, Texts{"load"});
+    EXPECT_EQ(windows(), (Texts{"open Other", "open Other"}));
+}
+
+TEST_F(FormLife, ClosesInOrderAndOnce) {
+    form.show();
+    form.onQueryUnload = [this] {
+        events.push_back("query");
+        form.closeRequested();
+    };
+    form.closeRequested();
+    form.closeRequested();
+    EXPECT_EQ(events, (Texts{"load", "query", "unload"}));
+    EXPECT_EQ(windows(), (Texts{"open Other", "close Other"}));
+    EXPECT_FALSE(form.loaded());
+}
+
+TEST_F(FormLife, CanBeShownAgainAfterItWasClosed) {
+    form.show();
+    form.unload();
+    form.show();
+    EXPECT_TRUE(form.loaded());
+    EXPECT_EQ(events, (Texts{"load", "query", "unload", "load"}));
+    form.unload();
+    EXPECT_EQ(events.size(), 6U);
+}
+
+TEST_F(FormLife, ModalReturnsWhenTheWindowIsClosed) {
+    fake::computer().onModal = [this](Form& shown) {
+        events.push_back("modal " + shown.name());
+        shown.closeRequested();
+    };
+    form.showModal(owner);
+    EXPECT_EQ(events, (Texts{"load", "modal Other", "query", "unload"}));
+}
+
+TEST_F(FormLife, ModalDoesNotOpenWhatItsLoadClosed) {
+    form.onLoad = [this] { form.unload(); };
+    form.showModal(owner);
+    EXPECT_EQ(windows(), Texts{"close Other"});
+}
+
+TEST_F(FormLife, ModalUnwindsWhenTheProgramEnds) {
+    fake::computer().onModal = [](Form&) { endAfterClosing(); };
+    EXPECT_THROW(form.showModal(owner), Unwind);
+}
+
+TEST_F(FormLife, ComesBackFromAnIconOnlyWhenItIsLoaded) {
+    form.restore();
+    EXPECT_TRUE(windows().empty());
+    form.show();
+    form.restore();
+    EXPECT_EQ(windows(), (Texts{"open Other", "restore Other"}));
+}
+
+TEST_F(FormLife, TellsItsWindowOfTitleAndIcon) {
+    unit::RecordingView view;
+    form.attach(&view);
+    form.setCaption("Title");
+    const Picture icon = iconResource(103);
+    form.setIcon(icon);
+    form.setIcon(icon);
+    EXPECT_EQ(view.shown, (std::vector{Property::Caption, Property::Icon}));
+    form.attach(nullptr);
+}

@@ -1,0 +1,204 @@
+// The settings file and the controls it remembers.
+
+#include "main_window.h"
+
+using toolkit::ErrorNumber;
+using unit::errorReport;
+using unit::MainWindow;
+
+class Settings : public MainWindow {
+protected:
+    static constexpr const char* path = "/opt/tool\\Settings.ini";
+
+    void startWith(const std::string& lines) {
+        putFile(path, lines);
+        start();
+    }
+
+    void expectReport(ErrorNumber number, const std::string& subject) {
+        ASSERT_EQ(computer().messages.size(), 1U);
+        EXPECT_EQ(computer().messages[0].text, errorReport(number, subject));
+        EXPECT_EQ(status(), 1);
+    }
+
+    /// Plugs a second stick in behind the first and tells whether an arrival shows it.
+    bool arrivalsCount() {
+        const int scans = computer().driveScans;
+        deviceArrives();
+        return computer().driveScans > scans;
+    }
+};
+
+TEST_F(Settings, AMissingFileLeavesTheDefaults) {
+    start();
+    EXPECT_EQ(window().chkAuto.value(), 0);
+    EXPECT_EQ(window().cmbSize.listIndex(), 0);
+    EXPECT_FALSE(arrivalsCount());
+    EXPECT_TRUE(computer().messages.empty());
+}
+
+TEST_F(Settings, AMissingSectionLeavesTheDefaults) {
+    startWith("[Other]\r\nchkAuto=1\r\ncmbSize=1\r\n");
+    EXPECT_EQ(window().chkAuto.value(), 0);
+    EXPECT_EQ(window().cmbSize.listIndex(), 0);
+}
+
+TEST_F(Settings, AreAppliedAsIfTheUserHadClicked) {
+    startWith("[USB Tool]\r\nchkAuto=1\r\ncmbSize=1\r\n");
+    EXPECT_EQ(window().chkAuto.value(), 1);
+    EXPECT_EQ(window().cmbSize.listIndex(), 1);
+    for (std::size_t i = 0; i < 3; ++i)
+        EXPECT_EQ(window().lblSize[i].caption(), "GB");
+    EXPECT_EQ(window().lblHDSize.caption(), "4,000");
+    EXPECT_TRUE(arrivalsCount());
+}
+
+TEST_F(Settings, OtherKeysAndSectionsAreIgnored) {
+    startWith("[A]\r\nchkAuto=1\r\n[USB "
+              "Tool]\r\ntxtFAT=9\r\nx=abc\r\nCHKAuto=1\r\ncmbSize=1\r\n[B]\r\ncmbSize=0\r\n");
+    EXPECT_EQ(window().chkAuto.value(), 0);
+    EXPECT_EQ(window().cmbSize.listIndex(), 1);
+    EXPECT_FALSE(ended());
+}
+
+TEST_F(Settings, ControlNamesMatchRegardlessOfCase) {
+    startWith("[USB Tool]\r\nchkAUTO=1\r\n");
+    EXPECT_EQ(window().chkAuto.value(), 1);
+}
+
+TEST_F(Settings, MinusOneSelectsNoUnitAndKeepsTheLabels) {
+    startWith("[USB Tool]\r\ncmbSize=-1\r\n");
+    EXPECT_EQ(window().cmbSize.listIndex(), -1);
+    EXPECT_EQ(window().lblSize[0].caption(), "MB");
+}
+
+TEST_F(Settings, AValueThatIsNoNumberIsTheEnd) {
+    startWith("[USB Tool]\r\nchkAuto=yes\r\n");
+    expectReport(ErrorNumber::TypeMismatch, "yes");
+}
+
+TEST_F(Settings, AnEmptyValueIsNoNumber) {
+    startWith("[USB Tool]\r\nchkAuto=\r\n");
+    expectReport(ErrorNumber::TypeMismatch, "");
+}
+
+TEST_F(Settings, AValueBeyondSixteenBitsIsTheEnd) {
+    startWith("[USB Tool]\r\ncmbSize=32768\r\n");
+    expectReport(ErrorNumber::Overflow, "32768");
+}
+
+TEST_F(Settings, AStateThatDoesNotExistIsTheEnd) {
+    startWith("[USB Tool]\r\nchkAuto=3\r\n");
+    expectReport(ErrorNumber::InvalidProcedureCall, "chkAuto");
+}
+
+TEST_F(Settings, AnEntryThatDoesNotExistIsTheEnd) {
+    startWith("[USB Tool]\r\ncmbSize=2\r\n");
+    expectReport(ErrorNumber::InvalidProcedureCall, "cmbSize");
+}
+
+TEST_F(Settings, AKeyThatNamesNoControlIsTheEnd) {
+    startWith("[USB Tool]\r\nchkOther=1\r\n");
+    expectReport(ErrorNumber::ControlNotFound, "chkOther");
+}
+
+TEST_F(Settings, AKeyWithoutAValueIsTheEnd) {
+    startWith("[USB Tool]\r\nchkAuto\r\n");
+    expectReport(ErrorNumber::SubscriptOutOfRange, path);
+}
+
+TEST_F(Settings, ClosingWritesBothKeysInOrderAndNothingElse) {
+    startWith("; mine\r\n[Other]\r\na=1\r\n[USB Tool]\r\nx=1\r\nchkAuto=1\r\n");
+    event([this] { window().cmbSize.choose(1); });
+    close();
+    EXPECT_EQ(computer().files[path].contents, "[USB Tool]\r\nchkAuto=1\r\ncmbSize=1\r\n");
+}
+
+TEST_F(Settings, ClosingWritesTheDefaults) {
+    start();
+    close();
+    EXPECT_EQ(computer().files[path].contents, "[USB Tool]\r\nchkAuto=0\r\ncmbSize=0\r\n");
+}
+
+TEST_F(Settings, NoUnitIsWrittenAsMinusOne) {
+    startWith("[USB Tool]\r\ncmbSize=-1\r\n");
+    close();
+    EXPECT_EQ(computer().files[path].contents, "[USB Tool]\r\nchkAuto=0\r\ncmbSize=-1\r\n");
+}
+
+TEST_F(Settings, ChangingAControlDoesNotWriteTheFile) {
+    start();
+    event([this] { window().chkAuto.click(); });
+    event([this] { window().cmbSize.choose(1); });
+    EXPECT_EQ(computer().files.count(path), 0U);
+}
+
+TEST_F(Settings, WhatTheProgramWroteItReadsAgain) {
+    start();
+    event([this] { window().chkAuto.click(); });
+    event([this] { window().cmbSize.choose(1); });
+    close();
+    toolkit::resetEnding();
+    start();
+    EXPECT_EQ(window().chkAuto.value(), 1);
+    EXPECT_EQ(window().cmbSize.text(), "GB");
+    EXPECT_FALSE(toolkit::ending().atOnce);
+}
+
+TEST_F(Settings, TheOldFileIsDeletedBeforeTheNewOneIsWritten) {
+    startWith("[USB Tool]\r\nchkAuto=1\r\n");
+    computer().fails = [](const std::string& operation) { return operation.starts_with("write "); };
+    close();
+    EXPECT_EQ(computer().files.count(path), 0U) << "writing failed: the next start has the defaults";
+    EXPECT_EQ(status(), 0);
+}
+
+TEST_F(Settings, AFileThatCannotBeDeletedIsAnError) {
+    startWith("[USB Tool]\r\nchkAuto=1\r\n");
+    computer().writeResults[path] = platform::FileResult::PermissionDenied;
+    close();
+    expectReport(ErrorNumber::PermissionDenied, path);
+}
+
+TEST_F(Settings, LieInTheFolderForSettings) {
+    computer().settingsFolder = "/home/user/config";
+    start();
+    close();
+    EXPECT_EQ(computer().files.count("/home/user/config\\Settings.ini"), 1U);
+    EXPECT_EQ(computer().files.count(path), 0U);
+}
+
+class AutomaticDetection : public Settings {};
+
+TEST_F(AutomaticDetection, FollowsTheCheckBox) {
+    start();
+    EXPECT_FALSE(arrivalsCount());
+    event([this] { window().chkAuto.click(); });
+    EXPECT_TRUE(arrivalsCount());
+    event([this] { window().chkAuto.click(); });
+    EXPECT_FALSE(arrivalsCount());
+    event([this] { window().chkAuto.setValue(toolkit::CheckBox::Grayed); });
+    EXPECT_TRUE(arrivalsCount()) << "any state but unchecked";
+}
+
+class UnitOfCapacities : public Settings {};
+
+TEST_F(UnitOfCapacities, AnotherUnitShowsTheFiguresAnew) {
+    start();
+    const int scans = computer().driveScans;
+    event([this] { window().cmbSize.choose(1); });
+    EXPECT_EQ(window().lblHDSize.caption(), "4,000");
+    EXPECT_EQ(window().lblSize[2].caption(), "GB");
+    EXPECT_EQ(computer().driveScans, scans) << "a stick is known: no scan";
+}
+
+TEST_F(UnitOfCapacities, WithoutAStickItLooksForOne) {
+    pullOut("D:\\");
+    start();
+    EXPECT_EQ(window().StatusBar1.panel(1).text(), "No Stick");
+    plugIn("D:\\");
+    event([this] { window().cmbSize.choose(0); });
+    EXPECT_EQ(window().lblLW.caption(), "D:\\");
+    EXPECT_EQ(window().lblHDSize.caption(), "4096,00");
+    EXPECT_EQ(window().lblSize[0].caption(), "MB");
+}
