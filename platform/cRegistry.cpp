@@ -7,8 +7,7 @@ using namespace platform;
 
 namespace {
 
-constexpr std::uint32_t readRight =
-    RegistryQueryValue + RegistryEnumerateSubKeys + RegistryNotify; // 25
+constexpr std::uint32_t readRight = RegistryQueryValue + RegistryEnumerateSubKeys + RegistryNotify; // 25
 constexpr std::uint32_t fullRight =
     readRight + RegistrySetValue + RegistryCreateSubKey + RegistryCreateLink; // 63
 
@@ -18,7 +17,8 @@ constexpr std::uint32_t dwordSize = 4;
 std::string littleEndian(std::int32_t number) {
     const auto bits = static_cast<std::uint32_t>(number);
     std::string bytes;
-    for (unsigned i = 0; i < dwordSize; ++i) bytes += static_cast<char>((bits >> (8 * i)) & 0xFFU);
+    for (unsigned i = 0; i < dwordSize; ++i)
+        bytes += static_cast<char>((bits >> (8 * i)) & 0xFFU);
     return bytes;
 }
 
@@ -34,9 +34,15 @@ struct ValueWriter {
     RegistryKey key;
     std::string name;
 
-    void operator()(std::int16_t number) const { regSetValue(key, name, RegistryDword, littleEndian(number)); }
-    void operator()(std::int32_t number) const { regSetValue(key, name, RegistryDword, littleEndian(number)); }
-    void operator()(const std::string& text) const { regSetValue(key, name, RegistryText, toAnsi(text) + '\0'); }
+    void operator()(std::int16_t number) const {
+        regSetValue(key, name, RegistryDword, littleEndian(number));
+    }
+    void operator()(std::int32_t number) const {
+        regSetValue(key, name, RegistryDword, littleEndian(number));
+    }
+    void operator()(const std::string& text) const {
+        regSetValue(key, name, RegistryText, toAnsi(text) + '\0');
+    }
     template <typename Other>
     void operator()(const Other& /*value*/) const {}
 };
@@ -104,7 +110,9 @@ std::int32_t cRegistry::RegKeyExist(std::uint32_t Root, const std::string& Key) 
 std::int32_t cRegistry::RegKeyCreate(std::uint32_t Root, const std::string& Newkey) const {
     RegistryKey key = 0;
     RegistryDisposition disposition{};
-    if (regCreateKey(Root, toAnsi(Newkey), registryNonVolatile, fullRight, key, disposition) != RegistrySuccess) return 0;
+    if (regCreateKey(Root, toAnsi(Newkey), registryNonVolatile, fullRight, key, disposition) !=
+        RegistrySuccess)
+        return 0;
     // A key that could not be flushed is not closed: this is intended.
     if (regFlushKey(key) == RegistrySuccess) regCloseKey(key);
     return static_cast<std::int32_t>(disposition);
@@ -114,7 +122,8 @@ std::int32_t cRegistry::RegKeyDelete(std::uint32_t Root, const std::string& Key)
     return regDeleteKey(Root, toAnsi(Key));
 }
 
-std::int32_t cRegistry::RegFieldDelete(std::uint32_t Root, const std::string& Key, const std::string& Field) const {
+std::int32_t cRegistry::RegFieldDelete(std::uint32_t Root, const std::string& Key,
+                                       const std::string& Field) const {
     RegistryKey key = 0;
     const std::int32_t status = regOpenKey(Root, toAnsi(Key), fullRight, key);
     if (status != RegistrySuccess) return status;

@@ -55,7 +55,7 @@ void createFolders(const std::filesystem::path& folder) {
 
 namespace posix {
 
-/// https://specifications.freedesktop.org/basedir-spec/latest/: a relative path in the variable does not
+/// By the rules of XDG base directories a relative path in the variable does not
 /// count.
 std::string userConfigFolder() {
     const char* config = std::getenv("XDG_CONFIG_HOME"); // NOLINT(concurrency-mt-unsafe)

@@ -93,7 +93,8 @@ struct Target {
     }
 };
 
-/// Goes from a key along the names as far as they exist: `number` is the last key, `count` how many names led there.
+/// Goes from a key along the names as far as they exist: `number` is the last key, `count` how many names led
+/// there.
 std::int32_t follow(const RegistryTree& tree, const Target& target, Number& number, std::size_t& count) {
     number = target.start.number;
     count = 0;
@@ -111,13 +112,14 @@ std::int32_t follow(const RegistryTree& tree, const Target& target, Number& numb
 
 std::size_t depthOf(const RegistryTree& tree, Number number) {
     std::size_t depth = 0;
-    for (; number >= RegistryTree::rootCount; number = tree.key(number)->parent) ++depth;
+    for (; number >= RegistryTree::rootCount; number = tree.key(number)->parent)
+        ++depth;
     return depth;
 }
 
 /// What creates the missing keys of a path, or why they cannot be.
-std::int32_t planKeys(const RegistryTree& tree, const Target& target, Number& number, RegistryDisposition& disposition,
-                      std::optional<RegistryRecord>& record) {
+std::int32_t planKeys(const RegistryTree& tree, const Target& target, Number& number,
+                      RegistryDisposition& disposition, std::optional<RegistryRecord>& record) {
     std::size_t count = 0;
     const std::int32_t status = follow(tree, target, number, count);
     disposition = RegistryOpenedExistingKey;
@@ -133,8 +135,9 @@ std::int32_t planKeys(const RegistryTree& tree, const Target& target, Number& nu
 }
 
 /// Changes a value of the handle's key, which must have the right to do so.
-std::int32_t changeValue(RegistryKey key, const std::function<std::int32_t(const RegistryTree&, Number,
-                                                                           std::optional<RegistryRecord>&)>& plan) {
+std::int32_t changeValue(
+    RegistryKey key,
+    const std::function<std::int32_t(const RegistryTree&, Number, std::optional<RegistryRecord>&)>& plan) {
     const auto open = openKey(key);
     if (!open) return RegistryInvalidHandle;
     if ((open->rights & RegistrySetValue) == 0) return RegistryAccessDenied;
@@ -203,7 +206,8 @@ std::int32_t regDeleteKey(RegistryKey key, std::string_view path) {
 
 std::int32_t regDeleteValue(RegistryKey key, std::string_view name) {
     return changeValue(
-        key, [&](const RegistryTree& tree, Number number, std::optional<RegistryRecord>& record) -> std::int32_t {
+        key,
+        [&](const RegistryTree& tree, Number number, std::optional<RegistryRecord>& record) -> std::int32_t {
             if (tree.value(number, untilNul(name)) == nullptr) return RegistryFileNotFound;
             record = RegistryRecord{Kind::NoValue, number, 0, {untilNul(name)}};
             return RegistrySuccess;
@@ -212,7 +216,8 @@ std::int32_t regDeleteValue(RegistryKey key, std::string_view name) {
 
 std::int32_t regSetValue(RegistryKey key, std::string_view name, std::uint32_t type, std::string_view data) {
     return changeValue(
-        key, [&](const RegistryTree& tree, Number number, std::optional<RegistryRecord>& record) -> std::int32_t {
+        key,
+        [&](const RegistryTree& tree, Number number, std::optional<RegistryRecord>& record) -> std::int32_t {
             if (untilNul(name).size() > longestValueName) return RegistryInvalidParameter;
             const RegistryTree::Value* const old = tree.value(number, untilNul(name));
             if (old != nullptr && old->type == type && old->data == data) return RegistrySuccess;

@@ -146,11 +146,13 @@ int RegistryFile::writeAt(std::uint64_t position, std::string_view bytes) {
 
 int RegistryFile::replace(std::string_view contents) {
     const std::string temporary = path_ + ".new"; // what a killed process left under this name is overwritten
-    UniqueFd file(::open(temporary.c_str(), O_RDWR | O_CREAT | O_TRUNC | O_NOFOLLOW | O_CLOEXEC, fileForOwner));
+    UniqueFd file(
+        ::open(temporary.c_str(), O_RDWR | O_CREAT | O_TRUNC | O_NOFOLLOW | O_CLOEXEC, fileForOwner));
     if (!file) return errno;
     struct stat info {};
     int error = untilDone([&] { return flock(file.get(), LOCK_EX); });
-    if (error == 0 && (fstat(file_.get(), &info) != 0 || fchmod(file.get(), info.st_mode & permissionBits) != 0))
+    if (error == 0 &&
+        (fstat(file_.get(), &info) != 0 || fchmod(file.get(), info.st_mode & permissionBits) != 0))
         error = errno;
     if (error == 0) error = writeAll(file.get(), contents, 0);
     if (error == 0) error = untilDone([&] { return fsync(file.get()); });
@@ -188,7 +190,8 @@ int RegistryFile::sync() {
 int RegistryFile::syncFolder() const {
     const std::string path = fs::path(path_).parent_path();
     const UniqueFd folder(::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (!folder) return errno == EACCES ? 0 : errno; // a folder that may be written but not read cannot be synced
+    if (!folder)
+        return errno == EACCES ? 0 : errno; // a folder that may be written but not read cannot be synced
     const int error = untilDone([&] { return fsync(folder.get()); });
     return error == EINVAL ? 0 : error; // network file systems refuse it; their server does it
 }

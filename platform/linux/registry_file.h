@@ -1,7 +1,9 @@
-// One file that several processes read and append to in turn, and that any of them may exchange for a new one.
+// One file that several processes read and append to in turn, and that any of them may exchange for a new
+// one.
 //
-// Whoever holds the lock holds it on the file that has the name at that moment: after waiting for it one looks whether
-// somebody has put another file in its place. Functions return 0 or an error number of the system.
+// Whoever holds the lock holds it on the file that has the name at that moment: after waiting for it one
+// looks whether somebody has put another file in its place. Functions return 0 or an error number of the
+// system.
 #pragma once
 
 #include "platform/linux/unique_fd.h"
@@ -18,11 +20,12 @@ public:
     /// An absolute path; the file need not exist.
     explicit RegistryFile(const std::string& path);
 
-    /// Waits for the lock: a shared one is enough to read. ENOENT when there is no file; an exclusive lock can be had on
-    /// a file only that may be written.
+    /// Waits for the lock: a shared one is enough to read. ENOENT when there is no file; an exclusive lock
+    /// can be had on a file only that may be written.
     int lockShared() { return lock(false, false); }
     int lockExclusive() { return lock(true, false); }
-    /// The same for a file that is created when it is missing, with the folders above it, all for the user alone.
+    /// The same for a file that is created when it is missing, with the folders above it, all for the user
+    /// alone.
     int lockOrCreate() { return lock(true, true); }
     void unlock();
 
@@ -35,12 +38,14 @@ public:
     int readFrom(std::uint64_t position, std::string& bytes) const;
     /// Cuts the file off at the position and writes there; when that fails the file ends at the position.
     int writeAt(std::uint64_t position, std::string_view bytes);
-    /// Puts a new file with other contents, which are on the disk already, in the place of this one; the lock is on the
-    /// new one then. On a failure everything is as before.
+    /// Puts a new file with other contents, which are on the disk already, in the place of this one; the lock
+    /// is on the new one then. On a failure everything is as before.
     int replace(std::string_view contents);
-    /// Gives the file, as it is now, a second name beside its own: "name.damaged-1", or the next number that is free.
+    /// Gives the file, as it is now, a second name beside its own: "name.damaged-1", or the next number that
+    /// is free.
     int keepAside() const;
-    /// Brings the file's contents and its name onto the disk; needs no lock, but a file that was locked before.
+    /// Brings the file's contents and its name onto the disk; needs no lock, but a file that was locked
+    /// before.
     int sync();
 
 private:

@@ -34,7 +34,8 @@ constexpr std::array<std::uint32_t, 256> checksumTable = [] {
     std::array<std::uint32_t, 256> table{};
     for (std::uint32_t i = 0; i < table.size(); ++i) {
         std::uint32_t value = i;
-        for (int bit = 0; bit < 8; ++bit) value = (value >> 1) ^ ((value & 1U) != 0 ? polynomial : 0);
+        for (int bit = 0; bit < 8; ++bit)
+            value = (value >> 1) ^ ((value & 1U) != 0 ? polynomial : 0);
         table[i] = value;
     }
     return table;
@@ -43,10 +44,12 @@ constexpr std::array<std::uint32_t, 256> checksumTable = [] {
 /// CRC-32 as in ISO 3309.
 std::string checksum(std::string_view text) {
     std::uint32_t sum = 0xFFFFFFFFU;
-    for (const char c : text) sum = (sum >> 8) ^ checksumTable[(sum ^ static_cast<unsigned char>(c)) & 0xFFU];
+    for (const char c : text)
+        sum = (sum >> 8) ^ checksumTable[(sum ^ static_cast<unsigned char>(c)) & 0xFFU];
     sum = ~sum;
     std::string hex;
-    for (int shift = 28; shift >= 0; shift -= 4) hex += digits[(sum >> shift) & 0xFU];
+    for (int shift = 28; shift >= 0; shift -= 4)
+        hex += digits[(sum >> shift) & 0xFU];
     return hex;
 }
 
@@ -131,7 +134,8 @@ std::string registryLine(const RegistryRecord& record) {
                                              [&](const Grammar& g) { return g.kind == record.kind; });
     std::string line = std::string(grammar->word) + ' ' + std::to_string(record.key);
     if (grammar->hasDetail) line += ' ' + std::to_string(record.detail);
-    for (const std::string& text : record.texts) line += ' ' + quoted(text);
+    for (const std::string& text : record.texts)
+        line += ' ' + quoted(text);
     return checksum(line) + ' ' + line + '\n';
 }
 
@@ -149,7 +153,8 @@ std::optional<RegistryRecord> parseRegistryLine(std::string_view line) {
     if (!scanner.number(record.key)) return std::nullopt;
     if (grammar->hasDetail && !scanner.number(record.detail)) return std::nullopt;
     while (!scanner.atEnd()) {
-        if (record.texts.size() == grammar->mostTexts || !scanner.text(record.texts.emplace_back())) return std::nullopt;
+        if (record.texts.size() == grammar->mostTexts || !scanner.text(record.texts.emplace_back()))
+            return std::nullopt;
     }
     if (record.texts.size() < grammar->fewestTexts) return std::nullopt;
     return record;

@@ -1,19 +1,22 @@
 // The lines of the registry's file. Each is one change of the registry, complete in itself:
 //
-//     d1e5a7c3 key 1732170000000000 2 "Software" "Orvanta"
-//     08b1f60e value 1732170000000001 1 "Folder" "E:\B%FCro%00"
+//     A35B3722 key 1732170000000000 1 "Software" "Orvanta"
+//     CDE16EC2 value 1732170000000001 1 "Folder" "E:\B%FCro%00"
 //
-// First comes the checksum (CRC-32, 8 hexadecimal digits) of all that follows the blank behind it, then what is done:
+// First comes the checksum (CRC-32, 8 hexadecimal digits) of all that follows the blank behind it, then what
+// is done:
 //
-//     key N P "name" ...     key number N is created in key P; of further names each is a key in the one before it,
+//     key N P "name" ...     key number N is created in key P; of further names each is a key in the one
+//     before it,
 //                            numbered N + 1 and so on
 //     value N T "name" "data"  a value of key N is set; T is its type
 //     no-key N               key N is deleted, with its values
 //     no-value N "name"      a value of key N is deleted
 //     next N                 the next key that is created has at least this number
 //
-// Keys 0 to 3 are the predefined ones and always there. In texts, bytes that are no visible character of ASCII, the
-// quotation mark and the per cent sign stand as "%" and two hexadecimal digits; a blank is a blank.
+// Keys 0 to 3 are the predefined ones and always there. In texts, bytes that are no visible character of
+// ASCII, the quotation mark and the per cent sign stand as "%" and two hexadecimal digits; a blank is a
+// blank.
 #pragma once
 
 #include <cstdint>

@@ -163,7 +163,8 @@ std::int32_t RegistryStore::append(const RegistryRecord& record) {
     return RegistrySuccess;
 }
 
-/// Exchanges the file when more than half of it is history. That this may fail does not matter: the change is made.
+/// Exchanges the file when more than half of it is history. That this may fail does not matter: the change is
+/// made.
 void RegistryStore::compact() {
     if (position_ <= std::max(smallFile, 2 * needed_)) return;
     const std::string contents = std::string(header) + tree_.lines();

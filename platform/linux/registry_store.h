@@ -1,13 +1,14 @@
 // The registry on the disk, and in memory what of it has been read so far.
 //
-// The file is a journal: its first line says what it is, every other one is a change (registry_record.h), in the order
-// they were made. A change is made by appending one line, so a process that dies at any moment leaves the registry
-// either as it was or as it was to be; half a line at the end is a change that was never made, and the next one is
-// written over it. When most of the file is history, it is exchanged for a new one with the lines that are needed.
-// Changes reach the disk when flush() is called, at such an exchange, or when the system gets to it.
+// The file is a journal: its first line says what it is, every other one is a change (registry_record.h), in
+// the order they were made. A change is made by appending one line, so a process that dies at any moment
+// leaves the registry either as it was or as it was to be; half a line at the end is a change that was never
+// made, and the next one is written over it. When most of the file is history, it is exchanged for a new one
+// with the lines that are needed. Changes reach the disk when flush() is called, at such an exchange, or when
+// the system gets to it.
 //
-// A file that is not as it should be is not lost: what can be read of it counts, and before the first change it is
-// kept under another name ("registry.damaged-1") beside its mended successor.
+// A file that is not as it should be is not lost: what can be read of it counts, and before the first change
+// it is kept under another name ("registry.damaged-1") beside its mended successor.
 #pragma once
 
 #include "platform/linux/registry_file.h"

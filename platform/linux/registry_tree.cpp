@@ -30,7 +30,8 @@ std::string registryFolded(std::string_view name) {
 }
 
 RegistryTree::RegistryTree() {
-    for (Number root = 0; root < rootCount; ++root) keys_[root].parent = root;
+    for (Number root = 0; root < rootCount; ++root)
+        keys_[root].parent = root;
 }
 
 const RegistryTree::Key* RegistryTree::key(Number number) const {

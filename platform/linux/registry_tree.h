@@ -40,12 +40,12 @@ public:
     /// Null when there is no such value; `key` must exist.
     const Value* value(Number key, std::string_view name) const;
 
-    /// The number for the next new key. In a registry that never had a key it comes from the clock, so that a handle to
-    /// a key of a registry whose file somebody deleted cannot come to mean a key of its successor.
+    /// The number for the next new key. In a registry that never had a key it comes from the clock, so that a
+    /// handle to a key of a registry whose file somebody deleted cannot come to mean a key of its successor.
     Number nextNumber() const;
 
-    /// Carries a change out; false, and nothing happens, when it does not fit (an unknown key, a name that is taken, a
-    /// number that was given before).
+    /// Carries a change out; false, and nothing happens, when it does not fit (an unknown key, a name that is
+    /// taken, a number that was given before).
     bool apply(const RegistryRecord& record);
 
     /// The lines that make this tree of an empty one.

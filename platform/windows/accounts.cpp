@@ -4,13 +4,17 @@
 
 #include <windows.h>
 
-#include <adshlp.h>
-#include <iads.h>
-#include <lmcons.h>
+#include <objbase.h>
+
 #include <oleauto.h>
 
+#include <iads.h>
+
+#include <adshlp.h>
+#include <lmcons.h>
+
 #include <array>
-#include <type_traits>
+#include <memory>
 
 namespace platform {
 
@@ -121,10 +125,13 @@ std::optional<std::vector<std::string>> localGroupMembers(std::string_view group
     return list ? names(*list) : std::vector<std::string>();
 }
 
-std::string loginName() {
+std::string userName() {
     std::array<char, UNLEN + 1> name{};
     DWORD size = name.size();
-    return GetUserNameA(name.data(), &size) != FALSE ? windows::utf8FromAnsi(name.data()) : std::string();
+    const DWORD length = GetEnvironmentVariableA("USERNAME", name.data(), size);
+    const bool named = length > 0 && length < name.size();
+    if (!named && GetUserNameA(name.data(), &size) == FALSE) return {};
+    return windows::utf8FromAnsi(name.data());
 }
 
 } // namespace platform

@@ -4,6 +4,12 @@
 
 namespace platform::windows {
 
+namespace {
+
+constexpr DWORD noSuchDevice = 433; ///< ERROR_NO_SUCH_DEVICE, which not every SDK knows: the stick was pulled
+
+} // namespace
+
 FileResult fileResult(unsigned long error) {
     switch (error) {
     case ERROR_SUCCESS:
@@ -41,7 +47,7 @@ FileResult fileResult(unsigned long error) {
     case ERROR_FILE_INVALID: // the medium has been exchanged
     case ERROR_NO_MEDIA_IN_DRIVE:
     case ERROR_DEVICE_NOT_CONNECTED:
-    case ERROR_NO_SUCH_DEVICE:
+    case noSuchDevice:
         return FileResult::DiskNotReady;
     case ERROR_PATH_NOT_FOUND:
     case ERROR_INVALID_NAME:

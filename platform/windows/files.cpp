@@ -135,6 +135,7 @@ FileResult writeWholeFile(std::string_view path, std::string_view contents) {
     Place place;
     FileResult result = locateFile(path, place);
     if (result != FileResult::Ok) return result;
+    if (place.isReadOnly()) return FileResult::PermissionDenied;
     // Not CREATE_ALWAYS, which refuses a hidden file.
     UniqueHandle file(CreateFileA(place.native.c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr, OPEN_ALWAYS,
                                   FILE_ATTRIBUTE_ARCHIVE, nullptr));

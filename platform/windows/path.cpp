@@ -116,6 +116,10 @@ bool Place::isFolder() const {
     return exists() && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
 }
 
+bool Place::isReadOnly() const {
+    return exists() && (attributes & FILE_ATTRIBUTE_READONLY) != 0;
+}
+
 FileResult locate(std::string_view path, Place& place) {
     const QuietErrors quiet;
     place = {};

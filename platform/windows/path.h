@@ -24,6 +24,7 @@ struct Place {
 
     bool exists() const;
     bool isFolder() const;
+    bool isReadOnly() const;
     /// A file that the path may mean.
     bool isFile() const { return exists() && !isFolder() && !asksForFolder; }
 };

@@ -103,6 +103,7 @@ void dropCache(const std::string& file) {
 /// Whether the user may change the file, which the exchange of it would not find out.
 bool mayWrite(const Place& place) {
     if (!place.exists()) return true;
+    if (place.isReadOnly()) return false;
     const UniqueHandle opened(CreateFileA(place.native.c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE,
                                           nullptr, OPEN_EXISTING, 0, nullptr));
     return static_cast<bool>(opened);

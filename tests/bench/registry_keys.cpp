@@ -1,5 +1,5 @@
-// Milliseconds that work on 1,000 keys of the registry takes, in a new registry; each the median of several rounds.
-// "flushed" goes through cRegistry, which waits for the disk at every key it creates.
+// Milliseconds that work on 1,000 keys of the registry takes, in a new registry; each the median of several
+// rounds. "flushed" goes through cRegistry, which waits for the disk at every key it creates.
 
 #include "platform/cRegistry.h"
 #include "platform/registry.h"
@@ -35,14 +35,16 @@ void createKeys() {
     for (int i = 0; i < keyCount; ++i) {
         RegistryKey key = 0;
         RegistryDisposition disposition{};
-        check(regCreateKey(registryCurrentUser, keyPath(i), registryNonVolatile, fullRight, key, disposition) == 0);
+        check(regCreateKey(registryCurrentUser, keyPath(i), registryNonVolatile, fullRight, key,
+                           disposition) == 0);
         check(disposition == RegistryCreatedNewKey && regCloseKey(key) == 0);
     }
     check(regFlushKey(registryCurrentUser) == 0);
 }
 
 void createKeysFlushed() {
-    for (int i = 0; i < keyCount; ++i) check(cRegistry().RegKeyCreate(registryCurrentUser, keyPath(i)) == 1);
+    for (int i = 0; i < keyCount; ++i)
+        check(cRegistry().RegKeyCreate(registryCurrentUser, keyPath(i)) == 1);
 }
 
 void setValues() {
@@ -59,11 +61,13 @@ void readValues() {
 }
 
 void testKeys() {
-    for (int i = 0; i < keyCount; ++i) check(cRegistry().RegKeyExist(registryCurrentUser, keyPath(i)) == 0);
+    for (int i = 0; i < keyCount; ++i)
+        check(cRegistry().RegKeyExist(registryCurrentUser, keyPath(i)) == 0);
 }
 
 void deleteKeys() {
-    for (int i = 0; i < keyCount; ++i) check(cRegistry().RegKeyDelete(registryCurrentUser, keyPath(i)) == 0);
+    for (int i = 0; i < keyCount; ++i)
+        check(cRegistry().RegKeyDelete(registryCurrentUser, keyPath(i)) == 0);
 }
 
 struct Measurement {
@@ -86,13 +90,15 @@ int main() {
         for (Measurement& measurement : measurements) {
             const auto started = std::chrono::steady_clock::now();
             measurement.work();
-            const std::chrono::duration<double, std::milli> taken = std::chrono::steady_clock::now() - started;
+            const std::chrono::duration<double, std::milli> taken =
+                std::chrono::steady_clock::now() - started;
             measurement.times.push_back(taken.count());
         }
     }
     for (Measurement& measurement : measurements) {
         std::sort(measurement.times.begin(), measurement.times.end());
-        std::printf("%s %.2f %.2f\n", measurement.name, measurement.times[rounds / 2], measurement.times.back());
+        std::printf("%s %.2f %.2f\n", measurement.name, measurement.times[rounds / 2],
+                    measurement.times.back());
     }
     std::filesystem::remove_all(folder);
 }

@@ -5,8 +5,8 @@
 
 namespace conformance {
 
-/// While it lives there is a path below the current user's key where nothing exists yet; whatever a test leaves there
-/// goes with this object. One at a time. What cannot be arranged throws std::exception.
+/// While it lives there is a path below the current user's key where nothing exists yet; whatever a test
+/// leaves there goes with this object. One at a time. What cannot be arranged throws std::exception.
 class RegistryPlace {
 public:
     RegistryPlace();

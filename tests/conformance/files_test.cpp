@@ -2,6 +2,7 @@
 
 #include "platform/program_folder.h"
 #include "tests/conformance/environment.h"
+#include "tests/conformance/known_difference.h"
 #include "tests/conformance/scratch_files.h"
 
 #include <gtest/gtest.h>
@@ -169,6 +170,9 @@ TEST_F(Files, AlmostADeviceIsAFile) {
 TEST_F(Files, UnusualNamesAreFiles) {
     for (const std::string name : {" leading blank", ".hidden", "a b", "a..b", "-r", "~", "%TEMP%", "$x",
                                    "a;b", "a=b", "[x]", "{x}", "'x'", "a,b", "100%", "ÄÖÜ€", "日本"}) {
+        if (name == "日本" && knownDifference(Differs::AnsiFunctions, "no name outside the ANSI code page",
+                                              "https://learn.microsoft.com/windows/win32/intl/code-pages"))
+            continue;
         EXPECT_EQ(writeWholeFile("E:\\" + name, name), FileResult::Ok) << name;
         EXPECT_EQ(get(stick / named(name)), name);
     }

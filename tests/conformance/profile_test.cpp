@@ -2,6 +2,7 @@
 
 #include "platform/program_folder.h"
 #include "tests/conformance/environment.h"
+#include "tests/conformance/known_difference.h"
 #include "tests/conformance/scratch_files.h"
 
 #include <gtest/gtest.h>
@@ -54,6 +55,11 @@ protected:
         return ini();
     }
 
+    static bool keepsSpelling() {
+        return knownDifference(Differs::Wine, "a key that is written keeps the spelling it has in the file",
+                               "Wine 8.0, dlls/kernel32/profile.c");
+    }
+
     Drives drives;
     fs::path stick = drives.add('E', DriveRemovable);
     fs::path file = stick / "USB.ini";
@@ -87,15 +93,19 @@ TEST_F(Profile, WhatIsMissingIsEmpty) {
 TEST_F(Profile, NamesMatchRegardlessOfCase) {
     ini("[Open]\r\nDir=x\r\n");
     EXPECT_EQ(section("oPEN"), "Dir=x|");
+    if (keepsSpelling()) return;
     EXPECT_EQ(after("[Open]\r\nDir=x\r\n", "OPEN", "dIR", "y"), "[Open]\r\ndIR=y\r\n");
 }
 
 TEST_F(Profile, AnsiLettersMatchRegardlessOfCase) {
     // a, o and u with dots, s with a hook, oe, y with dots: small in the file, capital in the call.
     ini("[\xE4\xF6\xFC\x9A\x9C\xFF]\r\n\xE9=x\r\n");
-    EXPECT_EQ(section("\xC4\xD6\xDC\x8A\x8C\x9F"), "\xE9=x|");
-    EXPECT_TRUE(writeProfileString("\xC4\xD6\xDC\x8A\x8C\x9F", "\xC9", "y", path));
-    EXPECT_EQ(section("\xE4\xF6\xFC\x9A\x9C\xFF"), "\xC9=y|");
+    if (!knownDifference(Differs::Wine, "names with letters beyond ASCII match in their own case only",
+                         "Wine 8.0, dlls/kernel32/profile.c")) {
+        EXPECT_EQ(section("\xC4\xD6\xDC\x8A\x8C\x9F"), "\xE9=x|");
+        EXPECT_TRUE(writeProfileString("\xC4\xD6\xDC\x8A\x8C\x9F", "\xC9", "y", path));
+        EXPECT_EQ(section("\xE4\xF6\xFC\x9A\x9C\xFF"), "\xC9=y|");
+    }
     ini("[\xF7]\r\nx=1\r\n");
     EXPECT_EQ(section("\xD7"), "") << "the signs for division and multiplication are no letters";
 }
@@ -103,7 +113,9 @@ TEST_F(Profile, AnsiLettersMatchRegardlessOfCase) {
 TEST_F(Profile, BlanksInTheBracketsDoNotCountNorDoesTextBehindThem) {
     ini("  [ s ] ; text\r\nk=1\r\n\t[t]x\r\nk=2\r\n");
     EXPECT_EQ(section("s"), "k=1|");
-    EXPECT_EQ(section(" s "), "k=1|");
+    if (!knownDifference(Differs::Wine, "blanks around the section that is asked for count",
+                         "Wine 8.0, dlls/kernel32/profile.c"))
+        EXPECT_EQ(section(" s "), "k=1|");
     EXPECT_EQ(section("t"), "k=2|");
     EXPECT_EQ(names(), "s|t|");
 }
@@ -192,7 +204,10 @@ TEST_F(Profile, ATruncatedAnswerIsTwoShorterThanTheBuffer) {
         EXPECT_EQ(shown({buffer.data(), size - 2}).substr(0, 8),
                   all.substr(0, std::min<std::size_t>(size - 2, 8)));
         EXPECT_EQ(buffer[size - 2], '\0') << size;
-        EXPECT_EQ(buffer[size - 1], '\0') << size;
+        if (!knownDifference(Differs::Wine, "a truncated list of names ends in one NUL",
+                             "https://learn.microsoft.com/windows/win32/api/winbase/"
+                             "nf-winbase-getprivateprofilesectionnamesa"))
+            EXPECT_EQ(buffer[size - 1], '\0') << size;
     }
 }
 
@@ -247,7 +262,8 @@ TEST_F(Profile, AnEmptyValueAndABlankAreStoredAsNothing) {
 
 TEST_F(Profile, AnExistingKeyIsReplaced) {
     EXPECT_EQ(after("[s]\r\nk = 1\r\n", "s", "k", "2"), "[s]\r\nk=2\r\n");
-    EXPECT_EQ(after("[s]\r\n\tK\t=\t1\r\nb=2\r\n", "s", "k", "2"), "[s]\r\nk=2\r\nb=2\r\n");
+    if (!keepsSpelling())
+        EXPECT_EQ(after("[s]\r\n\tK\t=\t1\r\nb=2\r\n", "s", "k", "2"), "[s]\r\nk=2\r\nb=2\r\n");
     EXPECT_EQ(after("[s]\r\nk=1\r\nk=2\r\n", "s", "k", "3"), "[s]\r\nk=3\r\nk=2\r\n") << "the first of two";
     EXPECT_EQ(after("[s]\r\nk=1\r\n[s]\r\nk=2\r\n", "s", "k", "3"), "[s]\r\nk=3\r\n[s]\r\nk=2\r\n");
     EXPECT_EQ(after("[t]\r\nk=1\r\n[s]\r\nk=2\r\n", "s", "k", "3"), "[t]\r\nk=1\r\n[s]\r\nk=3\r\n");

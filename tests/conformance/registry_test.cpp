@@ -1,6 +1,7 @@
 #include "platform/registry.h"
 
 #include "tests/conformance/environment_registry.h"
+#include "tests/conformance/known_difference.h"
 
 #include <gtest/gtest.h>
 
@@ -26,7 +27,8 @@ class Registry : public testing::Test {
 protected:
     void SetUp() override { openBefore_ = openRegistryHandles(); }
     void TearDown() override {
-        for (const RegistryKey key : opened_) regCloseKey(key);
+        for (const RegistryKey key : opened_)
+            regCloseKey(key);
     }
 
     std::string below(const std::string& name) const { return place_.path() + '\\' + name; }
@@ -82,7 +84,9 @@ TEST_F(Registry, CreatingTellsWhetherTheKeyWasThere) {
     for (const auto expected : {RegistryCreatedNewKey, RegistryOpenedExistingKey}) {
         RegistryKey key = noKey;
         RegistryDisposition disposition{};
-        ASSERT_EQ(regCreateKey(registryCurrentUser, below("Key"), registryNonVolatile, fullRight, key, disposition), 0);
+        ASSERT_EQ(
+            regCreateKey(registryCurrentUser, below("Key"), registryNonVolatile, fullRight, key, disposition),
+            0);
         EXPECT_EQ(disposition, expected);
         EXPECT_EQ(regCloseKey(key), 0);
     }
@@ -129,7 +133,8 @@ TEST_F(Registry, APredefinedKeyNeedNotBeClosed) {
 }
 
 TEST_F(Registry, EveryPredefinedKeyCanBeRead) {
-    for (const RegistryKey root : {registryClassesRoot, registryCurrentUser, registryLocalMachine, registryUsers}) {
+    for (const RegistryKey root :
+         {registryClassesRoot, registryCurrentUser, registryLocalMachine, registryUsers}) {
         RegistryKey key = noKey;
         EXPECT_EQ(regOpenKey(root, "", readRight, key), 0);
         EXPECT_EQ(regOpenKey(root, "No such key of that name", readRight, key), RegistryFileNotFound);
@@ -138,8 +143,11 @@ TEST_F(Registry, EveryPredefinedKeyCanBeRead) {
 }
 
 TEST_F(Registry, NamesMatchRegardlessOfCase) {
-    const RegistryKey key = create(below("Gr\xF6\xDF" "e"));
-    EXPECT_EQ(openStatus(below("GR\xD6\xDF" "E")), 0);
+    const RegistryKey key = create(below("Gr\xF6\xDF"
+                                         "e"));
+    EXPECT_EQ(openStatus(below("GR\xD6\xDF"
+                               "E")),
+              0);
     ASSERT_EQ(regSetValue(key, "Schl\xFCssel", RegistryBinary, "old"), 0);
     ASSERT_EQ(regSetValue(key, "SCHL\xDCSSEL", RegistryBinary, "new"), 0);
     EXPECT_EQ(query(key, "schl\xFCssel").bytes, "new");
@@ -162,7 +170,8 @@ TEST_F(Registry, AnUnknownHandleIsInvalid) {
     RegistryKey other = noKey;
     EXPECT_EQ(regCloseKey(key), RegistryInvalidHandle);
     EXPECT_EQ(regOpenKey(key, "x", readRight, other), RegistryInvalidHandle);
-    EXPECT_EQ(regCreateKey(key, "x", registryNonVolatile, fullRight, other, disposition), RegistryInvalidHandle);
+    EXPECT_EQ(regCreateKey(key, "x", registryNonVolatile, fullRight, other, disposition),
+              RegistryInvalidHandle);
     EXPECT_EQ(regFlushKey(key), RegistryInvalidHandle);
     EXPECT_EQ(regDeleteKey(key, "x"), RegistryInvalidHandle);
     EXPECT_EQ(regDeleteValue(key, "x"), RegistryInvalidHandle);
@@ -225,7 +234,8 @@ TEST_F(Registry, AHandleOfADeletedKeyCanOnlyBeClosed) {
 TEST_F(Registry, AValueComesBackAsItWasSet) {
     const RegistryKey key = create(below("Key"));
     std::string everyByte;
-    for (int i = 0; i < 256; ++i) everyByte += static_cast<char>(i);
+    for (int i = 0; i < 256; ++i)
+        everyByte += static_cast<char>(i);
     const std::array<std::pair<std::uint32_t, std::string>, 5> values = {{
         {RegistryBinary, everyByte},
         {RegistryBinary, ""},
@@ -296,18 +306,23 @@ TEST_F(Registry, ManyValuesAndLongDataAreKept) {
     const RegistryKey key = create(below("Key"));
     const std::string large(100'000, '\xFF');
     ASSERT_EQ(regSetValue(key, "Large", RegistryBinary, large), 0);
-    for (int i = 0; i < 300; ++i) ASSERT_EQ(regSetValue(key, std::to_string(i), RegistryBinary, std::to_string(-i)), 0);
-    for (int i = 0; i < 300; ++i) EXPECT_EQ(query(key, std::to_string(i)).bytes, std::to_string(-i));
+    for (int i = 0; i < 300; ++i)
+        ASSERT_EQ(regSetValue(key, std::to_string(i), RegistryBinary, std::to_string(-i)), 0);
+    for (int i = 0; i < 300; ++i)
+        EXPECT_EQ(query(key, std::to_string(i)).bytes, std::to_string(-i));
     EXPECT_EQ(query(key, "Large", 100'000).bytes, large);
 }
 
 TEST_F(Registry, LongNamesArePossibleUpToTheirLimit) {
-    create(below(std::string(255, 'k')));
-    EXPECT_EQ(openStatus(below(std::string(255, 'K'))), 0);
+    if (!conformance::knownDifference(conformance::Differs::Wine, "a path has 260 characters at the most",
+                                      "Wine 8.0, dlls/kernelbase/registry.c")) {
+        create(below(std::string(255, 'k')));
+        EXPECT_EQ(openStatus(below(std::string(255, 'K'))), 0);
+    }
     RegistryKey key = noKey;
     RegistryDisposition disposition{};
-    EXPECT_NE(regCreateKey(registryCurrentUser, below(std::string(256, 'k')), registryNonVolatile, fullRight, key,
-                           disposition),
+    EXPECT_NE(regCreateKey(registryCurrentUser, below(std::string(256, 'k')), registryNonVolatile, fullRight,
+                           key, disposition),
               0);
     const RegistryKey holder = create(below("Key"));
     const std::string name(16383, 'v');

@@ -47,7 +47,20 @@ QString accessibleText(const QWidget& part, QAccessible::Text kind) {
     return interface == nullptr ? QString() : interface->text(kind);
 }
 
+/// The room that the text wants: width and height, or no width and the height at its present width.
+QJsonArray wantedSize(const QWidget& part) {
+    if (part.hasHeightForWidth()) return {0, part.heightForWidth(part.width())};
+    return {part.sizeHint().width(), part.sizeHint().height()};
+}
+
+/// Whether markup in the text would be shown as it stands.
+bool showsPlainText(const QString& text, Qt::TextFormat format) {
+    return format == Qt::PlainText || (format == Qt::AutoText && !Qt::mightBeRichText(text));
+}
+
 void describeState(const QWidget& part, QJsonObject& result) {
+    if (const auto* label = qobject_cast<const QLabel*>(&part))
+        result[QLatin1String("plainText")] = showsPlainText(label->text(), label->textFormat());
     if (const auto* button = qobject_cast<const QAbstractButton*>(&part)) {
         result[QLatin1String("checked")] = button->isChecked();
         result[QLatin1String("shortcut")] = button->shortcut().toString(QKeySequence::PortableText);
@@ -164,7 +177,8 @@ QJsonObject describe(const QWidget& part) {
         {QStringLiteral("toolTip"), plain(part.toolTip())},
         {QStringLiteral("accessibleName"), accessibleText(part, QAccessible::Name)},
         {QStringLiteral("accessibleDescription"), accessibleText(part, QAccessible::Description)},
-        {QStringLiteral("geometry"), rectangle(QRect(position, part.size()))}};
+        {QStringLiteral("geometry"), rectangle(QRect(position, part.size()))},
+        {QStringLiteral("wantedSize"), wantedSize(part)}};
     describeState(part, result);
     describeList(part, result);
     return result;
@@ -192,6 +206,7 @@ QJsonValue describeMessageBox() {
                                    {QMessageBox::Critical, critical}};
     return QJsonObject{{QStringLiteral("title"), box->windowTitle()},
                        {QStringLiteral("text"), box->text()},
+                       {QStringLiteral("plainText"), showsPlainText(box->text(), box->textFormat())},
                        {QStringLiteral("icon"), icons.value(box->icon(), noIcon)},
                        {QStringLiteral("buttons"), buttons}};
 }

@@ -3,6 +3,7 @@
 #include "platform/registry.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdio>
 #include <string_view>
 
@@ -34,9 +35,9 @@ std::string pathOf(platform::RegistryKey key, std::string_view path) {
     if (const auto open = registry().handles.find(key); open != registry().handles.end()) {
         start = open->second.path;
     } else if (key >= platform::registryClassesRoot) {
-        char digits[9];
-        static_cast<void>(std::snprintf(digits, sizeof digits, "%X", key));
-        start = digits;
+        std::array<char, 9> digits{};
+        static_cast<void>(std::snprintf(digits.data(), digits.size(), "%X", key));
+        start = digits.data();
     }
     return path.empty() || start.empty() ? start : start + '\\' + std::string(path);
 }

@@ -31,7 +31,6 @@ TEST_F(Closing, AsksNothingWithoutAnEdit) {
 
 TEST_F(Closing, AKeyInThePathBoxIsAnEdit) {
     start();
-    window().cmdSaveOnStick.setEnabled(false);
     edit("x");
     EXPECT_TRUE(window().UnsavedChanges);
     EXPECT_TRUE(window().cmdSaveOnStick.enabled());

@@ -29,6 +29,8 @@ protected:
         fake::resetConsole();
         computer().drives["C:\\"].type = platform::DriveFixed;
         computer().drives["Z:\\"].type = platform::DriveRemote;
+        for (const char* name : {"file.bmp", "nofile.bmp"})
+            computer().files[std::string("/opt/tool\\") + name].contents = "picture";
         setAdministrator(true);
         window.show();
         assistant.show(&window);

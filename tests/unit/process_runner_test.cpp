@@ -33,11 +33,10 @@ protected:
 } // namespace
 
 TEST_F(ProcessRunner, CollectsWhatTheProgramWritesUntilItEnds) {
-    computer().onPump = [step = 0]() mutable {
-        ++step;
-        if (step == 2) console().child.write("Proceed (y/n)? ");
-        if (step == 5) console().child.write("Done");
-        if (step == 6) console().child.exit();
+    computer().onPump = [] {
+        if (computer().pumps == 2) console().child.write("Proceed (y/n)? ");
+        if (computer().pumps == 5) console().child.write("Done");
+        if (computer().pumps == 6) console().child.exit();
     };
     EXPECT_EQ(runConsoleProgram("tool.exe -x E:"), "Proceed (y/n)? Done");
     EXPECT_EQ(console().commandLines, Calls{"tool.exe -x E:"});

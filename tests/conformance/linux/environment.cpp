@@ -18,7 +18,7 @@ fs::path tableFile() {
 }
 
 fs::path newFolder() {
-    std::string name = fs::temp_directory_path() / "conformance-XXXXXX";
+    std::string name = fs::temp_directory_path() / ("conformance-" + std::string(6, 'X'));
     if (mkdtemp(name.data()) == nullptr) throw std::runtime_error("no temporary folder");
     return fs::canonical(name);
 }

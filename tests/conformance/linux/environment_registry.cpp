@@ -18,7 +18,8 @@ const fs::path& configFolder() {
 
 void clean() {
     std::error_code ignored;
-    for (const auto& entry : fs::directory_iterator(configFolder(), ignored)) fs::remove_all(entry.path(), ignored);
+    for (const auto& entry : fs::directory_iterator(configFolder(), ignored))
+        fs::remove_all(entry.path(), ignored);
 }
 
 } // namespace

@@ -115,8 +115,8 @@ protected:
     const std::string newText = "[s]\r\nk=new\r\n" + std::string(5000, ';') + "\r\n";
 
     // In the program folder, so that no look at the table of drives comes in between.
-    Faults() { fault = {}; }
-    ~Faults() override {
+    void SetUp() override { fault = {}; }
+    void TearDown() override {
         for (const auto& path : {file, ini, copy})
             fs::remove(path);
     }

@@ -1,4 +1,5 @@
-// Processes that die in the middle of a change, disks that are full, and several processes that write at once.
+// Processes that die in the middle of a change, disks that are full, and several processes that write at
+// once.
 
 #include "tests/conformance/linux/registry_test_store.h"
 #include "tests/conformance/linux/temporary_folder.h"
@@ -46,8 +47,8 @@ private:
     int state_ = 0;
 };
 
-/// Lets this process write no file beyond a size; it dies at the first byte beyond, or, when it ignores the signal, the
-/// writing fails, as on a full disk.
+/// Lets this process write no file beyond a size; it dies at the first byte beyond, or, when it ignores the
+/// signal, the writing fails, as on a full disk.
 void limitFiles(std::uint64_t size, bool dies) {
     std::signal(SIGXFSZ, dies ? SIG_DFL : SIG_IGN);
     const rlimit core = {0, 0};
@@ -124,8 +125,8 @@ TEST_F(RegistryCrash, AFullDiskLeavesTheRegistryAsItWas) {
     EXPECT_EQ(allOf(registry), before);
 }
 
-/// Runs the work in another process and kills that at its stop number `stop`: before and behind each call of the system
-/// there is one. False when the work was done before; no value where a process may not be traced.
+/// Runs the work in another process and kills that at its stop number `stop`: before and behind each call of
+/// the system there is one. False when the work was done before; no value where a process may not be traced.
 std::optional<bool> killedAt(int stop, const std::function<void()>& work) {
     const pid_t child = fork();
     if (child == 0) {
@@ -196,7 +197,8 @@ TEST_F(RegistryCrash, CutShortAtAnyCallOfAnExchangeNothingIsLost) {
         ASSERT_EQ(setValue(registry, "Kept", std::string(20'000, 'x')), 0);
         // The next change makes the file so long that it is exchanged.
         while (fs::file_size(file_) + 1100 < 64UL * 1024)
-            ASSERT_EQ(setValue(registry, "Name", std::to_string(fs::file_size(file_)) + std::string(1000, 'y')), 0);
+            ASSERT_EQ(
+                setValue(registry, "Name", std::to_string(fs::file_size(file_)) + std::string(1000, 'y')), 0);
     }
     const std::string contents = contentsOf(file_);
     const Outcomes outcomes = cutShortEverywhere(file_, [&] {
@@ -213,13 +215,15 @@ TEST_F(RegistryCrash, AnExchangeThatFailsHarmsNothing) {
     fs::create_directory(file_ + ".new"); // in the place of the new file
     RegistryStore registry(file_);
     const std::string filler(1000, '.');
-    for (int i = 0; i < 200; ++i) ASSERT_EQ(setValue(registry, "Name", std::to_string(i) + filler), 0);
+    for (int i = 0; i < 200; ++i)
+        ASSERT_EQ(setValue(registry, "Name", std::to_string(i) + filler), 0);
     RegistryStore other(file_);
     EXPECT_EQ(valueOf(other, "Name"), "199" + filler);
     EXPECT_GT(fs::file_size(file_), 200'000U);
 }
 
-/// Changes without end: a number that counts up, in a small value or a large one, so that the file is exchanged often.
+/// Changes without end: a number that counts up, in a small value or a large one, so that the file is
+/// exchanged often.
 [[noreturn]] void countUp(const std::string& file, int report) {
     RegistryStore registry(file);
     const std::string filler(3000, 'x');
@@ -239,9 +243,10 @@ TEST_F(RegistryCrash, KilledAtRandomMomentsEveryChangeIsMadeOrNot) {
             countUp(file_, ends[1]);
         });
         close(ends[1]);
-        const std::uint32_t enough = 1 + random() % 100;
+        const auto enough = static_cast<std::uint32_t>(1 + random() % 100);
         std::uint32_t reported = 0;
-        while (reported < enough) ASSERT_EQ(read(ends[0], &reported, sizeof reported), sizeof reported);
+        while (reported < enough)
+            ASSERT_EQ(read(ends[0], &reported, sizeof reported), sizeof reported);
         child.kill();
         while (read(ends[0], &reported, sizeof reported) == sizeof reported) {
         }
@@ -264,6 +269,7 @@ TEST_F(RegistryCrash, ProcessesThatWriteAtOnceLoseNothing) {
     const std::string filler(500, '.');
     {
         std::vector<std::unique_ptr<Child>> children;
+        children.reserve(processes);
         for (int process = 0; process < processes; ++process) {
             children.push_back(std::make_unique<Child>([&] {
                 RegistryStore registry(file_);
@@ -273,11 +279,13 @@ TEST_F(RegistryCrash, ProcessesThatWriteAtOnceLoseNothing) {
                     if (setValue(registry, "Name", name, key) != 0) _exit(1);
                     // History, so that the file is exchanged again and again below the others' feet.
                     if (setValue(registry, "Shared", name + filler) != 0) _exit(2);
-                    if (i % 2 == 1 && (deleteKey(registry, key + 1) != 0 || deleteKey(registry, key) != 0)) _exit(3);
+                    if (i % 2 == 1 && (deleteKey(registry, key + 1) != 0 || deleteKey(registry, key) != 0))
+                        _exit(3);
                 }
             }));
         }
-        for (const auto& child : children) ASSERT_EQ(child->end(), 0);
+        for (const auto& child : children)
+            ASSERT_EQ(child->end(), 0);
     }
     RegistryStore registry(file_);
     std::size_t found = 0;

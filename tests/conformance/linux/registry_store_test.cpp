@@ -25,7 +25,8 @@ protected:
 
     std::vector<std::string> filesBeside() const {
         std::vector<std::string> names;
-        for (const auto& entry : fs::directory_iterator(file_.parent_path())) names.push_back(entry.path().filename());
+        for (const auto& entry : fs::directory_iterator(file_.parent_path()))
+            names.push_back(entry.path().filename());
         std::sort(names.begin(), names.end());
         return names;
     }
@@ -58,12 +59,13 @@ TEST_F(RegistryFileTest, TheFormatIsTheDocumentedOne) {
     RegistryStore registry = store();
     ASSERT_EQ(setValue(registry, "Folder", "E:\\B\xFCro \"5%\"\n"), 0);
     EXPECT_EQ(contentsOf(file_), "orvanta-usbtool registry 1\n"
-                                 "8D8A60BD value 1 3 \"Folder\" \"E:\\B%FCro %225%25%22%0A\"\n");
+                                 "9EFAEB49 value 1 3 \"Folder\" \"E:\\B%FCro %225%25%22%0A\"\n");
 }
 
 TEST_F(RegistryFileTest, EveryByteOfNamesAndDataIsKept) {
     std::string everyByte;
-    for (int i = 0; i < 256; ++i) everyByte += static_cast<char>(i);
+    for (int i = 0; i < 256; ++i)
+        everyByte += static_cast<char>(i);
     RegistryStore registry = store();
     const auto key = createKeys(registry, {everyByte, everyByte});
     ASSERT_EQ(setValue(registry, everyByte, everyByte, key + 1), 0);
@@ -101,7 +103,8 @@ TEST_F(RegistryFileTest, HistoryDoesNotPileUp) {
     const auto key = createKeys(registry, {"Key"});
     const auto last = createKeys(registry, {"Last"});
     ASSERT_EQ(deleteKey(registry, last), 0);
-    for (int i = 0; i < 1000; ++i) ASSERT_EQ(setValue(registry, "Name", std::to_string(i) + std::string(1000, '.')), 0);
+    for (int i = 0; i < 1000; ++i)
+        ASSERT_EQ(setValue(registry, "Name", std::to_string(i) + std::string(1000, '.')), 0);
     EXPECT_LT(fs::file_size(file_), 100'000U);
     EXPECT_EQ(valueOf(other, "Name"), "999" + std::string(1000, '.'));
     EXPECT_EQ(allOf(other), allOf(registry));
@@ -157,7 +160,8 @@ TEST_F(RegistryFileTest, HalfALineAtTheEndIsAChangeThatWasNotMade) {
 TEST_F(RegistryFileTest, ADamagedLineIsPassedOverAndTheFileKept) {
     {
         RegistryStore registry = store();
-        for (const char* const name : {"A", "B", "C"}) ASSERT_EQ(setValue(registry, name, name), 0);
+        for (const char* const name : {"A", "B", "C"})
+            ASSERT_EQ(setValue(registry, name, name), 0);
     }
     const std::string good = contentsOf(file_);
     for (std::size_t i = 0; i < good.size(); ++i) {
@@ -165,7 +169,8 @@ TEST_F(RegistryFileTest, ADamagedLineIsPassedOverAndTheFileKept) {
         bad[i] = static_cast<char>(bad[i] ^ 4);
         writeContents(file_, bad);
         RegistryStore registry = store();
-        const bool lost = valueOf(registry, "A") != "A" || valueOf(registry, "B") != "B" || valueOf(registry, "C") != "C";
+        const bool lost =
+            valueOf(registry, "A") != "A" || valueOf(registry, "B") != "B" || valueOf(registry, "C") != "C";
         ASSERT_TRUE(lost || i < good.find('\n') + 1) << i;
         ASSERT_EQ(filesBeside(), std::vector<std::string>{"registry"}) << "reading must not mend";
         ASSERT_EQ(setValue(registry, "New", "value"), 0);
@@ -182,8 +187,12 @@ TEST_F(RegistryFileTest, ADamagedLineIsPassedOverAndTheFileKept) {
 }
 
 TEST_F(RegistryFileTest, AForeignFileIsKept) {
-    const std::vector<std::string> foreign = {"x", "\n", std::string(100, '\0'), "orvanta-usbtool registry 2\nnews\n",
-                                              "orvanta-usbtool registry 1", "[Section]\nKey=Value\n"};
+    const std::vector<std::string> foreign = {"x",
+                                              "\n",
+                                              std::string(100, '\0'),
+                                              "orvanta-usbtool registry 2\nnews\n",
+                                              "orvanta-usbtool registry 1",
+                                              "[Section]\nKey=Value\n"};
     fs::create_directories(file_.parent_path());
     std::vector<std::string> kept;
     for (const std::string& contents : foreign) {
@@ -194,7 +203,8 @@ TEST_F(RegistryFileTest, AForeignFileIsKept) {
         EXPECT_EQ(valueOf(registry, "Name"), "x");
         for (const std::string& name : filesBeside())
             if (name != "registry") kept.push_back(contentsOf(file_.parent_path() / name));
-        for (const std::string& name : filesBeside()) fs::remove(file_.parent_path() / name);
+        for (const std::string& name : filesBeside())
+            fs::remove(file_.parent_path() / name);
     }
     // The beginning of a proper file holds nothing that could be lost.
     EXPECT_EQ(kept, (std::vector<std::string>{foreign[0], foreign[1], foreign[2], foreign[3], foreign[5]}));
@@ -215,10 +225,14 @@ TEST_F(RegistryFileTest, RecordsThatDoNotFitAreDamage) {
     using Kind = RegistryRecord::Kind;
     constexpr std::uint64_t most = 0xFFFFFFFFFFFFFFFFU;
     const std::vector<RegistryRecord> bad = {
-        {Kind::Key, 10, 99, {"parent unknown"}}, {Kind::Key, 3, 1, {"number taken"}},
-        {Kind::Key, most, 1, {"a", "b"}},        {Kind::Value, 99, 1, {"key unknown", ""}},
-        {Kind::Value, 1, most, {"type", ""}},    {Kind::NoKey, 1, 0, {}},
-        {Kind::NoKey, 99, 0, {}},                {Kind::NoValue, 1, 0, {"unknown"}},
+        {Kind::Key, 10, 99, {"parent unknown"}},
+        {Kind::Key, 3, 1, {"number taken"}},
+        {Kind::Key, most, 1, {"a", "b"}},
+        {Kind::Value, 99, 1, {"key unknown", ""}},
+        {Kind::Value, 1, most, {"type", ""}},
+        {Kind::NoKey, 1, 0, {}},
+        {Kind::NoKey, 99, 0, {}},
+        {Kind::NoValue, 1, 0, {"unknown"}},
     };
     fs::create_directories(file_.parent_path());
     for (const RegistryRecord& record : bad) {
@@ -248,7 +262,8 @@ TEST_F(RegistryFileTest, ALinkedFileStaysLinked) {
     fs::create_directories(file_.parent_path());
     fs::create_symlink(target, file_);
     RegistryStore registry = store();
-    for (int i = 0; i < 300; ++i) ASSERT_EQ(setValue(registry, "Name", std::to_string(i) + std::string(1000, '.')), 0);
+    for (int i = 0; i < 300; ++i)
+        ASSERT_EQ(setValue(registry, "Name", std::to_string(i) + std::string(1000, '.')), 0);
     EXPECT_TRUE(fs::is_symlink(file_));
     EXPECT_GT(fs::file_size(target), 1000U);
 }

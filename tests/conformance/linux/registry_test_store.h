@@ -57,7 +57,8 @@ inline std::int32_t deleteKey(RegistryStore& store, RegistryTree::Number number)
 }
 
 /// A value's data; "(none)" without such a value, "(status)" when the registry cannot be read.
-inline std::string valueOf(RegistryStore& store, const std::string& name, RegistryTree::Number key = userKey) {
+inline std::string valueOf(RegistryStore& store, const std::string& name,
+                           RegistryTree::Number key = userKey) {
     std::string data = "(none)";
     const std::int32_t status = store.read([&](const RegistryTree& tree) -> std::int32_t {
         const auto* const value = tree.key(key) == nullptr ? nullptr : tree.value(key, name);

@@ -24,7 +24,7 @@ constexpr uid_t nobody = 65534;
 class SettingsFolder : public testing::Test {
 protected:
     void SetUp() override {
-        std::string name = fs::temp_directory_path() / "settings-XXXXXX";
+        std::string name = fs::temp_directory_path() / ("settings-" + std::string(6, 'X'));
         ASSERT_NE(mkdtemp(name.data()), nullptr);
         base = name;
     }

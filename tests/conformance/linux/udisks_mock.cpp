@@ -5,7 +5,11 @@
 #include <QDBusMessage>
 #include <QDBusMetaType>
 
+#include <sys/prctl.h>
+
+#include <csignal>
 #include <stdexcept>
+#include <utility>
 
 namespace conformance {
 
@@ -31,7 +35,7 @@ QDBusMessage failure(const QDBusMessage& message, const QString& error) {
 } // namespace
 
 PrivateBus::PrivateBus() {
-    daemon_.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    daemon_.setChildProcessModifier([] { prctl(PR_SET_PDEATHSIG, SIGKILL); }); // also when the test is killed
     daemon_.start("dbus-daemon", {"--session", "--nofork", "--print-address=1"});
     if (!daemon_.waitForStarted(deadline) || !daemon_.waitForReadyRead(deadline))
         throw std::runtime_error("dbus-daemon does not start");
@@ -47,11 +51,12 @@ UdisksMock::UdisksMock()
     : bus_(QDBusConnection::connectToBus(qEnvironmentVariable("DBUS_SYSTEM_BUS_ADDRESS"), "udisks-mock")) {
     qDBusRegisterMetaType<Interfaces>();
     qDBusRegisterMetaType<Objects>();
+    qDBusRegisterMetaType<QByteArrayList>();
     if (!bus_.isConnected()) throw std::runtime_error("no private bus");
-    moveToThread(&thread_);
-    thread_.start();
     if (!bus_.registerVirtualObject("/org/freedesktop/UDisks2", this, QDBusConnection::SubPath))
         throw std::runtime_error("the mock cannot be registered");
+    moveToThread(&thread_);
+    thread_.start();
     start();
 }
 

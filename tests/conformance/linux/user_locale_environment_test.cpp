@@ -22,7 +22,7 @@ namespace {
 class Locales : public testing::Test {
 protected:
     static void SetUpTestSuite() {
-        std::string name = fs::temp_directory_path() / "locales-XXXXXX";
+        std::string name = fs::temp_directory_path() / ("locales-" + std::string(6, 'X'));
         ASSERT_NE(mkdtemp(name.data()), nullptr);
         folder = name;
         const std::string make = "localedef --no-archive -i de_AT -f UTF-8 '" +

@@ -1,0 +1,50 @@
+#include "tools/fat32format/command_line.h"
+
+#include <bit>
+#include <charconv>
+
+namespace fat32format {
+
+namespace {
+
+constexpr unsigned mostSectors = 128;
+
+/// N of "-cN"; 0 when it is none.
+unsigned clusterOption(std::string_view argument) {
+    if (!argument.starts_with("-c")) return 0;
+    argument.remove_prefix(2);
+    unsigned sectors = 0;
+    const char* const end = argument.data() + argument.size();
+    const auto result = std::from_chars(argument.data(), end, sectors);
+    const bool isNumber = result.ec == std::errc() && result.ptr == end;
+    return isNumber && sectors <= mostSectors && std::has_single_bit(sectors) ? sectors : 0;
+}
+
+/// X of "X:", in upper case; 0 when it is none.
+char driveLetter(std::string_view argument) {
+    if (argument.size() != 2 || argument[1] != ':') return 0;
+    const char letter = argument[0];
+    if (letter >= 'a' && letter <= 'z') return static_cast<char>(letter - 'a' + 'A');
+    return letter >= 'A' && letter <= 'Z' ? letter : '\0';
+}
+
+} // namespace
+
+std::optional<Options> parseArguments(std::span<const std::string> arguments) {
+    Options options;
+    for (const std::string& argument : arguments) {
+        if (argument == "--any-bus" && !options.anyBus) {
+            options.anyBus = true;
+        } else if (const unsigned sectors = clusterOption(argument); sectors != 0 && options.sectorsPerCluster == 0) {
+            options.sectorsPerCluster = sectors;
+        } else if (const char letter = driveLetter(argument); letter != 0 && options.letter == 0) {
+            options.letter = letter;
+        } else {
+            return std::nullopt;
+        }
+    }
+    if (options.letter == 0 || options.sectorsPerCluster == 0) return std::nullopt;
+    return options;
+}
+
+} // namespace fat32format
