@@ -1,6 +1,7 @@
 #include "drive/cDrive.h"
 
 #include "app/frmMain.h"
+#include "drive/drive_name.h"
 #include "drive/stick_icons.h"
 #include "platform/basINI.h"
 #include "platform/cTray.h"
@@ -9,6 +10,7 @@
 #include "widgets/frmAuswahl.h"
 
 #include <array>
+#include <cstdint>
 #include <vector>
 
 namespace {
@@ -38,16 +40,9 @@ std::string driveStrings() {
     return buffer.substr(0, length);
 }
 
-char upper(char c) {
-    return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
-}
-
-/// Letter and colon of a drive root, in upper case.
-std::string driveName(const std::string& root) {
-    std::string name = root.substr(0, 2);
-    for (char& c : name) c = upper(c);
-    return name;
-}
+/// Every section is searched for from the beginning of its file. A file that is all sections, as no program writes it,
+/// must not keep the window waiting: this many bytes are searched at the most, and one section always.
+constexpr std::uint64_t longestSearch = 256ULL * 1024 * 1024;
 
 } // namespace
 
@@ -62,7 +57,7 @@ void cDrive::mp_GetDriveTyps() {
     p_Del_DriveLetters();
     for (const std::string& root : roots) {
         if (platform::driveType(root) != platform::DriveRemovable) continue;
-        const std::string drive = driveName(root);
+        const std::string drive = drive::driveName(root);
         if (drive == "A:") continue;
         mp_GetDiskSpace(drive + "\\");
         if (TotalSpace() <= 0) continue;
@@ -91,7 +86,13 @@ void cDrive::mp_EvaluateSticks() {
 /// All sections gather in one list; of its pairs every second one is copied. This is intended.
 void cDrive::readProfile(const std::string& file) {
     basINI::IniReset();
-    for (const std::string& section : basINI::IniGetSectionNames(file)) basINI::IniReadSection(file, section);
+    const std::uint64_t length = platform::fileLength(file).value_or(0);
+    std::uint64_t searched = 0;
+    for (const std::string& section : basINI::IniGetSectionNames(file)) {
+        basINI::IniReadSection(file, section);
+        searched += length;
+        if (searched > longestSearch) break;
+    }
     for (std::int32_t j = 0; j <= basINI::IniCount() - 1; j += 2) {
         p_SetUSBInfos(basINI::IniGetKey(std::to_string(j)));
         p_SetUSBInfos(basINI::IniGetValue(std::to_string(j)));

@@ -6,6 +6,7 @@
 #include "format/admin_check.h"
 #include "format/process_runner.h"
 #include "toolkit/message_box.h"
+#include "toolkit/scoped_flag.h"
 
 using app::joinLines;
 using namespace std::chrono_literals;
@@ -16,13 +17,14 @@ constexpr const char* firstStep = "Schritt 1:";
 constexpr const char* secondStep = "Schritt 2:";
 constexpr const char* thirdStep = "Schritt 3:";
 
-constexpr const char* firstInstructions =
-    "Vergewisseren Sie sich dass die USB-Platte NICHT am PC angeschlossen ist und drücken Sie dann auf WEITER.";
+constexpr const char* firstInstructions = "Vergewisseren Sie sich dass die USB-Platte NICHT am PC "
+                                          "angeschlossen ist und drücken Sie dann auf WEITER.";
 
 std::string secondInstructions() {
-    return joinLines({"Schließen Sie jetzt die USB-Festplatte an.", "",
-                      "Falls die Festplatte nicht gefunden wird, schließen Sie die Platte nochmal ab und gehen einen "
-                      "Schritt ZURÜCK."});
+    return joinLines(
+        {"Schließen Sie jetzt die USB-Festplatte an.", "",
+         "Falls die Festplatte nicht gefunden wird, schließen Sie die Platte nochmal ab und gehen einen "
+         "Schritt ZURÜCK."});
 }
 
 std::string thirdInstructions(const std::string& drive) {
@@ -45,22 +47,11 @@ std::string question(const std::string& drive) {
                       "Für Datenverlust wird keine Haftung übernommen.", "", "Formatieren mit OK ?"});
 }
 
-/// Sets a flag as long as it lives.
-class Flag {
-public:
-    explicit Flag(bool& flag) : flag_(flag) { flag_ = true; }
-    Flag(const Flag&) = delete;
-    Flag& operator=(const Flag&) = delete;
-    ~Flag() { flag_ = false; }
-
-private:
-    bool& flag_;
-};
-
 } // namespace
 
 Form1::Form1(frmMain& owner) : Form("Form1"), Timer1("Timer1", 4000ms, true), owner_(owner) {
-    for (Control* control : std::initializer_list<Control*>{&Label1, &Label2, &Label3, &Command1, &Command2, &Timer1})
+    for (Control* control :
+         std::initializer_list<Control*>{&Label1, &Label2, &Label3, &Command1, &Command2, &Timer1})
         add(*control);
     onLoad = [this] { Form_Load(); };
     onUnload = [this] { closed_ = true; };
@@ -128,18 +119,19 @@ bool Form1::confirmFormat() {
     return answer == toolkit::Ok && loaded();
 }
 
-/// Events go on while the formatter runs. WEITER then starts no second one, which would write to the same disk, and
-/// closing the assistant ends the formatter, also when it has been opened anew since.
+/// Events go on while the formatter runs. WEITER then starts no second one, which would write to the same
+/// disk, and closing the assistant ends the formatter, also when it has been opened anew since.
 void Form1::formatDrive() {
     std::string output;
     closed_ = false;
     {
-        const Flag running(formatting_);
+        const toolkit::ScopedFlag running(formatting_);
         output = Module1::runConsoleProgram(app::programPath() + "fat32format.exe -c64 " + drive_,
                                             [this] { return !closed_; });
     }
     const bool done = output.find("Done") != std::string::npos;
-    toolkit::messageBox(done ? "Formatierung abgeschlossen." : "Formatierung fehlgeschlagen.", toolkit::OkOnly);
+    toolkit::messageBox(done ? "Formatierung abgeschlossen." : "Formatierung fehlgeschlagen.",
+                        toolkit::OkOnly);
     endAssistant();
 }
 

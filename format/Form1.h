@@ -11,8 +11,8 @@
 
 class frmMain;
 
-/// The assistant that formats a USB hard disk in three steps: without the disk, with it, and doing it. It recognises
-/// the disk as the fixed drive that has come in between.
+/// The assistant that formats a USB hard disk in three steps: without the disk, with it, and doing it. It
+/// recognises the disk as the fixed drive that has come in between.
 class Form1 : public toolkit::Form {
 public:
     /// The main window, which the assistant shows again when it ends, must outlive it.

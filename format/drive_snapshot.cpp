@@ -1,5 +1,6 @@
 #include "format/drive_snapshot.h"
 
+#include "drive/drive_name.h"
 #include "platform/volumes.h"
 
 #include <algorithm>
@@ -10,20 +11,8 @@ namespace Module1 {
 
 namespace {
 
-char upper(char c) {
-    return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
-}
-
-/// Letter and colon of a drive root, in upper case.
-std::string driveName(std::string_view root) {
-    std::string name(root.substr(0, 2));
-    for (char& c : name)
-        c = upper(c);
-    return name;
-}
-
-/// The fixed drives in the order the system gives them. 16 roots or more do not fit into the buffer, which stays empty
-/// then: there are no drives. This is intended.
+/// The fixed drives in the order the system gives them. 16 roots or more do not fit into the buffer, which
+/// stays empty then: there are no drives. This is intended.
 std::vector<std::string> fixedDrives() {
     std::array<char, 64> buffer = {};
     platform::logicalDriveStrings(buffer);
@@ -31,7 +20,7 @@ std::vector<std::string> fixedDrives() {
     std::vector<std::string> drives;
     while (!roots.empty() && roots.front() != '\0') {
         const std::string_view root = roots.substr(0, roots.find('\0'));
-        if (platform::driveType(root) == platform::DriveFixed) drives.push_back(driveName(root));
+        if (platform::driveType(root) == platform::DriveFixed) drives.push_back(drive::driveName(root));
         roots.remove_prefix(std::min(root.size() + 1, roots.size()));
     }
     return drives;

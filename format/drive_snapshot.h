@@ -12,10 +12,11 @@ public:
     /// Takes note of the fixed drives that there are now.
     void take();
 
-    /// The last fixed drive beyond the number of those noted, as in "E:"; empty when there are no more than then.
+    /// The last fixed drive beyond the number of those noted, as in "E:"; empty when there are no more than
+    /// then.
     ///
-    /// The numbers are compared, not the letters. So when a new disk takes a letter in front of a drive that was there
-    /// before, the result is the last fixed drive, not the new one: this is intended.
+    /// The numbers are compared, not the letters. So when a new disk takes a letter in front of a drive that
+    /// was there before, the result is the last fixed drive, not the new one: this is intended.
     std::string newDrive() const;
 
     /// Number of fixed drives noted.

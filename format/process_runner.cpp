@@ -19,8 +19,8 @@ void appendAvailable(platform::Pipe& pipe, std::uint32_t available, std::string&
         toolkit::messageBox("Reading data from file failed!", toolkit::Exclamation);
 }
 
-/// The program may write and end between the look into the pipe and the look at the program, so an end counts only with
-/// an empty pipe after it.
+/// The program may write and end between the look into the pipe and the look at the program, so an end counts
+/// only with an empty pipe after it.
 bool isOver(platform::Process& process, const platform::Pipe& pipe) {
     if (!process.ended()) return false;
     std::uint32_t available = 0;

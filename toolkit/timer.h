@@ -1,6 +1,7 @@
 #pragma once
 
 #include "toolkit/control.h"
+#include "toolkit/scoped_flag.h"
 
 #include <chrono>
 #include <functional>
@@ -23,23 +24,11 @@ public:
     /// The interval has passed. While the handler lets events run, the ones that come meanwhile are dropped.
     void tick() {
         if (!enabled() || ticking_ || !onTimer) return;
-        const Ticking guard(ticking_);
+        const ScopedFlag guard(ticking_);
         onTimer();
     }
 
 private:
-    /// The end of the program leaves the handler by an exception.
-    class Ticking {
-    public:
-        explicit Ticking(bool& flag) noexcept : flag_(flag) { flag_ = true; }
-        Ticking(const Ticking&) = delete;
-        Ticking& operator=(const Ticking&) = delete;
-        ~Ticking() { flag_ = false; }
-
-    private:
-        bool& flag_;
-    };
-
     std::chrono::milliseconds interval_;
     bool ticking_ = false;
 };

@@ -35,7 +35,8 @@ std::optional<Options> parseArguments(std::span<const std::string> arguments) {
     for (const std::string& argument : arguments) {
         if (argument == "--any-bus" && !options.anyBus) {
             options.anyBus = true;
-        } else if (const unsigned sectors = clusterOption(argument); sectors != 0 && options.sectorsPerCluster == 0) {
+        } else if (const unsigned sectors = clusterOption(argument);
+                   sectors != 0 && options.sectorsPerCluster == 0) {
             options.sectorsPerCluster = sectors;
         } else if (const char letter = driveLetter(argument); letter != 0 && options.letter == 0) {
             options.letter = letter;

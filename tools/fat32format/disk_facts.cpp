@@ -37,6 +37,11 @@ std::uint64_t readNumber(const fs::path& file) {
     return text ? number : 0;
 }
 
+bool isThere(const fs::path& file) {
+    std::error_code error;
+    return fs::exists(file, error);
+}
+
 std::string numberText(unsigned major, unsigned minor) {
     return std::to_string(major) + ':' + std::to_string(minor);
 }
@@ -59,7 +64,7 @@ std::vector<fs::path> partitionsOf(const fs::path& disk) {
     std::vector<fs::path> partitions;
     std::error_code error;
     for (const fs::directory_entry& entry : fs::directory_iterator(disk, error)) {
-        if (fs::exists(entry.path() / "partition", error)) partitions.push_back(entry.path());
+        if (isThere(entry.path() / "partition")) partitions.push_back(entry.path());
     }
     return partitions;
 }
@@ -80,15 +85,16 @@ bool isUsbHost(const std::string& name) {
 }
 
 bool hangsOnUsb(const fs::path& disk) {
-    return std::any_of(disk.begin(), disk.end(), [](const fs::path& part) { return isUsbHost(part.string()); });
+    return std::any_of(disk.begin(), disk.end(),
+                       [](const fs::path& part) { return isUsbHost(part.string()); });
 }
 
-/// Of the device itself, else of the USB device that it hangs on. Beyond that one there are only hubs, which have
-/// serial numbers of their own.
+/// Of the device itself, else of the USB device that it hangs on. Beyond that one there are only hubs, which
+/// have serial numbers of their own.
 std::string serialOf(const fs::path& disk) {
     if (std::string serial = readLine(disk / "device/serial"); !serial.empty()) return serial;
     for (fs::path folder = disk; folder.has_relative_path(); folder = folder.parent_path())
-        if (fs::exists(folder / "idVendor")) return readLine(folder / "serial");
+        if (isThere(folder / "idVendor")) return readLine(folder / "serial");
     return {};
 }
 
@@ -125,15 +131,17 @@ std::string unescaped(const std::string& text) {
     std::string result;
     for (std::size_t i = 0; i < text.size(); ++i) {
         const bool escaped = text[i] == '\\' && i + 3 < text.size() && std::isdigit(text[i + 1]) != 0;
-        if (escaped) result += static_cast<char>(std::stoi(text.substr(i + 1, 3), nullptr, 8));
-        else result += text[i];
+        if (escaped)
+            result += static_cast<char>(std::stoi(text.substr(i + 1, 3), nullptr, 8));
+        else
+            result += text[i];
         if (escaped) i += 3;
     }
     return result;
 }
 
-/// Where something of the devices is mounted, in the order of mounting. File systems with device numbers of their own
-/// (btrfs, those in user space) are known by the device they name as their source.
+/// Where something of the devices is mounted, in the order of mounting. File systems with device numbers of
+/// their own (btrfs, those in user space) are known by the device they name as their source.
 /// https://www.kernel.org/doc/html/latest/filesystems/proc.html, 3.5
 std::vector<std::string> mountsOf(const FactFolders& folders, const Names& names) {
     std::vector<std::string> places;
@@ -144,11 +152,13 @@ std::vector<std::string> mountsOf(const FactFolders& folders, const Names& names
         std::string number;
         std::string place;
         fields >> skipped >> skipped >> number >> skipped >> place;
-        while (fields >> skipped && skipped != "-") {}
+        while (fields >> skipped && skipped != "-") {
+        }
         std::string type;
         std::string source;
         fields >> type >> source;
-        if (names.numbers.contains(number) || names.hasNode(unescaped(source))) places.push_back(unescaped(place));
+        if (names.numbers.contains(number) || names.hasNode(unescaped(source)))
+            places.push_back(unescaped(place));
     }
     return places;
 }
@@ -191,7 +201,7 @@ std::optional<Volume> readFacts(const FactFolders& folders, unsigned major, unsi
     const auto folder = folderOf(folders, numberText(major, minor));
     if (!folder) return std::nullopt;
     Volume volume;
-    volume.isPartition = fs::exists(*folder / "partition");
+    volume.isPartition = isThere(*folder / "partition");
     const fs::path disk = volume.isPartition ? folder->parent_path() : *folder;
     volume.node = nodeOf(*folder);
     volume.stableNode = volume.node;

@@ -17,7 +17,8 @@ struct FactFolders {
     std::filesystem::path udev = "/run/udev/data";
 };
 
-/// Everything of a volume but its stable name, from its device number; no value when the kernel does not know it.
+/// Everything of a volume but its stable name, from its device number; no value when the kernel does not know
+/// it.
 std::optional<Volume> readFacts(const FactFolders& folders, unsigned major, unsigned minor);
 
 /// Bytes that have been written to a device, "/dev/sdb1", since the system started; 0 when that is not known.

@@ -9,8 +9,8 @@ namespace fat32format {
 
 namespace {
 
-constexpr std::uint64_t sectorOfOption = 512; // the unit of -cN
-constexpr std::uint64_t alignment = 1024 * 1024;
+constexpr std::uint64_t sectorOfOption = 512;  // the unit of -cN
+constexpr std::uint64_t alignment = 1'048'576; // of a partition, in bytes
 constexpr std::uint64_t largestCountOfTable = std::numeric_limits<std::uint32_t>::max();
 constexpr int pkexecDismissed = 126;
 constexpr int pkexecRefused = 127;
@@ -52,9 +52,10 @@ private:
     }
 
     [[noreturn]] void refuseSystem() {
-        throw Refusal{Status::SystemVolume, "The system uses the disk of drive " + drive_ +
-                                                ". What is mounted outside of /media, /run/media and /mnt, swap space, "
-                                                "and volume groups and encrypted volumes in use are not touched."};
+        throw Refusal{Status::SystemVolume,
+                      "The system uses the disk of drive " + drive_ +
+                          ". What is mounted outside of /media, /run/media and /mnt, swap space, "
+                          "and volume groups and encrypted volumes in use are not touched."};
     }
 
     void check(const Volume& volume) {
@@ -62,9 +63,11 @@ private:
         if (!volume.onUsb && !options_.anyBus)
             throw Refusal{Status::NotOnUsb, "The disk of drive " + drive_ +
                                                 " is not connected by USB. The option --any-bus allows it."};
-        if (volume.readOnly) throw Refusal{Status::WriteProtected, "Drive " + drive_ + " is write-protected."};
+        if (volume.readOnly)
+            throw Refusal{Status::WriteProtected, "Drive " + drive_ + " is write-protected."};
         if (!volume.isPartition && volume.diskHasPartitions)
-            throw Refusal{Status::HasPartitions, "Drive " + drive_ + " means a whole disk, which has partitions."};
+            throw Refusal{Status::HasPartitions,
+                          "Drive " + drive_ + " means a whole disk, which has partitions."};
     }
 
     void findTools(const Volume& volume) {
@@ -73,21 +76,27 @@ private:
         if (system_.isRoot()) return;
         const auto pkexec = system_.findTool("pkexec");
         if (!pkexec)
-            throw Refusal{Status::NotAuthorised, "Only root may write to the disk, and pkexec is not installed."};
+            throw Refusal{Status::NotAuthorised,
+                          "Only root may write to the disk, and pkexec is not installed."};
         authorisation_ = {*pkexec, "--disable-internal-agent"};
     }
 
     std::string tool(const std::string& name, const std::string& package) {
         const auto path = system_.findTool(name);
         if (!path)
-            throw Refusal{Status::MissingTool, name + " is not installed; the package is called " + package + "."};
+            throw Refusal{Status::MissingTool,
+                          name + " is not installed; the package is called " + package + "."};
         return *path;
     }
 
     void describe(const Volume& volume) {
-        const auto orUnknown = [](const std::string& text) { return text.empty() ? "unknown" : printable(text); };
-        const std::string what = volume.isPartition ? "partition " + volume.node : "the whole of " + volume.node;
-        std::string text = "Drive " + drive_ + " is " + what + ", " + sizeText(volume.bytes) + ", of this disk:\n";
+        const auto orUnknown = [](const std::string& text) {
+            return text.empty() ? "unknown" : printable(text);
+        };
+        const std::string what =
+            volume.isPartition ? "partition " + volume.node : "the whole of " + volume.node;
+        std::string text =
+            "Drive " + drive_ + " is " + what + ", " + sizeText(volume.bytes) + ", of this disk:\n";
         text += "  Model:  " + orUnknown(volume.model) + '\n';
         text += "  Serial: " + orUnknown(volume.serial) + '\n';
         text += "  Size:   " + sizeText(volume.diskBytes) + '\n';
@@ -105,7 +114,7 @@ private:
     }
 
     Volume findAgain(const Volume& before) {
-        const Volume now = find();
+        Volume now = find();
         if (!now.isSameAs(before))
             throw Refusal{Status::DiskChanged, "Drive " + drive_ + " is another disk by now."};
         check(now);
@@ -114,17 +123,18 @@ private:
 
     void unmount(const Volume& volume) {
         // The latest mount first: one may lie on top of another.
-        for (auto place = volume.mounts.rbegin(); place != volume.mounts.rend(); ++place) {
-            system_.print("Unmounting " + printable(*place) + "...\n");
-            if (!system_.unmount(*place))
-                throw Refusal{Status::InUse, "Some program uses files in " + *place + "."};
+        const std::vector<std::string> places(volume.mounts.rbegin(), volume.mounts.rend());
+        for (const std::string& place : places) {
+            system_.print("Unmounting " + printable(place) + "...\n");
+            if (!system_.unmount(place))
+                throw Refusal{Status::InUse, "Some program uses files in " + place + "."};
         }
         if (!findAgain(volume).mounts.empty())
             throw Refusal{Status::InUse, "Drive " + drive_ + " has been mounted again."};
     }
 
-    /// One partition of type FAT32 from the first mebibyte to the end of the disk, or to the end of what the table can
-    /// tell. Returns the disk itself when the kernel does not take notice of the partition.
+    /// One partition of type FAT32 from the first mebibyte to the end of the disk, or to the end of what the
+    /// table can tell. Returns the disk itself when the kernel does not take notice of the partition.
     Volume partition(const Volume& disk) {
         system_.print("Writing a partition table...\n");
         const std::uint64_t start = alignment / disk.sectorSize;
@@ -133,8 +143,9 @@ private:
         const std::uint64_t size = std::min(sectors - start, largestCountOfTable);
         const std::string table =
             "label: dos\nstart=" + std::to_string(start) + ", size=" + std::to_string(size) + ", type=c\n";
-        runTool({partitionTool_, "--quiet", "--wipe", "always", "--wipe-partitions", "always", disk.stableNode}, table,
-                [] {});
+        runTool(
+            {partitionTool_, "--quiet", "--wipe", "always", "--wipe-partitions", "always", disk.stableNode},
+            table, [] {});
         if (const auto found = system_.firstPartitionOf(disk)) return *found;
         Volume inside = disk;
         inside.bytes = size * disk.sectorSize;
@@ -147,8 +158,8 @@ private:
         const std::uint64_t perCluster = std::max<std::uint64_t>(1, clusterBytes / volume.sectorSize);
         system_.print("Formatting with FAT32, " + std::to_string(perCluster * volume.sectorSize) +
                       " bytes a cluster...\n");
-        std::vector<std::string> command = {makeTool_, "-F",  "32", "-s", std::to_string(perCluster), "-S",
-                                            std::to_string(volume.sectorSize)};
+        std::vector<std::string> command = {
+            makeTool_, "-F", "32", "-s", std::to_string(perCluster), "-S", std::to_string(volume.sectorSize)};
         if (!volume.isPartition) {
             const std::string start = std::to_string(alignment / volume.sectorSize);
             command.insert(command.end(), {"--offset=" + start, "-h", start});
@@ -166,7 +177,8 @@ private:
         constexpr std::uint64_t step = 10;
         const std::uint64_t now = system_.bytesWritten(volume);
         if (now < written_) return;
-        const std::uint64_t percent = std::min<std::uint64_t>((now - written_) * 100 / expected_, 99) / step * step;
+        const std::uint64_t percent =
+            std::min<std::uint64_t>((now - written_) * 100 / expected_, 99) / step * step;
         if (percent <= percent_) return;
         percent_ = percent;
         system_.print(std::to_string(percent) + " percent completed.\n");
@@ -198,8 +210,8 @@ private:
 
 bool Volume::isSameAs(const Volume& other) const {
     return node == other.node && deviceNumber == other.deviceNumber && diskSequence == other.diskSequence &&
-           model == other.model && serial == other.serial && diskBytes == other.diskBytes && bytes == other.bytes &&
-           isPartition == other.isPartition;
+           model == other.model && serial == other.serial && diskBytes == other.diskBytes &&
+           bytes == other.bytes && isPartition == other.isPartition;
 }
 
 Status format(System& system, const Options& options) {

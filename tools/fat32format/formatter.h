@@ -25,12 +25,12 @@ enum class Status : int {
     DiskChanged = 13,
 };
 
-/// Formats the drive with FAT32 after the user has agreed. The last line it prints is "Done" when, and only when, all
-/// of it has worked; it prints that word nowhere else.
+/// Formats the drive with FAT32 after the user has agreed. The last line it prints is "Done" when, and only
+/// when, all of it has worked; it prints that word nowhere else.
 Status format(System& system, const Options& options);
 
-/// A text of a device or of another program, fit to be shown: one line of characters that can be printed, without the
-/// word that stands for success.
+/// A text of a device or of another program, fit to be shown: one line of characters that can be printed,
+/// without the word that stands for success.
 std::string printable(std::string text);
 
 /// How much mkfs.fat writes to a volume: both tables, and little more.

@@ -38,8 +38,8 @@ std::optional<dev_t> deviceNumber(const std::string& node) {
     return info.st_rdev;
 }
 
-/// The name that udev gives a device by the number of its disk, which no other disk ever gets; the device's own name
-/// where udev does not.
+/// The name that udev gives a device by the number of its disk, which no other disk ever gets; the device's
+/// own name where udev does not.
 std::string stableNode(const Volume& volume) {
     std::string link = "/dev/disk/by-diskseq/" + std::to_string(volume.diskSequence);
     if (volume.isPartition) {
@@ -100,7 +100,9 @@ std::optional<std::string> LinuxSystem::findTool(const std::string& name) {
     for (std::size_t end = folders.find(':'); end != std::string::npos; end = folders.find(':')) {
         const std::string file = folders.substr(0, end) + '/' + name;
         folders.erase(0, end + 1);
-        if (file.starts_with('/') && fs::is_regular_file(file) && access(file.c_str(), X_OK) == 0) return file;
+        std::error_code error; // the folder of another user tells nothing
+        if (!file.starts_with('/') || !fs::is_regular_file(file, error)) continue;
+        if (access(file.c_str(), X_OK) == 0) return file;
     }
     return std::nullopt;
 }

@@ -33,6 +33,7 @@ Pipe makePipe() {
 /// Process id, or -1. What the program has to say, it says to one place.
 pid_t start(const std::vector<std::string>& command, int input, int output) {
     std::vector<char*> arguments;
+    arguments.reserve(command.size() + 1);
     for (const std::string& argument : command)
         arguments.push_back(const_cast<char*>(argument.c_str())); // the system does not write to it
     arguments.push_back(nullptr);
@@ -78,7 +79,8 @@ CommandResult LinuxSystem::run(const std::vector<std::string>& command, const st
     const pid_t process = start(command, to.read.get(), from.write.get());
     from.write.close();
     if (process < 0) return {};
-    // A few lines, which the pipe takes at once; its read end is still open here, so that nobody meets a broken one.
+    // A few lines, which the pipe takes at once; its read end is still open here, so that nobody meets a
+    // broken one.
     [[maybe_unused]] const ssize_t written = write(to.write.get(), input.data(), input.size());
     to.write.close();
     CommandResult result;
