@@ -14,6 +14,10 @@ namespace {
 constexpr std::size_t sectionBufferSize = 32767;
 constexpr std::size_t namesBufferStep = 256;
 
+/// A list of names that is longer than this is cut, as a section is: each step reads the file anew, and a
+/// stick may hold any number of sections.
+constexpr std::size_t largestNamesBuffer = 128 * namesBufferStep;
+
 platform::KeyedList IniKeys;
 platform::KeyedList IniValues;
 
@@ -85,7 +89,7 @@ std::vector<std::string> IniGetSectionNames(std::string_view file) {
         size += namesBufferStep;
         buffer.assign(size, '\0');
         length = platform::profileSectionNames(buffer, file);
-    } while (length == size - 2);
+    } while (length == size - 2 && size < largestNamesBuffer);
     buffer.resize(length);
     std::vector<std::string> names = splitAtNul(buffer);
     names.emplace_back();

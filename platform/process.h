@@ -8,9 +8,9 @@
 
 namespace platform {
 
-/// An anonymous pipe that carries bytes from a process's standard output to this program. It keeps its write end open
-/// itself, so its end is never seen: what tells that nothing will come any more is the process. Closed, read end first,
-/// when it goes. Windows: `CreatePipe`,
+/// An anonymous pipe that carries bytes from a process's standard output to this program. It keeps its write
+/// end open itself, so its end is never seen: what tells that nothing will come any more is the process.
+/// Closed, read end first, when it goes. Windows: `CreatePipe`,
 /// https://learn.microsoft.com/windows/win32/api/namedpipeapi/nf-namedpipeapi-createpipe
 class Pipe {
 public:
@@ -23,11 +23,12 @@ public:
     bool created() const noexcept { return state_ != nullptr; }
 
     /// Tells how many bytes can be read without waiting. False, with 0, when that cannot be told. Windows:
-    /// `PeekNamedPipe`, https://learn.microsoft.com/windows/win32/api/namedpipeapi/nf-namedpipeapi-peeknamedpipe
+    /// `PeekNamedPipe`,
+    /// https://learn.microsoft.com/windows/win32/api/namedpipeapi/nf-namedpipeapi-peeknamedpipe
     bool peek(std::uint32_t& available) const;
 
-    /// Waits until there is something, stores at most a buffer of it and tells how much that is. False, with 0, when
-    /// reading fails. Windows: `ReadFile`,
+    /// Waits until there is something, stores at most a buffer of it and tells how much that is. False, with
+    /// 0, when reading fails. Windows: `ReadFile`,
     /// https://learn.microsoft.com/windows/win32/api/fileapi/nf-fileapi-readfile
     bool read(std::span<char> buffer, std::uint32_t& count);
 
@@ -37,14 +38,14 @@ private:
     std::unique_ptr<State> state_;
 };
 
-/// A running console program. Its standard output goes into the pipe, which must outlive it; its error output is lost.
-/// A program that is still running when this object goes is ended. Windows: `CreateProcessA`,
+/// A running console program. Its standard output goes into the pipe, which must outlive it; its error output
+/// is lost. A program that is still running when this object goes is ended. Windows: `CreateProcessA`,
 /// https://learn.microsoft.com/windows/win32/api/processthreadsapi/nf-processthreadsapi-createprocessa
 class Process {
 public:
-    /// Starts the program that the command line, UTF-8, begins with; the rest are its arguments, separated by blanks,
-    /// with double quotes around one that holds blanks. The program's own path is absolute and may hold blanks without
-    /// quotes.
+    /// Starts the program that the command line, UTF-8, begins with; the rest are its arguments, separated by
+    /// blanks, with double quotes around one that holds blanks. The program's own path is absolute and may
+    /// hold blanks without quotes.
     Process(std::string_view commandLine, Pipe& output);
     Process(const Process&) = delete;
     Process& operator=(const Process&) = delete;
@@ -53,8 +54,9 @@ public:
     /// False when the program could not be started: there is none, or it cannot be executed.
     bool started() const noexcept { return state_ != nullptr; }
 
-    /// Answers the question that the program asks, or will ask, as if the user had typed it. There is one answer to a
-    /// program. One that never reads is not disturbed by it. Windows: a keystroke, or standard input.
+    /// Answers the question that the program asks, or will ask, as if the user had typed it. There is one
+    /// answer to a program. One that never reads is not disturbed by it. Windows: a keystroke, or standard
+    /// input.
     void answer(std::string_view text);
 
     /// Whether the program has ended; does not wait. Everything it wrote can be read by then. Windows:

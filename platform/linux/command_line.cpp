@@ -44,8 +44,10 @@ void appendArguments(std::string_view text, std::vector<std::string>& arguments)
     for (const char c : text) {
         const bool ends = !inQuotes && blanks.find(c) != std::string_view::npos;
         if (ends && inArgument) arguments.push_back(std::exchange(argument, {}));
-        if (c == '"') inQuotes = !inQuotes;
-        else if (!ends) argument += c;
+        if (c == '"')
+            inQuotes = !inQuotes;
+        else if (!ends)
+            argument += c;
         inArgument = !ends;
     }
     if (inArgument) arguments.push_back(argument);

@@ -33,14 +33,12 @@ public:
     /// No call of the listener follows.
     void stop();
 
-private slots:
-    void objectsChanged(const QDBusMessage& signal);
-    void propertiesChanged(const QDBusMessage& signal);
-    void ownerChanged(const QString& service, const QString& oldOwner, const QString& newOwner);
-
 private:
     using Clock = std::chrono::steady_clock;
 
+    Q_SLOT void objectsChanged(const QDBusMessage& signal);
+    Q_SLOT void propertiesChanged(const QDBusMessage& signal);
+    Q_SLOT void ownerChanged(const QString& service, const QString& oldOwner, const QString& newOwner);
     void fileChanged();
     void checkWithin(std::chrono::milliseconds delay);
     void check();

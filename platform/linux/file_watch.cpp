@@ -3,7 +3,8 @@
 #include <sys/inotify.h>
 #include <unistd.h>
 
-#include <cstddef>
+#include <array>
+#include <cstdint>
 #include <cstring>
 #include <utility>
 
@@ -18,10 +19,10 @@ FileWatch::FileWatch(const std::string& folder, std::string name)
 
 bool FileWatch::takeChange() {
     bool changed = false;
-    alignas(inotify_event) char buffer[4096];
-    for (ssize_t length = 0; (length = read(events_.get(), buffer, sizeof buffer)) > 0;) {
-        const char* const end = buffer + length;
-        for (const char* position = buffer; position < end;) {
+    std::array<char, 4096> buffer{};
+    for (ssize_t length = 0; (length = read(events_.get(), buffer.data(), buffer.size())) > 0;) {
+        const char* const end = buffer.data() + length;
+        for (const char* position = buffer.data(); position < end;) {
             inotify_event event = {};
             std::memcpy(&event, position, sizeof event);
             const char* name = position + sizeof event;

@@ -48,7 +48,8 @@ std::optional<PipeEnds> createPipe() {
     return pipe;
 }
 
-/// The child's standard files and its signals; a process group of its own, so that it can be ended with all it started.
+/// The child's standard files and its signals; a process group of its own, so that it can be ended with all
+/// it started.
 class SpawnPlan {
 public:
     SpawnPlan(int input, int output) {
@@ -77,6 +78,7 @@ public:
     /// Process id, or -1.
     pid_t start(const std::vector<std::string>& command) const {
         std::vector<char*> arguments;
+        arguments.reserve(command.size() + 1);
         for (const std::string& argument : command)
             arguments.push_back(const_cast<char*>(argument.c_str())); // the system does not write to it
         arguments.push_back(nullptr);
@@ -109,7 +111,8 @@ bool endsWithin(pid_t process, std::chrono::milliseconds time) {
 
 /// Waits for a process that has ended or is about to.
 void reap(pid_t process) {
-    while (waitpid(process, nullptr, 0) < 0 && errno == EINTR) {}
+    while (waitpid(process, nullptr, 0) < 0 && errno == EINTR) {
+    }
 }
 
 } // namespace
@@ -160,7 +163,8 @@ struct Process::State {
 
     pid_t id;
     bool reaped = false;
-    PipeEnds input; ///< its read end stays open here, so that no answer meets a broken pipe, and no SIGPIPE comes
+    PipeEnds
+        input; ///< its read end stays open here, so that no answer meets a broken pipe, and no SIGPIPE comes
 };
 
 Process::Process(std::string_view commandLine, Pipe& output) {
@@ -173,7 +177,8 @@ Process::Process(std::string_view commandLine, Pipe& output) {
 
 Process::~Process() = default;
 
-/// A typed line ends with a line end, and the end of the input follows it, so that a second question is not waited for.
+/// A typed line ends with a line end, and the end of the input follows it, so that a second question is not
+/// waited for.
 void Process::answer(std::string_view text) {
     if (!state_ || !state_->input.write) return;
     const std::string line = std::string(text) + '\n';

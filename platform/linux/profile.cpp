@@ -48,7 +48,7 @@ std::uint32_t profileSection(std::string_view section, std::span<char> buffer, s
 
 std::uint32_t profileSectionNames(std::span<char> buffer, std::string_view path) {
     std::string text;
-    return handOut(readProfile(path, text) ? profileNames(text) : std::string(), buffer);
+    return handOut(readProfile(path, text) ? profileNames(text, buffer.size()) : std::string(), buffer);
 }
 
 bool writeProfileString(std::string_view section, std::optional<std::string_view> key,

@@ -131,10 +131,10 @@ std::string profileLines(std::string_view text, std::string_view section) {
     return result;
 }
 
-std::string profileNames(std::string_view text) {
+std::string profileNames(std::string_view text, std::size_t enough) {
     std::string result;
     Lines lines(text);
-    for (Line line; lines.next(line);) {
+    for (Line line; result.size() < enough && lines.next(line);) {
         const auto name = line.sectionName();
         if (name && !name->empty()) result.append(*name).append(1, '\0');
     }

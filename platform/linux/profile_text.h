@@ -18,8 +18,9 @@ namespace platform::posix {
 /// by a NUL.
 std::string profileLines(std::string_view text, std::string_view section);
 
-/// The names of all sections, each closed by a NUL; those that are empty are left out.
-std::string profileNames(std::string_view text);
+/// The names of all sections, each closed by a NUL; those that are empty are left out. The search ends when
+/// the result has reached `enough` characters.
+std::string profileNames(std::string_view text, std::size_t enough = std::string_view::npos);
 
 /// The text with the key set, or, without a value, deleted: the first such line of the section is replaced,
 /// else a line is added behind the last line of the section that is not empty, or a section at the end. All

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <chrono>
 #include <thread>
+#include <utility>
 
 namespace platform::posix {
 
@@ -42,13 +43,15 @@ void UdisksDrives::refresh() {
 }
 
 void UdisksDrives::forgetWhatIsGone() {
-    std::erase_if(mounted_, [this](const auto& entry) {
-        const auto& [object, mounted] = entry;
-        return std::none_of(volumes_.begin(), volumes_.end(), [&](const UdisksVolume& volume) {
-            return volume.object == object && std::find(volume.folders.begin(), volume.folders.end(),
-                                                        mounted.folder) != volume.folders.end();
-        });
-    });
+    std::map<QString, Mounted> stillThere;
+    for (const UdisksVolume& volume : volumes_) {
+        const auto mounted = mounted_.find(volume.object);
+        if (mounted == mounted_.end()) continue;
+        const auto& folders = volume.folders;
+        if (std::find(folders.begin(), folders.end(), mounted->second.folder) != folders.end())
+            stillThere.insert(*mounted);
+    }
+    mounted_ = std::move(stillThere);
 }
 
 UdisksVolume* UdisksDrives::find(char letter) {
@@ -190,7 +193,9 @@ bool UdisksDrives::settle(char letter) {
     }
     const Mounted mounted = mounted_.at(volume->object);
     if (!isStillMounted(*volume) || !syncFolder(mounted.folder)) return false;
-    return !mounted.byProgram || unmount(*volume);
+    // Everything is on the medium by now. Somebody who still looks at the stick keeps it mounted, and loses nothing.
+    if (mounted.byProgram) (void)unmount(*volume);
+    return true;
 }
 
 void UdisksDrives::release() {

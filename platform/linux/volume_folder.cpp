@@ -6,6 +6,7 @@
 #include <sys/statvfs.h>
 #include <unistd.h>
 
+#include <array>
 #include <cstdio>
 #include <filesystem>
 #include <memory>
@@ -68,8 +69,8 @@ std::string mountedFileSystem(const std::string& folder) {
     if (!mounts) return {};
     std::string kind;
     struct mntent entry = {};
-    char text[4096];
-    while (getmntent_r(mounts.get(), &entry, text, sizeof text) != nullptr)
+    std::array<char, 4096> text{};
+    while (getmntent_r(mounts.get(), &entry, text.data(), static_cast<int>(text.size())) != nullptr)
         if (folder == entry.mnt_dir) kind = entry.mnt_type; // a later mount hides an earlier one
     return kind;
 }

@@ -38,7 +38,8 @@ struct Release {
     void operator()(IUnknown* object) const { object->Release(); }
 };
 
-template <class Interface> using ComPointer = std::unique_ptr<Interface, Release>;
+template <class Interface>
+using ComPointer = std::unique_ptr<Interface, Release>;
 
 /// A BSTR, freed when this object goes.
 struct ComText {
@@ -59,12 +60,14 @@ struct ComVariant {
 };
 
 /// No exceptions of the directory service's proxies; every failure is a null pointer here.
-template <class Interface, class Call> ComPointer<Interface> obtained(Call call) {
+template <class Interface, class Call>
+ComPointer<Interface> obtained(Call call) {
     Interface* object = nullptr;
     return ComPointer<Interface>(SUCCEEDED(call(&object)) ? object : nullptr);
 }
 
-template <class Interface> ComPointer<Interface> queried(IUnknown* object, REFIID id) {
+template <class Interface>
+ComPointer<Interface> queried(IUnknown* object, REFIID id) {
     if (object == nullptr) return nullptr;
     return obtained<Interface>(
         [&](Interface** result) { return object->QueryInterface(id, reinterpret_cast<void**>(result)); });
@@ -72,8 +75,8 @@ template <class Interface> ComPointer<Interface> queried(IUnknown* object, REFII
 
 std::wstring wide(std::string_view utf8) {
     std::wstring text(utf8.size(), L'\0');
-    text.resize(static_cast<std::size_t>(MultiByteToWideChar(CP_UTF8, 0, utf8.data(), static_cast<int>(utf8.size()),
-                                                             text.data(), static_cast<int>(text.size()))));
+    text.resize(static_cast<std::size_t>(MultiByteToWideChar(
+        CP_UTF8, 0, utf8.data(), static_cast<int>(utf8.size()), text.data(), static_cast<int>(text.size()))));
     return text;
 }
 

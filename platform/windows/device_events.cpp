@@ -12,10 +12,11 @@ namespace platform {
 
 namespace {
 
-static_assert(std::is_same_v<LRESULT, std::intptr_t> && std::is_same_v<LPARAM, std::intptr_t> &&
-                  std::is_same_v<WPARAM, std::uintptr_t> && sizeof(UINT) == sizeof(std::uint32_t) &&
-                  sizeof(HWND) == sizeof(std::intptr_t),
-              "A WindowProcedure and a WNDPROC are called in the same way; only the handle's type has another name.");
+static_assert(
+    std::is_same_v<LRESULT, std::intptr_t> && std::is_same_v<LPARAM, std::intptr_t> &&
+        std::is_same_v<WPARAM, std::uintptr_t> && sizeof(UINT) == sizeof(std::uint32_t) &&
+        sizeof(HWND) == sizeof(std::intptr_t),
+    "A WindowProcedure and a WNDPROC are called in the same way; only the handle's type has another name.");
 
 /// A window whose procedure has been exchanged.
 struct Hook {
@@ -46,8 +47,9 @@ WindowProcedure portable(LONG_PTR procedure) {
     return reinterpret_cast<WindowProcedure>(procedure);
 }
 
-/// Nothing that a procedure throws may run through the system's own frames, so such a message goes through the
-/// delivery, which catches it. The window's own procedure gets every message, also one that was not delivered.
+/// Nothing that a procedure throws may run through the system's own frames, so such a message goes through
+/// the delivery, which catches it. The window's own procedure gets every message, also one that was not
+/// delivered.
 std::intptr_t deliver(const Hook& hook, std::intptr_t window, std::uint32_t message, std::uintptr_t wParam,
                       std::intptr_t lParam) {
     std::intptr_t result = 0;

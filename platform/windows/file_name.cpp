@@ -30,7 +30,8 @@ std::string upperCase(std::string_view text) {
 /// `NUL` and its like stand for devices whatever the extension.
 /// https://learn.microsoft.com/windows/win32/fileio/naming-a-file#naming-conventions
 bool isDevice(std::string_view name) {
-    static constexpr std::array<std::string_view, 6> devices = {"CON", "PRN", "AUX", "NUL", "CONIN$", "CONOUT$"};
+    static constexpr std::array<std::string_view, 6> devices = {"CON", "PRN",    "AUX",
+                                                                "NUL", "CONIN$", "CONOUT$"};
     static constexpr std::array<std::string_view, 2> ports = {"COM", "LPT"};
     static constexpr std::array<std::string_view, 12> numbers = {"1", "2", "3", "4", "5", "6",
                                                                  "7", "8", "9", "¹", "²", "³"};

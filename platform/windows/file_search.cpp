@@ -54,7 +54,8 @@ struct FileSearch::State {
     bool describe(FoundFile& found) const {
         const std::string name = utf8FromAnsi(entry.cFileName);
         const bool link = (entry.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
-        if (!isDots(name) && (usableName(name) != std::string(entry.cFileName) || (link && isOnDrive))) return false;
+        if (!isDots(name) && (usableName(name) != std::string(entry.cFileName) || (link && isOnDrive)))
+            return false;
         found = {name, entry.dwFileAttributes};
         return true;
     }

@@ -66,14 +66,15 @@ FileResult flushAndClose(UniqueHandle& file) {
     return file.close() ? FileResult::Ok : lastResult();
 }
 
-/// Brings a copy onto its medium, its attributes included. A read-only one gives its attribute up until it is open.
+/// Brings a copy onto its medium, its attributes included. A read-only one gives its attribute up until it is
+/// open.
 FileResult flushCopy(const std::string& path) {
     const DWORD attributes = GetFileAttributesA(path.c_str());
     if (attributes == INVALID_FILE_ATTRIBUTES) return lastResult();
     const bool readOnly = (attributes & FILE_ATTRIBUTE_READONLY) != 0;
     if (readOnly) SetFileAttributesA(path.c_str(), attributes & ~static_cast<DWORD>(FILE_ATTRIBUTE_READONLY));
-    UniqueHandle file(
-        CreateFileA(path.c_str(), GENERIC_READ | GENERIC_WRITE, shareAll, nullptr, OPEN_EXISTING, 0, nullptr));
+    UniqueHandle file(CreateFileA(path.c_str(), GENERIC_READ | GENERIC_WRITE, shareAll, nullptr,
+                                  OPEN_EXISTING, 0, nullptr));
     const FileResult opened = file ? FileResult::Ok : lastResult();
     if (readOnly) SetFileAttributesA(path.c_str(), attributes);
     return opened == FileResult::Ok ? flushAndClose(file) : opened;
@@ -83,13 +84,14 @@ FileResult flushCopy(const std::string& path) {
 bool isSameFile(const Place& a, const Place& b) {
     if (!b.exists()) return false;
     const auto identify = [](const Place& place, BY_HANDLE_FILE_INFORMATION& info) {
-        const UniqueHandle file(
-            CreateFileA(place.native.c_str(), FILE_READ_ATTRIBUTES, shareAll, nullptr, OPEN_EXISTING, 0, nullptr));
+        const UniqueHandle file(CreateFileA(place.native.c_str(), FILE_READ_ATTRIBUTES, shareAll, nullptr,
+                                            OPEN_EXISTING, 0, nullptr));
         return file && GetFileInformationByHandle(file.get(), &info) != FALSE;
     };
     BY_HANDLE_FILE_INFORMATION first{};
     BY_HANDLE_FILE_INFORMATION second{};
-    return identify(a, first) && identify(b, second) && first.dwVolumeSerialNumber == second.dwVolumeSerialNumber &&
+    return identify(a, first) && identify(b, second) &&
+           first.dwVolumeSerialNumber == second.dwVolumeSerialNumber &&
            first.nFileIndexHigh == second.nFileIndexHigh && first.nFileIndexLow == second.nFileIndexLow &&
            first.nFileSizeLow == second.nFileSizeLow && first.nFileSizeHigh == second.nFileSizeHigh;
 }
@@ -112,7 +114,8 @@ std::optional<std::uint64_t> fileLength(std::string_view path) {
     Place place;
     if (locateExistingFile(path, place) != FileResult::Ok) return std::nullopt;
     WIN32_FILE_ATTRIBUTE_DATA data{};
-    if (GetFileAttributesExA(place.native.c_str(), GetFileExInfoStandard, &data) == FALSE) return std::nullopt;
+    if (GetFileAttributesExA(place.native.c_str(), GetFileExInfoStandard, &data) == FALSE)
+        return std::nullopt;
     return (std::uint64_t{data.nFileSizeHigh} << 32U) | data.nFileSizeLow;
 }
 

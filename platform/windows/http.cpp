@@ -58,13 +58,21 @@ bool isRedirect(DWORD status) {
 std::optional<std::string> redirectTarget(HINTERNET request, const std::string& address) {
     std::string location(longestAddress, '\0');
     DWORD size = longestAddress;
-    if (HttpQueryInfoA(request, HTTP_QUERY_LOCATION, location.data(), &size, nullptr) == FALSE) return std::nullopt;
+    if (HttpQueryInfoA(request, HTTP_QUERY_LOCATION, location.data(), &size, nullptr) == FALSE)
+        return std::nullopt;
     std::string target(longestAddress, '\0');
     DWORD length = longestAddress;
-    if (InternetCombineUrlA(address.c_str(), location.c_str(), target.data(), &length, ICU_BROWSER_MODE) == FALSE)
+    if (InternetCombineUrlA(address.c_str(), location.c_str(), target.data(), &length, ICU_BROWSER_MODE) ==
+        FALSE)
         return std::nullopt;
     target.resize(length);
     return posix::httpAddress(target);
+}
+
+/// "Past every cache" means those on the way, too, which the library does not ask for on every system.
+DWORD libraryFlags(std::uint32_t flags) {
+    const DWORD reload = (flags & internetFlagReload) != 0 ? INTERNET_FLAG_PRAGMA_NOCACHE : 0;
+    return flags | reload | INTERNET_FLAG_NO_AUTO_REDIRECT;
 }
 
 } // namespace
@@ -75,8 +83,8 @@ struct InternetSession::State {
 
 InternetSession::InternetSession(std::string_view agent, std::int32_t accessType)
     : state_(std::make_unique<State>()) {
-    state_->handle = Handle(InternetOpenA(windows::nearestAnsi(agent).c_str(), static_cast<DWORD>(accessType), nullptr,
-                                          nullptr, 0));
+    state_->handle = Handle(InternetOpenA(windows::nearestAnsi(agent).c_str(), static_cast<DWORD>(accessType),
+                                          nullptr, nullptr, 0));
 }
 
 InternetSession::~InternetSession() = default;
@@ -86,12 +94,13 @@ struct InternetRequest::State {
     bool ended = false;
 };
 
-/// Redirects are followed here and not by the library, which would follow them to anywhere and any number of them.
+/// Redirects are followed here and not by the library, which would follow them to anywhere and any number of
+/// them.
 InternetRequest::InternetRequest(InternetSession& session, std::string_view url, std::uint32_t flags) {
     std::optional<std::string> address = posix::httpAddress(url);
     for (int redirects = 0; address && redirects <= maxRedirects; ++redirects) {
         Handle handle(InternetOpenUrlA(session.state_->handle.get(), address->c_str(), nullptr, 0,
-                                       flags | INTERNET_FLAG_NO_AUTO_REDIRECT, 0));
+                                       libraryFlags(flags), 0));
         if (!handle) return;
         const bool leadsOn = isRedirect(status(handle.get()));
         const auto target = leadsOn ? redirectTarget(handle.get(), *address) : std::nullopt;

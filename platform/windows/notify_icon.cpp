@@ -16,14 +16,17 @@ namespace {
 
 std::uint32_t field(const NotifyIconRecord& record, std::size_t offset) {
     std::uint32_t value = 0;
-    for (std::size_t i = 0; i < 4; ++i) value |= std::uint32_t{record.at(offset + i)} << (8 * i);
+    for (std::size_t i = 0; i < 4; ++i)
+        value |= std::uint32_t{record.at(offset + i)} << (8 * i);
     return value;
 }
 
 /// A handle has 32 significant bits, which are sign-extended:
 /// https://learn.microsoft.com/windows/win32/winprog64/interprocess-communication
-template <class Handle> Handle handle(const NotifyIconRecord& record, std::size_t offset) {
-    return reinterpret_cast<Handle>(static_cast<std::intptr_t>(static_cast<std::int32_t>(field(record, offset))));
+template <class Handle>
+Handle handle(const NotifyIconRecord& record, std::size_t offset) {
+    return reinterpret_cast<Handle>(
+        static_cast<std::intptr_t>(static_cast<std::int32_t>(field(record, offset))));
 }
 
 /// The record's tip may fill its field without a NUL; the native one may not.

@@ -1,9 +1,9 @@
 // Leads the paths of the program (files.h) to what the ANSI functions may be told.
 //
 // A path begins with a drive (`E:\`, `E:/`, or `E:` alone) or with one of the program's own folders
-// (programFolder(), settingsFolder()); names follow, separated by `\` or `/`. "." and ".." are taken out first; ".."
-// stops at that root. Windows itself would let names leave the folder, mean devices or streams of other files: none of
-// that gets past here. A relative path leads nowhere.
+// (programFolder(), settingsFolder()); names follow, separated by `\` or `/`. "." and ".." are taken out
+// first; ".." stops at that root. Windows itself would let names leave the folder, mean devices or streams of
+// other files: none of that gets past here. A relative path leads nowhere.
 #pragma once
 
 #include "platform/files.h"

@@ -39,8 +39,8 @@ UniqueHandle endingJob() {
     return job;
 }
 
-/// Types a text into the active window if that is one of the process. Any other window would take the keys, too, and
-/// what was meant for the program would be done to something else.
+/// Types a text into the active window if that is one of the process. Any other window would take the keys,
+/// too, and what was meant for the program would be done to something else.
 void typeInto(DWORD process, std::string_view text) {
     const HWND window = GetForegroundWindow();
     DWORD owner = 0;
@@ -77,7 +77,8 @@ Pipe::~Pipe() = default;
 bool Pipe::peek(std::uint32_t& available) const {
     available = 0;
     DWORD count = 0;
-    if (!state_ || PeekNamedPipe(state_->read.get(), nullptr, 0, nullptr, &count, nullptr) == FALSE) return false;
+    if (!state_ || PeekNamedPipe(state_->read.get(), nullptr, 0, nullptr, &count, nullptr) == FALSE)
+        return false;
     available = count;
     return true;
 }
@@ -92,7 +93,7 @@ bool Pipe::read(std::span<char> buffer, std::uint32_t& count) {
 }
 
 struct Process::State {
-    UniqueHandle job; // it goes last, and with it whatever of the program still runs
+    UniqueHandle job;       // it goes last, and with it whatever of the program still runs
     UniqueHandle inputRead; ///< stays open here, so that no answer meets a broken pipe
     UniqueHandle inputWrite;
     UniqueHandle thread;
@@ -118,8 +119,8 @@ struct Process::State {
         start.hStdOutput = output;
         SECURITY_ATTRIBUTES attributes = inheritable();
         PROCESS_INFORMATION started{};
-        if (CreateProcessA(nullptr, command.data(), &attributes, &attributes, TRUE, NORMAL_PRIORITY_CLASS, nullptr,
-                           nullptr, &start, &started) == FALSE) {
+        if (CreateProcessA(nullptr, command.data(), &attributes, &attributes, TRUE, NORMAL_PRIORITY_CLASS,
+                           nullptr, nullptr, &start, &started) == FALSE) {
             return false;
         }
         process = UniqueHandle(started.hProcess);
@@ -141,8 +142,8 @@ Process::Process(std::string_view commandLine, Pipe& output) {
 
 Process::~Process() = default;
 
-/// By keystroke for a program that reads its console, and on standard input, which ends behind the line, for one that
-/// reads that; whichever it is, the other answer is never read.
+/// By keystroke for a program that reads its console, and on standard input, which ends behind the line, for
+/// one that reads that; whichever it is, the other answer is never read.
 void Process::answer(std::string_view text) {
     if (!state_ || !state_->inputWrite) return;
     typeInto(state_->id, text);

@@ -51,8 +51,8 @@ public:
         const std::string folder = profile_.substr(0, profile_.rfind('\\') + 1);
         constexpr int attempts = 100;
         for (int i = 0; i < attempts && !exists_; ++i) {
-            file_ = folder + "~profile-" + std::to_string(GetCurrentProcessId()) + "-" + std::to_string(counter++) +
-                    ".tmp";
+            file_ = folder + "~profile-" + std::to_string(GetCurrentProcessId()) + "-" +
+                    std::to_string(counter++) + ".tmp";
             exists_ = create();
             if (!exists_ && GetLastError() != ERROR_FILE_EXISTS) break;
         }
@@ -66,10 +66,12 @@ public:
     bool exists() const { return exists_; }
     const std::string& file() const { return file_; }
 
-    /// On the medium first, then in the profile's place: a stick that is pulled has either the old or the new file.
+    /// On the medium first, then in the profile's place: a stick that is pulled has either the old or the new
+    /// file.
     bool takePlace() {
         if (!flush()) return false;
-        if (MoveFileExA(file_.c_str(), profile_.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) == FALSE)
+        if (MoveFileExA(file_.c_str(), profile_.c_str(),
+                        MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) == FALSE)
             return false;
         exists_ = false;
         return true;
@@ -77,10 +79,16 @@ public:
 
 private:
     bool create() const {
-        if (replaces_) return CopyFileA(profile_.c_str(), file_.c_str(), TRUE) != FALSE;
-        const UniqueHandle created(CreateFileA(file_.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW,
-                                               FILE_ATTRIBUTE_ARCHIVE, nullptr));
-        return static_cast<bool>(created);
+        if (!replaces_) {
+            const UniqueHandle created(CreateFileA(file_.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW,
+                                                   FILE_ATTRIBUTE_ARCHIVE, nullptr));
+            return static_cast<bool>(created);
+        }
+        if (CopyFileA(profile_.c_str(), file_.c_str(), TRUE) != FALSE) return true;
+        const DWORD error = GetLastError();
+        if (error != ERROR_FILE_EXISTS) DeleteFileA(file_.c_str()); // half of a copy
+        SetLastError(error);
+        return false;
     }
 
     bool flush() const {
@@ -95,6 +103,17 @@ private:
     bool exists_ = false;
 };
 
+/// Whether the medium has room for another copy of the file with that many bytes more: not every system
+/// reports it when the functions run out of it.
+bool hasRoom(const Place& place, std::size_t growth) {
+    ULARGE_INTEGER free{};
+    WIN32_FILE_ATTRIBUTE_DATA data{};
+    const std::string folder = place.native.substr(0, place.native.rfind('\\') + 1);
+    if (GetDiskFreeSpaceExA(folder.c_str(), &free, nullptr, nullptr) == FALSE) return true;
+    if (place.exists()) GetFileAttributesExA(place.native.c_str(), GetFileExInfoStandard, &data);
+    return free.QuadPart >= data.nFileSizeLow + growth;
+}
+
 /// What the functions keep in memory of the file is written, and forgotten.
 void dropCache(const std::string& file) {
     WritePrivateProfileStringA(nullptr, nullptr, nullptr, file.c_str());
@@ -104,8 +123,9 @@ void dropCache(const std::string& file) {
 bool mayWrite(const Place& place) {
     if (!place.exists()) return true;
     if (place.isReadOnly()) return false;
-    const UniqueHandle opened(CreateFileA(place.native.c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE,
-                                          nullptr, OPEN_EXISTING, 0, nullptr));
+    const UniqueHandle opened(CreateFileA(place.native.c_str(), GENERIC_WRITE,
+                                          FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING, 0,
+                                          nullptr));
     return static_cast<bool>(opened);
 }
 
@@ -115,7 +135,8 @@ std::uint32_t profileSection(std::string_view section, std::span<char> buffer, s
     const QuietErrors quiet;
     Place place;
     if (buffer.size() < smallestBuffer || !locateProfile(path, place)) return nothing(buffer);
-    return GetPrivateProfileSectionA(upToNul(section).c_str(), buffer.data(), sizeOf(buffer), place.native.c_str());
+    return GetPrivateProfileSectionA(upToNul(section).c_str(), buffer.data(), sizeOf(buffer),
+                                     place.native.c_str());
 }
 
 std::uint32_t profileSectionNames(std::span<char> buffer, std::string_view path) {
@@ -128,20 +149,24 @@ std::uint32_t profileSectionNames(std::span<char> buffer, std::string_view path)
 bool writeProfileString(std::string_view section, std::optional<std::string_view> key,
                         std::optional<std::string_view> value, std::string_view path) {
     const QuietErrors quiet;
-    if (!fitsInLine(section) || !fitsInLine(key.value_or("")) || !fitsInLine(value.value_or(""))) return false;
+    if (!fitsInLine(section) || !fitsInLine(key.value_or("")) || !fitsInLine(value.value_or("")))
+        return false;
     if (key && isBlank(*key)) return false;
     Place place;
-    if (locate(path, place) != FileResult::Ok || checkIsFile(place) != FileResult::Ok || !mayWrite(place)) return false;
-    if (!value && !place.exists()) return true; // nothing there that could be deleted
+    if (locate(path, place) != FileResult::Ok || checkIsFile(place) != FileResult::Ok || !mayWrite(place))
+        return false;
+    if ((!key || !value) && !place.exists()) return true; // nothing there that could be deleted
 
-    Draft draft(place);
-    if (!draft.exists()) return false;
     const std::string sectionText(section);
     const std::string keyText(key.value_or(""));
     const std::string valueText(value.value_or(""));
-    const bool written = WritePrivateProfileStringA(sectionText.c_str(), key ? keyText.c_str() : nullptr,
-                                                    key && value ? valueText.c_str() : nullptr,
-                                                    draft.file().c_str()) != FALSE;
+    Draft draft(place);
+    constexpr std::size_t signs = 7; // the brackets, the sign between key and value, two line ends
+    if (!draft.exists() || !hasRoom(place, sectionText.size() + keyText.size() + valueText.size() + signs))
+        return false;
+    const bool written =
+        WritePrivateProfileStringA(sectionText.c_str(), key ? keyText.c_str() : nullptr,
+                                   key && value ? valueText.c_str() : nullptr, draft.file().c_str()) != FALSE;
     dropCache(draft.file());
     if (!written || !draft.takePlace()) return false;
     dropCache(place.native);

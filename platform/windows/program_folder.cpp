@@ -29,9 +29,9 @@ std::wstring moduleFile() {
 std::string ansiPath(const std::wstring& path) {
     const auto narrow = [](std::wstring_view text, BOOL& replaced) {
         std::string ansi(longestPath * 2, '\0');
-        const int length = WideCharToMultiByte(CP_ACP, WC_NO_BEST_FIT_CHARS, text.data(),
-                                               static_cast<int>(text.size()), ansi.data(),
-                                               static_cast<int>(ansi.size()), nullptr, &replaced);
+        const int length =
+            WideCharToMultiByte(CP_ACP, WC_NO_BEST_FIT_CHARS, text.data(), static_cast<int>(text.size()),
+                                ansi.data(), static_cast<int>(ansi.size()), nullptr, &replaced);
         ansi.resize(static_cast<std::size_t>(length));
         return ansi;
     };
@@ -60,8 +60,8 @@ bool takesFiles(const std::string& folder) {
 }
 
 bool canBeWritten(const std::string& file) {
-    const UniqueHandle opened(CreateFileA(file.c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
-                                          OPEN_EXISTING, 0, nullptr));
+    const UniqueHandle opened(CreateFileA(file.c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE,
+                                          nullptr, OPEN_EXISTING, 0, nullptr));
     return opened || GetLastError() == ERROR_FILE_NOT_FOUND;
 }
 
@@ -74,7 +74,8 @@ bool takesSettings(const std::string& folder) {
 
 std::string windows::userConfigFolder() {
     std::array<char, MAX_PATH> folder{};
-    const HRESULT result = SHGetFolderPathA(nullptr, CSIDL_APPDATA, nullptr, SHGFP_TYPE_CURRENT, folder.data());
+    const HRESULT result =
+        SHGetFolderPathA(nullptr, CSIDL_APPDATA, nullptr, SHGFP_TYPE_CURRENT, folder.data());
     return result == S_OK ? utf8FromAnsi(folder.data()) + folderName : std::string();
 }
 

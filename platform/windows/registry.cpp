@@ -46,8 +46,8 @@ std::int32_t regCreateKey(RegistryKey key, std::string_view path, std::uint32_t 
                           RegistryKey& opened, RegistryDisposition& disposition) {
     HKEY handle = nullptr;
     DWORD outcome = 0;
-    const LSTATUS status = RegCreateKeyExA(native(key), upToNul(path).c_str(), 0, nullptr, options, rights, nullptr,
-                                           &handle, &outcome);
+    const LSTATUS status = RegCreateKeyExA(native(key), upToNul(path).c_str(), 0, nullptr, options, rights,
+                                           nullptr, &handle, &outcome);
     if (status != ERROR_SUCCESS) return status;
     opened = noted(handle);
     disposition = static_cast<RegistryDisposition>(outcome);
@@ -75,8 +75,8 @@ std::int32_t regDeleteValue(RegistryKey key, std::string_view name) {
 
 std::int32_t regSetValue(RegistryKey key, std::string_view name, std::uint32_t type, std::string_view data) {
     const std::string bytes(data); // the function may look for a NUL behind a text
-    return RegSetValueExA(native(key), upToNul(name).c_str(), 0, type, reinterpret_cast<const BYTE*>(bytes.c_str()),
-                          static_cast<DWORD>(bytes.size()));
+    return RegSetValueExA(native(key), upToNul(name).c_str(), 0, type,
+                          reinterpret_cast<const BYTE*>(bytes.c_str()), static_cast<DWORD>(bytes.size()));
 }
 
 std::int32_t regQueryValue(RegistryKey key, std::string_view name, std::uint32_t& type, char* data,

@@ -36,8 +36,8 @@ int shellExecute(ShellOwner owner, std::string_view verb, std::string_view file,
     const auto target = exactAnsi(file);
     if (!target || target->empty()) return ShellFileNotFound;
     const HINSTANCE code =
-        ShellExecuteA(ownerWindow(owner), nearestAnsi(verb).c_str(), target->c_str(), nearestAnsi(parameters).c_str(),
-                      nearestAnsi(directory).c_str(), showCommand);
+        ShellExecuteA(ownerWindow(owner), nearestAnsi(verb).c_str(), target->c_str(),
+                      nearestAnsi(parameters).c_str(), nearestAnsi(directory).c_str(), showCommand);
     return static_cast<int>(reinterpret_cast<std::intptr_t>(code));
 }
 
@@ -49,8 +49,8 @@ bool startOpenWithChooser(std::string_view commandLine) {
     start.dwFlags = STARTF_USESHOWWINDOW;
     start.wShowWindow = SW_SHOWNORMAL;
     PROCESS_INFORMATION process{};
-    if (CreateProcessA(chooserProgram().c_str(), command->data(), nullptr, nullptr, FALSE, NORMAL_PRIORITY_CLASS,
-                       nullptr, nullptr, &start, &process) == FALSE) {
+    if (CreateProcessA(chooserProgram().c_str(), command->data(), nullptr, nullptr, FALSE,
+                       NORMAL_PRIORITY_CLASS, nullptr, nullptr, &start, &process) == FALSE) {
         return false;
     }
     AllowSetForegroundWindow(process.dwProcessId);

@@ -85,7 +85,8 @@ bool settleVolume(std::string_view root) {
     if (GetFileAttributesA(rootPath.c_str()) == INVALID_FILE_ATTRIBUTES) return false;
     const std::string device = "\\\\.\\" + rootPath.substr(0, 2);
     const UniqueHandle volume(CreateFileA(device.c_str(), GENERIC_READ | GENERIC_WRITE,
-                                          FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING, 0, nullptr));
+                                          FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING, 0,
+                                          nullptr));
     if (!volume || FlushFileBuffers(volume.get()) != FALSE) return true;
     const DWORD error = GetLastError();
     return error == ERROR_ACCESS_DENIED || error == ERROR_INVALID_FUNCTION || error == ERROR_NOT_SUPPORTED;

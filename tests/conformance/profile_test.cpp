@@ -114,8 +114,9 @@ TEST_F(Profile, BlanksInTheBracketsDoNotCountNorDoesTextBehindThem) {
     ini("  [ s ] ; text\r\nk=1\r\n\t[t]x\r\nk=2\r\n");
     EXPECT_EQ(section("s"), "k=1|");
     if (!knownDifference(Differs::Wine, "blanks around the section that is asked for count",
-                         "Wine 8.0, dlls/kernel32/profile.c"))
+                         "Wine 8.0, dlls/kernel32/profile.c")) {
         EXPECT_EQ(section(" s "), "k=1|");
+    }
     EXPECT_EQ(section("t"), "k=2|");
     EXPECT_EQ(names(), "s|t|");
 }
@@ -206,8 +207,9 @@ TEST_F(Profile, ATruncatedAnswerIsTwoShorterThanTheBuffer) {
         EXPECT_EQ(buffer[size - 2], '\0') << size;
         if (!knownDifference(Differs::Wine, "a truncated list of names ends in one NUL",
                              "https://learn.microsoft.com/windows/win32/api/winbase/"
-                             "nf-winbase-getprivateprofilesectionnamesa"))
+                             "nf-winbase-getprivateprofilesectionnamesa")) {
             EXPECT_EQ(buffer[size - 1], '\0') << size;
+        }
     }
 }
 
@@ -262,8 +264,9 @@ TEST_F(Profile, AnEmptyValueAndABlankAreStoredAsNothing) {
 
 TEST_F(Profile, AnExistingKeyIsReplaced) {
     EXPECT_EQ(after("[s]\r\nk = 1\r\n", "s", "k", "2"), "[s]\r\nk=2\r\n");
-    if (!keepsSpelling())
+    if (!keepsSpelling()) {
         EXPECT_EQ(after("[s]\r\n\tK\t=\t1\r\nb=2\r\n", "s", "k", "2"), "[s]\r\nk=2\r\nb=2\r\n");
+    }
     EXPECT_EQ(after("[s]\r\nk=1\r\nk=2\r\n", "s", "k", "3"), "[s]\r\nk=3\r\nk=2\r\n") << "the first of two";
     EXPECT_EQ(after("[s]\r\nk=1\r\n[s]\r\nk=2\r\n", "s", "k", "3"), "[s]\r\nk=3\r\n[s]\r\nk=2\r\n");
     EXPECT_EQ(after("[t]\r\nk=1\r\n[s]\r\nk=2\r\n", "s", "k", "3"), "[t]\r\nk=1\r\n[s]\r\nk=3\r\n");

@@ -2,6 +2,7 @@
 #include "platform/volumes.h"
 
 #include "tests/conformance/environment.h"
+#include "tests/conformance/known_difference.h"
 
 #include <gtest/gtest.h>
 
@@ -22,8 +23,8 @@ constexpr char untouched = '#';
 
 std::uint64_t number(const DiskFreeSpace::Bytes& bytes) {
     std::uint64_t value = 0;
-    for (auto byte = bytes.rbegin(); byte != bytes.rend(); ++byte)
-        value = value * 256 + *byte;
+    for (std::size_t i = 0; i < bytes.size(); ++i)
+        value += std::uint64_t{bytes[i]} << (8 * i);
     return value;
 }
 
@@ -140,9 +141,13 @@ TEST(Volumes, WithoutAMediumTheResultsStayAsTheyWere) {
     EXPECT_EQ(space.total[0], 7);
     std::array<char, 20> label{"label"};
     std::array<char, 20> fileSystem{"file system"};
-    EXPECT_FALSE(volumeInformation("E:\\", label, fileSystem));
-    EXPECT_STREQ(label.data(), "label");
-    EXPECT_STREQ(fileSystem.data(), "file system");
+    if (!conformance::knownDifference(
+            conformance::Differs::Wine, "a drive without a medium has an empty label and \"NTFS\"",
+            "https://learn.microsoft.com/windows/win32/api/fileapi/nf-fileapi-getvolumeinformationa")) {
+        EXPECT_FALSE(volumeInformation("E:\\", label, fileSystem));
+        EXPECT_STREQ(label.data(), "label");
+        EXPECT_STREQ(fileSystem.data(), "file system");
+    }
     EXPECT_FALSE(setVolumeLabel("E:\\", "X"));
     EXPECT_FALSE(settleVolume("E:\\"));
 }

@@ -1,5 +1,5 @@
-// A console program that behaves as its first argument says; for the test of the process service. Line ends would not
-// be the same everywhere, so it writes none.
+// A console program that behaves as its first argument says; for the test of the process service. Line ends
+// would not be the same everywhere, so it writes none.
 
 #include <cstdio>
 #include <cstdlib>

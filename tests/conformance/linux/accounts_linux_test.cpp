@@ -39,8 +39,10 @@ protected:
         if (const char* name = std::getenv("USERNAME")) before_ = name;
     }
     ~UserName() override {
-        if (before_) setenv("USERNAME", before_->c_str(), 1);
-        else unsetenv("USERNAME");
+        if (before_)
+            setenv("USERNAME", before_->c_str(), 1);
+        else
+            unsetenv("USERNAME");
     }
 
 private:

@@ -8,9 +8,8 @@
 
 #include <gtest/gtest.h>
 
-#include <QTimer>
+#include <QDeadlineTimer>
 
-#include <array>
 #include <fstream>
 #include <optional>
 #include <string>
@@ -42,9 +41,9 @@ std::intptr_t procedure(std::intptr_t to, std::uint32_t message, std::uintptr_t 
 }
 
 std::string roots() {
-    std::array<char, 200> buffer{};
-    std::string text(buffer.data(), logicalDriveStrings(buffer));
-    return std::string(buffer.data(), text.size());
+    std::string buffer(200, '\0');
+    buffer.resize(logicalDriveStrings(buffer));
+    return buffer;
 }
 
 bool isThere(char letter) {
@@ -60,19 +59,21 @@ protected:
         mock.add(drivePath("disk"), drive("DISK"));
         firstProcedure = setWindowProcedure(window, procedure);
     }
+
+public:
     ~DeviceEvents() override {
         setWindowProcedure(window, firstProcedure);
         setDeviceEventDelivery({});
     }
 
+protected:
     static bool waitForMessages(std::size_t count) {
         return waitFor([count] { return received.size() >= count; });
     }
     /// Handles events for a while in which nothing should happen.
     static void idle(int milliseconds = quietTime) {
-        bool over = false;
-        QTimer::singleShot(milliseconds, [&over] { over = true; });
-        waitFor([&over] { return over; });
+        const QDeadlineTimer end(milliseconds);
+        waitFor([&end] { return end.hasExpired(); });
     }
 
     UdisksMock mock;

@@ -39,8 +39,11 @@ std::string letters(std::string_view contents) {
 class DrivesIni : public testing::Test {
 protected:
     DrivesIni() { fs::create_directory(stick); }
+
+public:
     ~DrivesIni() override { fs::remove(file); }
 
+protected:
     void write(const std::string& contents) const { std::ofstream(file, std::ios::binary) << contents; }
     /// A table of one drive, `E:`, in the test's folder, with further keys.
     void writeDrive(const std::string& keys) const {
@@ -52,8 +55,8 @@ protected:
     }
     static std::uint64_t number(const DiskFreeSpace::Bytes& bytes) {
         std::uint64_t value = 0;
-        for (auto byte = bytes.rbegin(); byte != bytes.rend(); ++byte)
-            value = value * 256 + *byte;
+        for (std::size_t i = 0; i < bytes.size(); ++i)
+            value += std::uint64_t{bytes[i]} << (8 * i);
         return value;
     }
 

@@ -9,6 +9,7 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <memory>
 
 namespace conformance {
@@ -19,7 +20,7 @@ class EventWorld : public testing::Environment {
 public:
     void SetUp() override {
         bus_ = std::make_unique<PrivateBus>();
-        application_ = std::make_unique<QCoreApplication>(argumentCount_, arguments_);
+        application_ = std::make_unique<QCoreApplication>(argumentCount_, arguments_.data());
     }
     void TearDown() override {
         application_.reset();
@@ -27,8 +28,8 @@ public:
     }
 
 private:
-    char name_[5] = "test";
-    char* arguments_[2] = {name_, nullptr};
+    std::array<char, 5> name_{"test"};
+    std::array<char*, 2> arguments_ = {name_.data(), nullptr};
     int argumentCount_ = 1;
     std::unique_ptr<PrivateBus> bus_;
     std::unique_ptr<QCoreApplication> application_;

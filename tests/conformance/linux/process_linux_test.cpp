@@ -34,7 +34,8 @@ bool hasChildren() {
 /// A shell script beside the test's program.
 class Script {
 public:
-    Script(const std::string& name, const std::string& text) : path_(fs::path(platform::programFolder()) / name) {
+    Script(const std::string& name, const std::string& text)
+        : path_(fs::path(platform::programFolder()) / name) {
         std::ofstream(path_) << "#!/bin/sh\n" << text << '\n';
         fs::permissions(path_, fs::perms::owner_all);
     }

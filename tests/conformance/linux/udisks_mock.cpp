@@ -172,7 +172,7 @@ QDBusMessage UdisksMock::answer(const QDBusMessage& message) {
     auto failing = failures_.find(method);
     if (method == "GetManagedObjects") return list(message);
     calls_ << method + " " + object;
-    const QVariantMap options = qdbus_cast<QVariantMap>(message.arguments().last());
+    const auto options = qdbus_cast<QVariantMap>(message.arguments().last());
     quiet_ = quiet_ && options.value("auth.no_user_interaction").toBool();
     if (failing != failures_.end() && failing->second.second > 0) {
         --failing->second.second;

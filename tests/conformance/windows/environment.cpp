@@ -67,14 +67,15 @@ void undefineAll() {
         if (GetDriveTypeA(rootOf(letter).c_str()) != DRIVE_NO_ROOT_DIR) undefine(letter);
 }
 
+/// A new folder; Wine gives process numbers again, so one that was broken off may have left one of that name.
 fs::path newFolder() {
     static int counter = 0;
-    const std::string name =
-        "conformance-" + std::to_string(GetCurrentProcessId()) + "-" + std::to_string(counter++);
-    const fs::path folder = fs::temp_directory_path() / name;
-    fs::remove_all(folder);
-    fs::create_directories(folder);
-    return folder;
+    for (;;) {
+        const std::string name =
+            "conformance-" + std::to_string(GetCurrentProcessId()) + "-" + std::to_string(counter++);
+        fs::path folder = fs::temp_directory_path() / name;
+        if (fs::create_directory(folder)) return folder;
+    }
 }
 
 } // namespace
