@@ -93,6 +93,7 @@ void cDrive::readProfile(const std::string& file) {
         searched += length;
         if (searched > longestSearch) break;
     }
+    profileValue_ = basINI::IniGetValue("0");
     for (std::int32_t j = 0; j <= basINI::IniCount() - 1; j += 2) {
         p_SetUSBInfos(basINI::IniGetKey(std::to_string(j)));
         p_SetUSBInfos(basINI::IniGetValue(std::to_string(j)));

@@ -76,6 +76,7 @@ private:
     platform::KeyedList driveLetters_;
     platform::KeyedList usbInfos_;
     std::string standardPath_;
+    std::string profileValue_; ///< first value of the last profile file that an evaluation read
     std::string fileSystem_;
     double totalSpace_ = 0;
     double totalFreeSpace_ = 0;

@@ -4,7 +4,6 @@
 #include "app/program_path.h"
 #include "drive/cDrive.h"
 #include "drive/stick_icons.h"
-#include "platform/basINI.h"
 #include "platform/cTray.h"
 #include "toolkit/picture.h"
 
@@ -34,7 +33,7 @@ void cDrive::SetUSB_Info() {
 /// this pass. This is intended.
 void cDrive::showStandardPath(const std::string& root) {
     if (!mp_PathExists(root + "USB.ini")) return;
-    std::string path = basINI::IniGetValue("0");
+    std::string path = profileValue_;
     if (path.starts_with('\\')) path.erase(0, 1);
     mp_StandardPfad(path);
     program_.MainWindow->txtOpenPath.setText(path);

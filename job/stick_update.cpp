@@ -70,9 +70,11 @@ void transfer(frmMain& window, const std::string& root, const std::string& file,
 }
 
 void copyToStick(const std::string& root, const std::string& file) {
+    const std::string source = app::programPath() + file;
     const std::string target = root + file;
-    const platform::FileResult result = platform::copyFile(app::programPath() + file, target);
-    if (result != platform::FileResult::Ok) throw RuntimeError(static_cast<ErrorNumber>(result), target);
+    const platform::FileResult result = platform::copyFile(source, target);
+    if (result != platform::FileResult::Ok)
+        throw RuntimeError(static_cast<ErrorNumber>(result), online::FileExists(source) ? target : source);
 }
 
 /// From here on the stick may be pulled.

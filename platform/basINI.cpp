@@ -14,9 +14,8 @@ namespace {
 constexpr std::size_t sectionBufferSize = 32767;
 constexpr std::size_t namesBufferStep = 256;
 
-/// A list of names that is longer than this is cut, as a section is: each step reads the file anew, and a
-/// stick may hold any number of sections.
-constexpr std::size_t largestNamesBuffer = 128 * namesBufferStep;
+/// From here on the buffer doubles: each step reads the file anew, and a stick may hold any number of sections.
+constexpr std::size_t largestStep = 128 * namesBufferStep;
 
 platform::KeyedList IniKeys;
 platform::KeyedList IniValues;
@@ -86,10 +85,10 @@ std::vector<std::string> IniGetSectionNames(std::string_view file) {
     // A result two short of the buffer is the sign of a buffer that was too small (or, rarely, an exact fit: then one
     // more turn tells).
     do {
-        size += namesBufferStep;
+        size += size < largestStep ? namesBufferStep : size;
         buffer.assign(size, '\0');
         length = platform::profileSectionNames(buffer, file);
-    } while (length == size - 2 && size < largestNamesBuffer);
+    } while (length == size - 2);
     buffer.resize(length);
     std::vector<std::string> names = splitAtNul(buffer);
     names.emplace_back();

@@ -31,21 +31,29 @@ void appendUtf8(std::string& text, char32_t c) {
     }
 }
 
-/// Length of the character that begins a text which is not empty; 1 when its first byte begins none.
-std::size_t characterLength(std::string_view text) {
-    const auto first = static_cast<unsigned char>(text[0]);
-    const std::size_t length = first < 0xC2 ? 1 : first < 0xE0 ? 2 : first < 0xF0 ? 3 : first < 0xF5 ? 4 : 1;
-    if (length > text.size()) return 1;
-    const auto continues = [](char c) { return (static_cast<unsigned char>(c) & 0xC0) == 0x80; };
-    return std::all_of(text.begin() + 1, text.begin() + static_cast<std::ptrdiff_t>(length), continues) ? length : 1;
-}
-
 char32_t decode(std::string_view character) {
     const auto first = static_cast<unsigned char>(character[0]);
     if (character.size() == 1) return first < 0x80 ? first : noCharacter;
     char32_t value = first & (0x7Fu >> character.size());
     for (const char c : character.substr(1)) value = (value << 6) | (static_cast<unsigned char>(c) & 0x3Fu);
     return value;
+}
+
+/// The shortest form is the only one: a longer one could smuggle in a NUL or a separator.
+bool isShortest(std::string_view character) {
+    constexpr std::array<char32_t, 5> least = {0, 0, 0x80, 0x800, 0x10000};
+    return decode(character) >= least.at(character.size());
+}
+
+/// Length of the character that begins a text which is not empty; 1 when its first byte begins none.
+std::size_t characterLength(std::string_view text) {
+    const auto first = static_cast<unsigned char>(text[0]);
+    const std::size_t length = first < 0xC2 ? 1 : first < 0xE0 ? 2 : first < 0xF0 ? 3 : first < 0xF5 ? 4 : 1;
+    if (length > text.size()) return 1;
+    const auto continues = [](char c) { return (static_cast<unsigned char>(c) & 0xC0) == 0x80; };
+    const std::string_view character = text.substr(0, length);
+    const bool whole = std::all_of(character.begin() + 1, character.end(), continues);
+    return whole && isShortest(character) ? length : 1;
 }
 
 char ansiByte(char32_t c) {

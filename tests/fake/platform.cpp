@@ -205,7 +205,7 @@ InternetRequest::~InternetRequest() = default;
 
 std::size_t InternetRequest::read(std::span<char> buffer) {
     if (fake::enter("read " + state_->url)) state_->rest = {};
-    const std::size_t length = std::min(buffer.size(), state_->rest.size());
+    const std::size_t length = std::min({buffer.size(), state_->rest.size(), computer().longestRead});
     std::copy_n(state_->rest.begin(), length, buffer.begin());
     state_->rest.remove_prefix(length);
     return length;

@@ -279,27 +279,3 @@ TEST(TimerTick, IsNotDeliveredWhileItsHandlerRuns) {
     timer.tick();
     EXPECT_EQ(ticks, 3) << "an exception leaves the timer as it was";
 }
-
-TEST(StatusBarPanels, AreNumberedFromOne) {
-    StatusBar bar("StatusBar1");
-    EXPECT_EQ(bar.panel(1).name(), "StatusBar1_1");
-    EXPECT_EQ(bar.panel(2).name(), "StatusBar1_2");
-    EXPECT_THROW(bar.panel(3), std::out_of_range);
-    RecordingView view;
-    bar.panel(2).attach(&view);
-    bar.panel(2).setText("a");
-    bar.panel(2).setText("a");
-    bar.panel(2).setPicture(iconResource(103));
-    EXPECT_EQ(view.shown, (std::vector{Property::Text, Property::Picture}));
-}
-
-TEST(ImagePicture, IsToldToTheViewWhenItIsAnother) {
-    Image image("img");
-    RecordingView view;
-    image.attach(&view);
-    const Picture picture = iconResource(104);
-    image.setPicture(picture);
-    image.setPicture(picture);
-    EXPECT_EQ(view.shown, std::vector{Property::Picture});
-    EXPECT_EQ(image.picture(), picture);
-}

@@ -56,7 +56,7 @@ int errorOf(const std::function<void()>& call) {
     return 0;
 }
 
-MainWindow::MainWindow() {
+ProgramRun::ProgramRun() {
     fake::reset();
     computer().drives["C:\\"] = {platform::DriveFixed, 100 * GB, 50 * GB, "SYSTEM", "ext4"};
     plugIn("D:\\");
@@ -77,34 +77,34 @@ MainWindow::MainWindow() {
     }
 }
 
-MainWindow::~MainWindow() {
+ProgramRun::~ProgramRun() {
     window_.reset();
     program.Tray.reset();
     fake::reset();
 }
 
-void MainWindow::plugIn(const std::string& root, std::uint64_t total, std::uint64_t free) {
+void ProgramRun::plugIn(const std::string& root, std::uint64_t total, std::uint64_t free) {
     computer().drives[root] = {platform::DriveRemovable, total, free, "STICK", "FAT32"};
     computer().files[root] = {"", platform::FileDirectory};
 }
 
-void MainWindow::pullOut(const std::string& root) {
+void ProgramRun::pullOut(const std::string& root) {
     computer().drives.erase(root);
     std::erase_if(computer().files, [&root](const auto& file) { return file.first.starts_with(root); });
 }
 
-void MainWindow::putFile(const std::string& path, const std::string& contents) {
+void ProgramRun::putFile(const std::string& path, const std::string& contents) {
     computer().files[path] = {contents, platform::FileArchive};
 }
 
-void MainWindow::start() {
+void ProgramRun::start() {
     event([this] {
         window_ = std::make_unique<frmMain>(program);
         window_->show();
     });
 }
 
-void MainWindow::startOnline() {
+void ProgramRun::startOnline() {
     start();
     tick();
     computer().journal.clear();
@@ -112,33 +112,33 @@ void MainWindow::startOnline() {
     computer().writes.clear();
 }
 
-void MainWindow::click(toolkit::Button& button) {
+void ProgramRun::click(toolkit::Button& button) {
     event([&button] { button.click(); });
 }
 
-void MainWindow::click(toolkit::OptionButton& button) {
+void ProgramRun::click(toolkit::OptionButton& button) {
     event([&button] { button.click(); });
 }
 
-std::intptr_t MainWindow::message(std::uint32_t number, std::uintptr_t wParam, std::intptr_t lParam) {
+std::intptr_t ProgramRun::message(std::uint32_t number, std::uintptr_t wParam, std::intptr_t lParam) {
     std::intptr_t result = 0;
     event([&] { result = computer().procedure(fake::windowHandle, number, wParam, lParam); });
     return result;
 }
 
-void MainWindow::deviceArrives() {
+void ProgramRun::deviceArrives() {
     message(deviceChange, arrival);
 }
 
-void MainWindow::deviceGoes() {
+void ProgramRun::deviceGoes() {
     message(deviceChange, removeComplete);
 }
 
-void MainWindow::tick() {
+void ProgramRun::tick() {
     event([this] { window().Timer1.tick(); });
 }
 
-void MainWindow::close() {
+void ProgramRun::close() {
     event([this] { window().closeRequested(); });
 }
 

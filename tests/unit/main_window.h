@@ -39,12 +39,15 @@ std::string errorReport(toolkit::ErrorNumber number, const std::string& subject 
 /// Number of a RuntimeError that the call throws; 0 when it throws none.
 int errorOf(const std::function<void()>& call);
 
-/// The drives `C:` (fixed), `D:` (a stick of 4 GB, 1 GB of it used, with a folder for its root) and `Z:`; the
-/// pictures and the two stick files in the program folder; a server with all its files.
-class MainWindow : public testing::Test {
-protected:
-    MainWindow();
-    ~MainWindow() override;
+/// The program on a computer with the drives `C:` (fixed), `D:` (a stick of 4 GB, 1 GB of it used, with a
+/// folder for its root) and `Z:`; the pictures and the two stick files in the program folder; a server with
+/// all its files.
+class ProgramRun {
+public:
+    ProgramRun();
+    ProgramRun(const ProgramRun&) = delete;
+    ProgramRun& operator=(const ProgramRun&) = delete;
+    ~ProgramRun();
 
     static fake::Computer& computer() { return fake::computer(); }
 
@@ -80,5 +83,8 @@ protected:
 private:
     std::unique_ptr<frmMain> window_;
 };
+
+/// A test in one run of the program.
+class MainWindow : public testing::Test, protected ProgramRun {};
 
 } // namespace unit

@@ -153,6 +153,17 @@ TEST_F(StandardPath, OfAStickChosenInTheDialogIsThatOfAnEarlierPass) {
     EXPECT_EQ(path(), "d");
 }
 
+TEST_F(StandardPath, IsNeverAValueOfTheSettingsFile) {
+    putFile("/opt/tool\\Settings.ini", "[USB Tool]\r\nchkAuto=1\r\ncmbSize=0\r\n");
+    start();
+    plugIn("E:\\");
+    putFile("E:\\USB.ini", "[Open]\r\nDir=e\r\n");
+    computer().onModal = [this](toolkit::Form&) { drive().ChooseUSB_Info("E:\\"); };
+    search();
+    EXPECT_EQ(window().chkAuto.value(), 1);
+    EXPECT_EQ(path(), "");
+}
+
 class SavePath : public StickDisplay {};
 
 TEST_F(SavePath, CreatesTheProfile) {

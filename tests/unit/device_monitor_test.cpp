@@ -1,0 +1,159 @@
+// Devices that come and go.
+
+#include "main_window.h"
+
+#include "platform/basDeklare.h"
+#include "platform/cTray.h"
+
+using unit::MainWindow;
+
+class DeviceMonitor : public MainWindow {
+protected:
+    static constexpr std::uint32_t deviceChange = 0x219;
+
+    void startDetecting() {
+        start();
+        event([this] { window().chkAuto.setValue(1); });
+        computer().driveScans = 0;
+        computer().trayCalls.clear();
+        computer().defaultMessages.clear();
+        computer().windows.clear();
+    }
+    std::string panel() { return window().StatusBar1.panel(1).text(); }
+    std::string trayPicture() { return fake::nameOf(program.Tray->TrayIcon_Icon()); }
+    /// Icons of the calls that changed the tray icon.
+    static std::vector<int> trayIcons() {
+        std::vector<int> icons;
+        for (const auto& call : computer().trayCalls)
+            icons.push_back(call.record[20]);
+        return icons;
+    }
+};
+
+TEST_F(DeviceMonitor, AnArrivalScansAndShowsTheStick) {
+    pullOut("D:\\");
+    startDetecting();
+    EXPECT_EQ(panel(), "No Stick");
+    plugIn("D:\\");
+    deviceArrives();
+    EXPECT_EQ(computer().driveScans, 1);
+    EXPECT_EQ(panel(), "USB Stick");
+    EXPECT_EQ(window().lblLW.caption(), "D:\\");
+    EXPECT_EQ(trayIcons(), (std::vector<int>{104, 104})) << "before the scan, and by showing the stick";
+}
+
+TEST_F(DeviceMonitor, AnArrivalOfAnythingElseScansToo) {
+    pullOut("D:\\");
+    startDetecting();
+    deviceArrives();
+    EXPECT_EQ(computer().driveScans, 1);
+    EXPECT_EQ(panel(), "No Stick");
+    EXPECT_EQ(trayIcons(), std::vector<int>{104}) << "the icon was changed before the scan found nothing";
+    EXPECT_EQ(trayPicture(), "icon 103");
+}
+
+TEST_F(DeviceMonitor, ARemovalShowsNoStickWithoutAScan) {
+    startDetecting();
+    plugIn("E:\\");
+    deviceGoes();
+    EXPECT_EQ(computer().driveScans, 0);
+    EXPECT_EQ(panel(), "No Stick") << "though two are there";
+    EXPECT_EQ(trayIcons(), std::vector<int>{103});
+    EXPECT_EQ(trayPicture(), "icon 103");
+    EXPECT_FALSE(window().cmdChoose.enabled());
+    EXPECT_EQ(window().lblLW.caption(), "D:\\");
+}
+
+TEST_F(DeviceMonitor, AfterARemovalTheNextArrivalOrSearchShowsTheStickAgain) {
+    startDetecting();
+    deviceGoes();
+    click(window().cmdSearch);
+    EXPECT_EQ(panel(), "USB Stick");
+    deviceGoes();
+    deviceArrives();
+    EXPECT_EQ(panel(), "USB Stick");
+}
+
+TEST_F(DeviceMonitor, WithoutAutomaticDetectionNothingChanges) {
+    start();
+    computer().defaultMessages.clear();
+    computer().driveScans = 0;
+    deviceGoes();
+    deviceArrives();
+    EXPECT_EQ(computer().driveScans, 0);
+    EXPECT_EQ(panel(), "USB Stick");
+    EXPECT_EQ(computer().defaultMessages, (std::vector<std::uint32_t>{deviceChange, deviceChange}));
+}
+
+TEST_F(DeviceMonitor, EveryMessageIsPassedOnAndItsResultReturned) {
+    startDetecting();
+    EXPECT_EQ(message(deviceChange, 0x8000), fake::defaultResult);
+    EXPECT_EQ(message(deviceChange, 0x8004), fake::defaultResult);
+    EXPECT_EQ(message(15), fake::defaultResult);
+    EXPECT_EQ(computer().defaultMessages, (std::vector<std::uint32_t>{deviceChange, deviceChange, 15}));
+}
+
+TEST_F(DeviceMonitor, OtherDeviceChangesAndOtherMessagesDoNothing) {
+    startDetecting();
+    for (const std::uintptr_t wParam : {0x7U, 0x8001U, 0x8002U, 0x8003U, 0x8005U})
+        message(deviceChange, wParam);
+    message(0x218, 0x8000);
+    message(0x21A, 0x8004);
+    EXPECT_EQ(computer().driveScans, 0);
+    EXPECT_EQ(panel(), "USB Stick");
+    EXPECT_TRUE(computer().trayCalls.empty());
+}
+
+TEST_F(DeviceMonitor, TheLastArgumentIsNeverLookedAt) {
+    startDetecting();
+    message(deviceChange, 0x8000, 1);
+    EXPECT_EQ(computer().driveScans, 1);
+}
+
+TEST_F(DeviceMonitor, TheEndOfTheWindowRestoresItsProcedureFirst) {
+    startDetecting();
+    const auto own = computer().procedure;
+    EXPECT_EQ(message(2), fake::defaultResult);
+    EXPECT_NE(computer().procedure, own);
+    EXPECT_EQ(computer().defaultMessages, std::vector<std::uint32_t>{2});
+    message(deviceChange, 0x8000);
+    EXPECT_EQ(computer().driveScans, 0);
+    basDeklare::UnhookWindow(fake::windowHandle);
+    message(15);
+    EXPECT_EQ(computer().defaultMessages.back(), 15U) << "a second time is harmless";
+}
+
+TEST_F(DeviceMonitor, AnArrivalMayOpenTheDialogAndTakesItsChoice) {
+    startDetecting();
+    plugIn("E:\\");
+    computer().onModal = [this](toolkit::Form&) { drive().ChooseUSB_Info("E:\\"); };
+    deviceArrives();
+    EXPECT_EQ(computer().windows, std::vector<std::string>{"modal frmAuswahl"});
+    EXPECT_EQ(window().lblLW.caption(), "E:\\");
+}
+
+TEST_F(DeviceMonitor, ARemovalWhileTheDialogIsOpenIsHandled) {
+    startDetecting();
+    plugIn("E:\\");
+    std::string meanwhile;
+    computer().onModal = [&](toolkit::Form&) {
+        deviceGoes();
+        meanwhile = panel();
+    };
+    deviceArrives();
+    EXPECT_EQ(meanwhile, "No Stick");
+    EXPECT_EQ(panel(), "USB Stick");
+    EXPECT_FALSE(ended());
+}
+
+TEST_F(DeviceMonitor, TheStandardFolderOpensOnArrivalOnlyWhenTheFlagIsSet) {
+    putFile("D:\\USB.ini", "[Open]\r\nDir=Filme\r\n");
+    computer().files["D:\\Filme"] = {"", platform::FileDirectory};
+    startDetecting();
+    deviceArrives();
+    EXPECT_TRUE(computer().shellCalls.empty());
+    program.OpenOnArrival = true;
+    deviceArrives();
+    ASSERT_EQ(computer().shellCalls.size(), 1U);
+    EXPECT_EQ(computer().shellCalls[0].file, "D:\\Filme");
+}

@@ -1,0 +1,95 @@
+// A drive's facts, and giving the stick another label.
+
+#include "main_window.h"
+
+using unit::GB;
+using unit::MainWindow;
+
+class VolumeLabel : public MainWindow {
+protected:
+    VolumeLabel() { start(); }
+
+    void rename(const std::string& label) {
+        window().txtDT_Cap.setText(label);
+        click(window().Command1);
+    }
+    static std::string label() { return computer().drives["D:\\"].label; }
+};
+
+TEST_F(VolumeLabel, IsGivenToTheStick) {
+    rename("MUSIK");
+    EXPECT_EQ(label(), "MUSIK");
+    EXPECT_TRUE(computer().messages.empty());
+}
+
+TEST_F(VolumeLabel, MayBeEmpty) {
+    rename("");
+    EXPECT_EQ(label(), "");
+}
+
+TEST_F(VolumeLabel, ElevenCharactersAreAccepted) {
+    rename("12345678901");
+    EXPECT_EQ(label(), "12345678901");
+    rename("ÄÖÜäöüßÄÖÜä");
+    EXPECT_EQ(label(), "ÄÖÜäöüßÄÖÜä") << "characters are counted, not bytes";
+}
+
+TEST_F(VolumeLabel, TwelveCharactersAreRefusedAndSelectedFromTheTwelfthOn) {
+    rename("123456789012");
+    EXPECT_EQ(label(), "STICK");
+    ASSERT_EQ(computer().messages.size(), 1U);
+    EXPECT_EQ(computer().messages[0].text, "maximale Länge der Datenträgerbezeichnung ist 11 Zeichen");
+    EXPECT_EQ(computer().messages[0].style, 64);
+    EXPECT_EQ(computer().messages[0].title, "Orvanta USB-Stick Internetupdate Tool 1.5");
+    EXPECT_EQ(window().txtDT_Cap.selection(), (toolkit::TextBox::Selection{11, 1}));
+    EXPECT_EQ(window().txtDT_Cap.text(), "123456789012");
+    rename("ÄÖÜäöüßÄÖÜäöüß");
+    EXPECT_EQ(window().txtDT_Cap.selection(), (toolkit::TextBox::Selection{11, 3}));
+    EXPECT_EQ(label(), "STICK");
+}
+
+TEST_F(VolumeLabel, CharactersAreNotChecked) {
+    rename("a*b?c");
+    EXPECT_EQ(label(), "a*b?c");
+}
+
+TEST_F(VolumeLabel, AFailureIsSilent) {
+    computer().drives.erase("D:\\");
+    rename("X");
+    EXPECT_TRUE(computer().messages.empty());
+    EXPECT_FALSE(ended());
+}
+
+class DriveFacts : public VolumeLabel {};
+
+TEST_F(DriveFacts, SizesAreExactBeyond32Bits) {
+    plugIn("E:\\", 4 * GB, 4 * GB - 1);
+    drive().mp_GetDiskSpace("E:\\");
+    EXPECT_EQ(drive().TotalSpace(), 4.0 * 1024 * 1024 * 1024);
+    EXPECT_EQ(drive().TotalFreeSpace(), 4.0 * 1024 * 1024 * 1024 - 1)
+        << "all that is free, not the user's part";
+}
+
+TEST_F(DriveFacts, ADriveWithoutAMediumHasNoSize) {
+    drive().mp_GetDiskSpace("D:\\");
+    ASSERT_GT(drive().TotalSpace(), 0);
+    drive().mp_GetDiskSpace("Q:\\");
+    EXPECT_EQ(drive().TotalSpace(), 0);
+    EXPECT_EQ(drive().TotalFreeSpace(), 0);
+}
+
+TEST_F(DriveFacts, EightBytesMakeANumberLowestFirst) {
+    EXPECT_EQ(cDrive::mp_BytesToDouble({}), 0);
+    EXPECT_EQ(cDrive::mp_BytesToDouble({1, 2, 3}), 1 + 2 * 256 + 3 * 65536);
+    EXPECT_EQ(cDrive::mp_BytesToDouble({0, 0, 0, 0, 1}), 4294967296.0);
+    EXPECT_EQ(cDrive::mp_BytesToDouble({0, 0, 0, 0, 0, 0, 0, 0x80}), 9223372036854775808.0) << "unsigned";
+}
+
+TEST_F(DriveFacts, LabelAndFileSystemAreReadTogether) {
+    computer().drives["D:\\"].label = "MEIN STICK";
+    computer().drives["D:\\"].fileSystem = "exFAT";
+    EXPECT_EQ(drive().mp_GetDriveName("D:\\"), "MEIN STICK");
+    EXPECT_EQ(drive().mp_FileSystem(), "exFAT");
+    EXPECT_EQ(drive().mp_GetDriveName("Q:\\"), "");
+    EXPECT_EQ(drive().mp_FileSystem(), "");
+}
