@@ -7,23 +7,28 @@
 #include "platform/cTray.h"
 #include "toolkit/picture.h"
 
+namespace {
+
+/// Panel 1 of the status bar, with a picture from the program folder.
+void showStickState(frmMain& window, const char* picture, const char* text, bool enabled, const char* toolTip) {
+    toolkit::StatusPanel& panel = window.StatusBar1.panel(1);
+    panel.setPicture(toolkit::loadPicture(app::programPath() + picture));
+    panel.setText(text);
+    panel.setEnabled(enabled);
+    panel.setToolTip(toolTip);
+}
+
+} // namespace
+
 void cDrive::SetUSB_Info() {
     frmMain& window = *program_.MainWindow;
     const std::string root = p_GetDriveLetters("0");
-    const std::string picture = app::programPath() + "file.bmp";
-
     GetDriveCapacity();
     window.lblLW.setCaption(root);
     showStandardPath(root);
     window.cmdChoose.setEnabled(true);
     window.cmdChoose.setCaption("Starte Update");
-
-    toolkit::StatusPanel& panel = window.StatusBar1.panel(1);
-    panel.setPicture(toolkit::loadPicture(picture));
-    panel.setText("USB Stick");
-    panel.setEnabled(true);
-    panel.setToolTip("USB-Stick gefunden.");
-
+    showStickState(window, "file.bmp", "USB Stick", true, "USB-Stick gefunden.");
     window.txtDT_Cap.setText(mp_GetDriveName(root));
     window.txtFAT.setText(mp_FileSystem());
     drive::showTrayIcon(program_, drive::stickIcon);
@@ -41,7 +46,6 @@ void cDrive::showStandardPath(const std::string& root) {
 
 void cDrive::RemoveUSB_Info() {
     frmMain& window = *program_.MainWindow;
-    const std::string picture = app::programPath() + "nofile.bmp";
     window.txtOpenPath.setText("");
     mp_StandardPfad("");
     window.txtFAT.setText("");
@@ -49,12 +53,8 @@ void cDrive::RemoveUSB_Info() {
     clearCapacity();
     window.cmdChoose.setEnabled(false);
     window.cmdChoose.setCaption("USB Stick einstecken");
-
-    toolkit::StatusPanel& panel = window.StatusBar1.panel(1);
-    panel.setPicture(toolkit::loadPicture(picture));
-    panel.setText("No Stick");
-    panel.setEnabled(false);
-    panel.setToolTip("Kein USB-Stick gefunden. Schließen Sie den USB-Stick am PC an.");
+    showStickState(window, "nofile.bmp", "No Stick", false,
+                   "Kein USB-Stick gefunden. Schließen Sie den USB-Stick am PC an.");
 }
 
 void drive::showTrayIcon(app::Program& program, int icon) {
