@@ -40,7 +40,8 @@ std::string formatNumber(double value, int decimals) {
     const auto fraction = static_cast<std::size_t>(decimals);
     if (digits.size() <= fraction) digits.insert(0, fraction + 1 - digits.size(), '0');
     digits.insert(digits.size() - fraction, platform::decimalSeparator());
-    return scaled < 0 ? "-" + digits : digits;
+    if (scaled < 0) digits.insert(0, 1, '-');
+    return digits;
 }
 
 double numberFromText(std::string_view text) {

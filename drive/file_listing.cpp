@@ -3,6 +3,7 @@
 #include "app/program_path.h"
 #include "platform/files.h"
 #include "toolkit/pump.h"
+#include "toolkit/runtime_error.h"
 
 namespace drive {
 
@@ -13,13 +14,15 @@ constexpr std::size_t growth = 100;
 /// Keeps the entry at index `count` below the array's last one.
 template <typename Entry>
 void growAt(std::vector<Entry>& array, std::int32_t count) {
+    if (count < 0 || static_cast<std::size_t>(count) > array.size())
+        throw toolkit::RuntimeError(toolkit::ErrorNumber::SubscriptOutOfRange, std::to_string(count));
     if (static_cast<std::size_t>(count) + 1 >= array.size()) array.resize(array.size() + growth);
 }
 
 } // namespace
 
-void GetAllFiles(std::string_view Path, std::vector<std::string>& Names, std::vector<std::int16_t>& Attributes,
-                 bool DoRecursion, std::int32_t& Count) {
+void GetAllFiles(std::string_view Path, std::vector<std::string>& Names,
+                 std::vector<std::int16_t>& Attributes, bool DoRecursion, std::int32_t& Count) {
     toolkit::DoEvents();
     const std::string folder = app::withBackslash(std::string(Path));
     growAt(Names, Count);

@@ -26,8 +26,7 @@ std::intptr_t sendWindowMessage(std::intptr_t window, std::uint32_t message, std
                                 std::intptr_t lParam);
 
 /// What a message about a device is handed to, to be called from the event loop on the user-interface thread;
-/// without one it is called as it is. Whatever a window's procedure throws has to be caught there. Where the
-/// system has window procedures of its own this does nothing.
+/// without one it is called as it is. Whatever a window's procedure throws has to be caught there.
 using DeviceEventDelivery = std::function<void(const std::function<void()>& message)>;
 void setDeviceEventDelivery(DeviceEventDelivery delivery);
 

@@ -27,7 +27,11 @@ public:
     void setText(std::string_view text) { assign(text_, text, Property::Text); }
 
     const Selection& selection() const noexcept { return selection_; }
-    void setSelection(Selection selection) { assign(selection_, selection, Property::Selection); }
+    /// Always shown: where the user has put the cursor since is not known here.
+    void setSelection(Selection selection) {
+        selection_ = selection;
+        notify(Property::Selection);
+    }
 
     /// Gives the box the keyboard focus.
     void setFocus() { notify(Property::Focus); }

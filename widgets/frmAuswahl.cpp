@@ -15,7 +15,8 @@ constexpr std::int32_t headerItemChanging = -300;
 } // namespace
 
 frmAuswahl::frmAuswahl(app::Program& program) : Form("frmAuswahl"), program_(program) {
-    for (Control* control : std::initializer_list<Control*>{&Label1, &ListView1, &cmdOK, &cmdCancel}) add(*control);
+    for (Control* control : std::initializer_list<Control*>{&Label1, &ListView1, &cmdOK, &cmdCancel})
+        add(*control);
     setCaption("USB Stick Tool");
     Label1.setCaption(
         "Es wurden mehrere Laufwerke identifiziert.     Bitte wählen Sie ihr gewünschtes Laufwerk aus.");
@@ -23,6 +24,7 @@ frmAuswahl::frmAuswahl(app::Program& program) : Form("frmAuswahl"), program_(pro
     cmdCancel.setCaption("Abbruch");
 
     onLoad = [this] { Form_Load(); };
+    onQueryUnload = [this] { ListView1.onHeaderNotify = {}; };
     ListView1.onItemClick = [this](std::size_t item) { selection_ = ListView1.items().at(item).front(); };
     ListView1.onDoubleClick = [this] { cmdOK_Click(); };
     cmdOK.onClick = [this] { cmdOK_Click(); };

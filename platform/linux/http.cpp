@@ -2,7 +2,7 @@
 // https://curl.se/libcurl/c/libcurl-multi.html
 #include "platform/http.h"
 
-#include "platform/linux/http_address.h"
+#include "platform/http_address.h"
 #include "platform/linux/http_timeouts.h"
 
 #include <curl/curl.h>
@@ -237,7 +237,7 @@ std::size_t InternetRequest::State::take(std::span<char> buffer) {
 }
 
 InternetRequest::InternetRequest(InternetSession& session, std::string_view url, std::uint32_t flags) {
-    const std::optional<std::string> address = posix::httpAddress(url);
+    const std::optional<std::string> address = httpAddress(url);
     if (!address) return;
     state_ = std::make_unique<State>();
     state_->configure(*address, session.state_->agent, session.state_->systemProxy);

@@ -4,7 +4,7 @@
 
 #include "platform/linux/desktop_command.h"
 #include "platform/linux/file_io.h"
-#include "platform/linux/http_address.h"
+#include "platform/http_address.h"
 #include "platform/linux/open_with_portal.h"
 #include "platform/linux/path.h"
 
@@ -22,8 +22,8 @@ constexpr auto associationPatience = std::chrono::seconds(2); // the window does
 
 /// The address to pass on; "www." alone makes one, as it does on Windows.
 std::optional<std::string> webAddress(std::string_view file) {
-    if (posix::startsWithNoCase(file, "www.")) return posix::httpAddress("http://" + std::string(file));
-    return posix::httpAddress(file);
+    if (startsWithNoCase(file, "www.")) return httpAddress("http://" + std::string(file));
+    return httpAddress(file);
 }
 
 /// "mailto:", "file:" and the like; one letter is a drive.
@@ -83,7 +83,7 @@ int openPath(std::string_view file) {
 // Parameters and directory belong to programs, and here only documents, folders and addresses are opened.
 int shellExecute(ShellOwner /*owner*/, std::string_view verb, std::string_view file,
                  std::string_view /*parameters*/, std::string_view /*directory*/, int /*showCommand*/) {
-    const bool opens = verb.empty() || (verb.size() == 4 && posix::startsWithNoCase(verb, "open"));
+    const bool opens = verb.empty() || (verb.size() == 4 && startsWithNoCase(verb, "open"));
     if (!opens) return ShellNoAssociation;
     if (file.empty()) return ShellFileNotFound;
     if (const auto address = webAddress(file)) return start(*address);
@@ -93,7 +93,7 @@ int shellExecute(ShellOwner /*owner*/, std::string_view verb, std::string_view f
 }
 
 bool startOpenWithChooser(std::string_view commandLine) {
-    if (!posix::startsWithNoCase(commandLine, chooserCommand)) return false;
+    if (!startsWithNoCase(commandLine, chooserCommand)) return false;
     posix::Place place;
     posix::UniqueFd file;
     return find(commandLine.substr(chooserCommand.size()), place) == ShellAccepted && place.isFile() &&

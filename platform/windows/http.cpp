@@ -1,6 +1,6 @@
 #include "platform/http.h"
 
-#include "platform/linux/http_address.h"
+#include "platform/http_address.h"
 #include "platform/windows/ansi_text.h"
 
 #include <windows.h>
@@ -66,7 +66,7 @@ std::optional<std::string> redirectTarget(HINTERNET request, const std::string& 
         FALSE)
         return std::nullopt;
     target.resize(length);
-    return posix::httpAddress(target);
+    return httpAddress(target);
 }
 
 /// "Past every cache" means those on the way, too, which the library does not ask for on every system.
@@ -97,7 +97,7 @@ struct InternetRequest::State {
 /// Redirects are followed here and not by the library, which would follow them to anywhere and any number of
 /// them.
 InternetRequest::InternetRequest(InternetSession& session, std::string_view url, std::uint32_t flags) {
-    std::optional<std::string> address = posix::httpAddress(url);
+    std::optional<std::string> address = httpAddress(url);
     for (int redirects = 0; address && redirects <= maxRedirects; ++redirects) {
         Handle handle(InternetOpenUrlA(session.state_->handle.get(), address->c_str(), nullptr, 0,
                                        libraryFlags(flags), 0));

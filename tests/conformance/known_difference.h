@@ -7,7 +7,7 @@ namespace conformance {
 
 /// Whose answer differs.
 enum class Differs {
-    Wine,          ///< Wine alone; Windows itself answers as documented
+    Wine,          ///< Wine alone, against the documentation or where that says nothing
     AnsiFunctions, ///< Windows and Wine: what the ANSI functions cannot do
 };
 

@@ -52,6 +52,24 @@ Outcome click(const QJsonObject& request) {
     });
 }
 
+/// Steps of a mouse over one part: [what, x, y] with "move", "press" or "release" as what.
+Outcome mouse(const QJsonObject& request) {
+    return onPart(request, [&request](QWidget& part) {
+        QList<MouseStep> steps;
+        for (const auto& value : request[QLatin1String("steps")].toArray()) {
+            const QJsonArray step = value.toArray();
+            const QString what = step[0].toString();
+            const auto type = what == QLatin1String("press")     ? QEvent::MouseButtonPress
+                              : what == QLatin1String("release") ? QEvent::MouseButtonRelease
+                                                                 : QEvent::MouseMove;
+            steps.append({type, QPoint(step[1].toInt(), step[2].toInt())});
+        }
+        const auto button =
+            textOf(request, "button") == QLatin1String("right") ? Qt::RightButton : Qt::LeftButton;
+        return Outcome{{}, [target = QPointer(&part), steps, button] { moveMouse(target, steps, button); }};
+    });
+}
+
 Outcome clickRow(const QJsonObject& request) {
     return onPart(request, [&request](QWidget& part) {
         const int row = request[QLatin1String("row")].toInt();
@@ -79,7 +97,7 @@ Outcome focus(const QJsonObject& request) {
 /// Types into whatever has the focus.
 Outcome type(const QJsonObject& request) {
     QStringList keys;
-    for (const QJsonValue& key : request[QLatin1String("keys")].toArray())
+    for (const auto& key : request[QLatin1String("keys")].toArray())
         keys += key.toString();
     return {{}, [text = textOf(request, "text"), keys] { typeKeys(text, keys); }};
 }
@@ -143,6 +161,7 @@ Outcome perform(const QJsonObject& request) {
         {QStringLiteral("focus"), focus},
         {QStringLiteral("type"), type},
         {QStringLiteral("messageBox"), messageBox},
+        {QStringLiteral("mouse"), mouse},
         {QStringLiteral("answer"), answer},
         {QStringLiteral("close"), close},
         {QStringLiteral("resize"), resize},

@@ -252,6 +252,10 @@ class Program:
     def click_row(self, name, row, window=None, clicks=1):
         self.request("clickRow", name=name, row=row, window=window, clicks=clicks)
 
+    def mouse(self, name, *steps, window=None, button="left"):
+        """Steps of the mouse over one part: ("move", x, y), ("press", x, y), ("release", x, y)."""
+        self.request("mouse", name=name, steps=steps, window=window, button=button)
+
     def choose(self, name, index, window=None):
         """Chooses an entry of a drop-down list."""
         self.request("choose", name=name, index=index, window=window)

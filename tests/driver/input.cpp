@@ -77,7 +77,7 @@ QString textOfKey(int key, Qt::KeyboardModifiers modifiers) {
         break;
     }
     const bool control = modifiers.testFlag(Qt::ControlModifier);
-    if (control && key >= Qt::Key_A && key <= Qt::Key_Z) return QString(QChar(key - Qt::Key_A + 1));
+    if (control && key >= Qt::Key_A && key <= Qt::Key_Z) return {QChar(key - Qt::Key_A + 1)};
     if (key < Qt::Key_Escape && !control) return QString(QChar(key)).toLower();
     return {};
 }
@@ -88,6 +88,22 @@ void clickPart(const Target& part, int clicks) {
     if (part == nullptr || part->window()->windowHandle() == nullptr) return;
     showInScrollArea(*part);
     clickAt(part, clickPoint(*part), clicks);
+}
+
+void moveMouse(const Target& part, const QList<MouseStep>& steps, Qt::MouseButton button) {
+    if (part == nullptr || part->window()->windowHandle() == nullptr) return;
+    const QPointer<QWindow> window = part->window()->windowHandle();
+    const QPoint local = part->mapTo(part->window(), QPoint());
+    const QPoint global = part->mapToGlobal(QPoint());
+    const int time = nextClickTime();
+    bool held = false;
+    for (const MouseStep& step : steps) {
+        if (window == nullptr) return;
+        const bool move = step.type == QEvent::MouseMove;
+        if (!move) held = step.type == QEvent::MouseButtonPress;
+        qt_handleMouseEvent(window, local + step.point, global + step.point, held ? button : Qt::NoButton,
+                            move ? Qt::NoButton : button, step.type, {}, time);
+    }
 }
 
 QRect rowRectangle(QWidget& list, int row) {

@@ -2,6 +2,9 @@
 // is deaf.
 #pragma once
 
+#include <QEvent>
+#include <QList>
+#include <QPoint>
 #include <QPointer>
 #include <QRect>
 #include <QStringList>
@@ -13,6 +16,14 @@ namespace driver {
 using Target = QPointer<QWidget>;
 
 void clickPart(const Target& part, int clicks);
+
+/// One step of the mouse, at a point of a part.
+struct MouseStep {
+    QEvent::Type type; ///< MouseMove, MouseButtonPress or MouseButtonRelease
+    QPoint point;
+};
+
+void moveMouse(const Target& part, const QList<MouseStep>& steps, Qt::MouseButton button);
 
 /// Where a row of a list is shown; invalid when there is no such row, or the part is no list.
 QRect rowRectangle(QWidget& list, int row);

@@ -138,11 +138,11 @@ QWidget* findPart(const QString& window, const QString& name) {
     QWidget* top = findWindow(window);
     if (top == nullptr) return nullptr;
     if (top->objectName() == name) return top;
-    if (QWidget* part = top->findChild<QWidget*>(name)) return part;
+    if (auto* part = top->findChild<QWidget*>(name)) return part;
     if (!window.isEmpty()) return nullptr;
     QWidget* found = nullptr;
     for (const QWidget* other : QApplication::topLevelWidgets())
-        if (QWidget* part = other->findChild<QWidget*>(name);
+        if (auto* part = other->findChild<QWidget*>(name);
             part != nullptr && (found == nullptr || other->isVisible()))
             found = part;
     return found;

@@ -9,9 +9,9 @@ class Plugin : public QGenericPlugin {
     Q_PLUGIN_METADATA(IID QGenericPluginFactoryInterface_iid FILE "usbtooldriver.json")
 
 public:
-    /// The specification is the path of the socket to listen on.
-    QObject* create(const QString& key, const QString& specification) override {
-        return key == QLatin1String("usbtooldriver") ? new Server(specification) : nullptr;
+    /// What follows the name is the path of the socket to listen on.
+    QObject* create(const QString& key, const QString& socketPath) override {
+        return key == QLatin1String("usbtooldriver") ? new Server(socketPath) : nullptr;
     }
 };
 

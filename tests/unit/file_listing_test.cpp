@@ -60,6 +60,36 @@ TEST_F(FileListing, TheArraysGrowByAHundred) {
     EXPECT_EQ(attributes.size(), 300U);
 }
 
+TEST_F(FileListing, AnArrayGrowsBeforeItsLastEntryIsUsed) {
+    for (int i = 100; i < 199; ++i)
+        putFile("D:\\Filme\\Neu\\f" + std::to_string(i), "");
+    EXPECT_EQ(list("D:\\Filme\\Neu", false).size(), 100U);
+    EXPECT_EQ(names.size(), 200U) << "entry 99 was the last one";
+    EXPECT_EQ(attributes.size(), 200U);
+}
+
+TEST_F(FileListing, NamesGrowAlreadyWhenItIsEntered) {
+    names = {"first", "second"};
+    attributes = {1, 2};
+    count = 1;
+    list("D:\\none", false);
+    EXPECT_EQ(names.size(), 102U);
+    EXPECT_EQ(names[0], "first");
+    EXPECT_EQ(names[1], "second");
+    EXPECT_EQ(attributes.size(), 2U);
+}
+
+TEST_F(FileListing, ACountBeyondTheArraysIsAnError) {
+    const auto error = [this](std::int32_t given) {
+        count = given;
+        return unit::errorOf([this] { list("D:\\", false); });
+    };
+    EXPECT_EQ(error(-1), 9);
+    EXPECT_EQ(error(1), 9);
+    names.resize(500);
+    EXPECT_EQ(error(300), 9) << "the other array is shorter";
+}
+
 TEST_F(FileListing, AFolderThatDoesNotExistHasNone) {
     EXPECT_TRUE(list("D:\\none", true).empty());
     EXPECT_EQ(count, 0);

@@ -5,10 +5,6 @@
             self.serve("usb-news.csv", b"a;b;c;d")
             program = self.start()
             self.wait_loaded(program)
-
-    load_tests = side_by_side
-
-A program spends its first four seconds waiting, so the tests of a file run in threads beside each other.
 """
 
 import hashlib
@@ -18,28 +14,33 @@ import stat
 import subprocess
 import sys
 import tempfile
-import threading
 import unittest
-from concurrent.futures import ThreadPoolExecutor
 from pathlib import Path
 
 sys.path[:0] = [str(Path(__file__).resolve().parents[1] / folder) for folder in ("driver", "support")]
 
 from driver import BUILD, Drive, Program  # noqa: E402
-from fault_server import FaultServer, body  # noqa: E402, F401
+from fault_server import FaultServer  # noqa: E402
+
+from server_files import FIRMWARE, NEWS, ROWS, SETTINGS, VERSION, catalog  # noqa: E402
+from side_by_side import Tables  # noqa: E402
 
 TITLE = "Orvanta USB-Stick Internetupdate Tool 1.5"
 REPORT_TITLE = "Orvanta USB-Stick Internetupdate Tool"
+COPIED = {"autorun.inf": None, "orvantastick.ico": None}  # onto every stick, from the program's folder
 SHIPPED = Path(os.environ.get("USBTOOL_PROGRAM", BUILD / "program" / "orvanta-usbtool")).parent
 DOWNLOADS = "/orvanta/download/"
 GIB = 1024**3
 MIB = 1024**2
 PATIENCE = 80  # seconds: longer than any time-out of the program's, and than a busy machine takes
-SIDE_BY_SIDE = 8
 
 CONFIRMATION = "Wollen Sie updaten ?"
 SUCCESS = "Update erfolgreich"
 CONNECTION_ERROR = "Verbindungs-Fehler"
+
+NO_CONNECTION = ("Es konnte keine Internet-Verbindung hergestellt werden!\n\n"
+                 "Die Internet Updatefunktion kann nicht verwendet werden!\n"
+                 "Prüfen Sie Ihren Internetanschluss und starten Sie das Programm später nochmal.")
 
 ERRORS = {
     5: "Ungültiger Prozeduraufruf oder ungültiges Argument",
@@ -56,67 +57,41 @@ ERRORS = {
     730: "Steuerelement nicht gefunden",
 }
 
-# Every byte value, among them NUL and those that Windows-1252 leaves undefined, in more than one read of 2048 bytes.
-FIRMWARE = bytes(range(256)) * 40
-SETTINGS = bytes(range(255, -1, -1)) * 20
-VERSION = b"1.5"
-NEWS = "Neu: der SR 900;Weiß und Grau für 199 €;Größere Schrift;Fragen?".encode("cp1252")
-
-
-def row(name="", picture="", firmware="", date="", note="", settings=None):
-    """One line of the catalog; `settings` maps a kind (0 Austria .. 4 Spain) to (file, date)."""
-    fields = [name, picture, firmware, date, note]
-    for kind in range(5):
-        fields += (settings or {}).get(kind, ("", ""))
-    return ";".join(fields)
-
-
-ROWS = [
-    row("SR 100", "sr100.bmp"),
-    row("SR 200 CI", "sr200ci.gif", "sr200.abs", "14.03.2026 (V1.32)", "Größere Schrift",
-        {0: ("sr200_at.sdx", "02.09.2026"), 1: ("sr200_de.sdx", "28.08.2026"), 4: ("sr200_es.sdx", "11.06.2026")}),
-    row("SR 300 PVR", "sr300pvr.jpg", "sr300.abs", "22.04.2026 (V2.07)", "Neue Timer",
-        {1: ("sr300_de.sdx", "19.07.2026")}),
-    row("SR 400 Twin", "sr400twin.gif", "sr400.abs", "09.01.2026 (V1.18)", "Zweiter Tuner"),
-    row("SR 500 HD", "sr500hd.jpg"),
-    row("SR 600 HD CI", "sr600hdci.ico", "sr600.abs", "30.06.2026 (V1.05)", "Kürzere Startzeit",
-        {2: ("sr600_it.sdx", "01.01.2026"), 3: ("sr600_fr.sdx", "01.02.2026")}),
-    row("SR 700 HD Twin", "sr700hdtwin.jpg"),
-    row("SR 800 HD PVR", "sr800hdpvr.bmp"),
-    row("SR 900 UHD", "sr900uhd.jpg"),
-]
-
-
-def catalog(rows=None, changes=None):
-    """The catalog's bytes; `changes` maps the number of a row to another one."""
-    lines = list(rows or ROWS)
-    for number, line in (changes or {}).items():
-        lines[number] = line
-    return "\r\n".join(lines).encode("cp1252")
-
 
 def snapshot(folder):
-    """{path below it: what is there, to the last byte}."""
+    """{path below it: what is there}."""
     found = {}
     for path in sorted(Path(folder).rglob("*")):
         kind = path.lstat().st_mode
         if stat.S_ISLNK(kind):
             content = ("link", os.readlink(path))
         elif stat.S_ISREG(kind):
-            content = ("file", path.lstat().st_size, hashlib.sha256(path.read_bytes()).hexdigest())
+            content = ("file", path.lstat().st_size, _fingerprint(path))
         else:
             content = (stat.S_IFMT(kind),)
         found[path.relative_to(folder).as_posix()] = content
     return found
 
 
+def _fingerprint(path):
+    """A checksum, or for a file that takes long to read when it was changed last."""
+    if path.lstat().st_size > MIB:
+        return path.lstat().st_mtime_ns
+    return hashlib.sha256(path.read_bytes()).hexdigest()
+
+
 def contents(folder):
     """{path below it: bytes} of all files."""
-    return {path.relative_to(folder).as_posix(): path.read_bytes() for path in Path(folder).rglob("*") if path.is_file()}
+    return {path.relative_to(folder).as_posix(): path.read_bytes()
+            for path in Path(folder).rglob("*") if path.is_file()}
 
 
 class PatientProgram(Program):
     """The program, asked by somebody who waits longer than its longest silence."""
+
+    def start(self):
+        super().start()
+        self.wait_until(self.windows, what="a window")
 
     def request(self, what, timeout=PATIENCE, **arguments):
         return super().request(what, timeout, **arguments)
@@ -134,7 +109,7 @@ class PatientProgram(Program):
         self.start()
 
 
-class WindowCase(unittest.TestCase):
+class WindowCase(Tables, unittest.TestCase):
     """A stick, a server whose files are all as they should be, and programs that end with the test."""
 
     maxDiff = None
@@ -258,6 +233,23 @@ class WindowCase(unittest.TestCase):
         self.assertEqual(program.exit_status(), 1, program.output())
         self.assertEqual(settings.read_bytes() if settings.is_file() else None, before)
 
+    def expect(self, program, expected):
+        """{"control.property": value}."""
+        found = {}
+        for key in expected:
+            name, prop = key.split(".")
+            found[key] = program.get(name)[prop]
+        self.assertEqual(found, expected)
+
+    def expect_no_connection(self, program):
+        self.drop_message(program, CONNECTION_ERROR, NO_CONNECTION, 16)
+        program.wait_for("cmdChoose", "text", "Keine Verbindung")
+        self.assertFalse(program.get("cmdChoose")["enabled"])
+        panel = program.get("StatusBar1_2")
+        self.assertEqual((panel["text"], panel["enabled"], panel["toolTip"]),
+                         ("Keine Internetverbindung", True, "Überprüfen Sie Ihren Internetanschluss."))
+        self.assertNotIn("usb-news.csv", self.downloads())
+
     # The stick
 
     def expect_stick(self, expected):
@@ -286,62 +278,3 @@ class WindowCase(unittest.TestCase):
 def snapshot_of(files):
     """Sizes and checksums: shorter to read than the bytes when they differ."""
     return {name: (len(data), hashlib.sha256(data).hexdigest()) for name, data in files.items()}
-
-
-# Running the tests of a file beside each other
-
-
-class Notes(unittest.TestResult):
-    """Keeps what happens to one test, to tell it in one go."""
-
-    KINDS = ("startTest", "stopTest", "addSuccess", "addError", "addFailure", "addSkip", "addExpectedFailure",
-             "addUnexpectedSuccess", "addSubTest")
-
-    def __init__(self):
-        super().__init__()
-        self.calls = []
-
-    def tell(self, result):
-        for kind, arguments in self.calls:
-            getattr(result, kind)(*arguments)
-
-
-def _noting(kind):
-    def note(self, *arguments):
-        getattr(unittest.TestResult, kind)(self, *arguments)
-        self.calls.append((kind, arguments))
-
-    return note
-
-
-for _kind in Notes.KINDS:
-    setattr(Notes, _kind, _noting(_kind))
-
-
-class SideBySide(unittest.TestSuite):
-    """Runs its tests in threads; each is reported when it is done."""
-
-    def run(self, result, debug=False):
-        lock = threading.Lock()
-
-        def run_one(test):
-            notes = Notes()
-            test(notes)
-            with lock:
-                notes.tell(result)
-
-        with ThreadPoolExecutor(SIDE_BY_SIDE) as threads:
-            list(threads.map(run_one, self))
-        return result
-
-
-def _tests_of(suite):
-    for test in suite:
-        if isinstance(test, unittest.TestSuite):
-            yield from _tests_of(test)
-        else:
-            yield test
-
-
-def side_by_side(_loader, tests, _pattern):
-    return SideBySide(_tests_of(tests))

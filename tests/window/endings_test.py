@@ -1,12 +1,14 @@
 """Every way to end, at bad moments. What is on the stick stays, the process says 0 or 1 and is gone."""
 
+import threading
 import unittest
 
-from case import CONFIRMATION, FIRMWARE, SETTINGS, SUCCESS, TITLE, WindowCase, side_by_side
-from fault_server import slow
+from case import CONFIRMATION, COPIED, SUCCESS, TITLE, WindowCase
+from server_files import FIRMWARE, SETTINGS
+from side_by_side import side_by_side
 
+LARGE = FIRMWARE * 2000  # takes minutes by the trickle below
 SAVED = b"[USB Tool]\r\nchkAuto=0\r\ncmbSize=0\r\n"
-SHIPPED = {"autorun.inf": None, "orvantastick.ico": None}
 
 
 class Endings(WindowCase):
@@ -14,9 +16,24 @@ class Endings(WindowCase):
         self.assertEqual(program.exit_status(), 0, program.output())
         self.assertEqual((program.folder / "Settings.ini").read_bytes(), SAVED)
 
+    def setUp(self):
+        super().setUp()
+        self.hurry = threading.Event()
+
+    def trickle(self, handler):
+        """LARGE, a read's worth at a time, until the test is in a hurry."""
+        handler.send_head(len(LARGE))
+        sent = 0
+        while not self.hurry.is_set():
+            handler.wfile.write(LARGE[sent : sent + 2048])
+            sent += 2048
+            if handler.server.stopping.wait(0.02):
+                return
+        handler.wfile.write(LARGE[sent:])
+
     def start_download(self, slow_file, panel):
-        """A job in the middle of a file that would take a minute."""
-        self.serve(slow_file, slow(FIRMWARE, 2048, 12))
+        """A job in the middle of a file."""
+        self.serve(slow_file, self.trickle)
         program = self.start_loaded()
         self.confirm(program)
         program.wait_for("StatusBar1_2", "text", lambda text: text.startswith(panel))
@@ -62,46 +79,44 @@ class MidDownload(Endings):
 
 
 class SecondClick(Endings):
+    WRITTEN = {"sr200.abs": LARGE, "sr200_at.sdx": SETTINGS} | COPIED
+
     def start_second(self):
-        program = self.start_download_of_seconds()
+        program = self.start_download("sr200.abs.txt", "Firmware-Update .")
+        self.assertTrue(program.get("cmdChoose")["enabled"])
         program.click("cmdChoose")
         program.wait_message(title=CONFIRMATION)
         return program
 
-    def start_download_of_seconds(self):
-        self.serve("sr200.abs.txt", slow(FIRMWARE, 2048, 1))
-        program = self.start_loaded()
-        self.confirm(program)
-        program.wait_for("StatusBar1_2", "text", lambda text: text.startswith("Firmware-Update ."))
-        self.assertTrue(program.get("cmdChoose")["enabled"])
-        return program
+    def expect_success(self, program):
+        program.wait_message(title=SUCCESS)
+        program.answer("OK")
 
     def test_cancelled(self):
         program = self.start_second()
         program.answer("Abbrechen")
-        program.wait_message(title=SUCCESS)
-        program.answer("OK")
-        self.expect_stick({"sr200.abs": FIRMWARE, "sr200_at.sdx": SETTINGS} | SHIPPED)
+        self.hurry.set()
+        self.expect_success(program)
+        self.expect_stick(self.WRITTEN)
         self.close(program)
 
     def test_a_second_job_inside_of_the_first(self):
         program = self.start_second()
-        self.serve("sr200.abs.txt", FIRMWARE)
+        self.hurry.set()
         program.answer("OK")
-        for _ in range(2):
-            program.wait_message(title=SUCCESS)
-            program.answer("OK")
-        self.expect_stick({"sr200.abs": FIRMWARE, "sr200_at.sdx": SETTINGS} | SHIPPED)
+        self.expect_success(program)
+        self.expect_success(program)
+        self.expect_stick(self.WRITTEN)
         self.close(program)
 
     def test_what_was_confirmed_is_what_is_written(self):
         self.serve("sr300.abs.txt", b"of another receiver")
-        program = self.start_download_of_seconds()
+        program = self.start_download("sr200.abs.txt", "Firmware-Update .")
         program.click("Firm_Option_2")
         program.wait_for("Firm_Option_2", "checked", True)
-        program.wait_message(title=SUCCESS)
-        program.answer("OK")
-        self.expect_stick({"sr200.abs": FIRMWARE, "sr200_at.sdx": SETTINGS} | SHIPPED)
+        self.hurry.set()
+        self.expect_success(program)
+        self.expect_stick(self.WRITTEN)
 
 
 class BehindABox(Endings):

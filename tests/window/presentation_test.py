@@ -2,7 +2,8 @@
 
 import unittest
 
-from case import CONFIRMATION, WindowCase, side_by_side
+from case import CONFIRMATION, WindowCase
+from side_by_side import side_by_side
 
 STICK = ["cmdSearch", "cmdOpen", "txtDT_Cap", "Command1", "txtFAT", "cmbSize", "txtOpenPath", "chkAuto", "cmdtest"]
 

@@ -1,13 +1,15 @@
 // The program as a Qt application: its event loop, its pump, its end.
 #include "toolkit/backend.h"
+
+#include "platform/device_events.h"
 #include "toolkit/qt/end_signals.h"
 #include "toolkit/qt/form.h"
 #include "toolkit/qt/german_texts.h"
 #include "toolkit/qt/picture.h"
 
 #include <QApplication>
-#include <QElapsedTimer>
 #include <QSessionManager>
+#include <QTimer>
 
 #include <chrono>
 
@@ -26,6 +28,8 @@ using Clock = std::chrono::steady_clock;
 /// cannot tell when a click or a repaint comes so much later, and the download would take several times as
 /// long without it.
 constexpr std::chrono::milliseconds shortestPause{4};
+
+constexpr int longestPump = 50; // milliseconds
 
 constexpr int programIcon = 103;
 
@@ -52,9 +56,12 @@ Ending run(int argc, char** argv, const std::function<void()>& start) {
     qt::GermanTexts germanTexts;
     QCoreApplication::installTranslator(&germanTexts);
     qt::EndSignals endSignals;
+    platform::setDeviceEventDelivery([](const std::function<void()>& message) { dispatch(message); });
     // In the loop, so that a start which ends the program at once finds a loop to end.
-    QMetaObject::invokeMethod(
-        &application, [&start] { dispatch(start); }, Qt::QueuedConnection);
+    QTimer atOnce;
+    atOnce.setSingleShot(true);
+    QObject::connect(&atOnce, &QTimer::timeout, &application, [&start] { dispatch(start); });
+    atOnce.start(0);
     if (!quitting) QApplication::exec();
     qt::releaseAllWindows();
     return ending();
@@ -63,7 +70,8 @@ Ending run(int argc, char** argv, const std::function<void()>& start) {
 void backend::pumpEvents() {
     static Clock::time_point lastEnd;
     if (Clock::now() - lastEnd < shortestPause) return;
-    QCoreApplication::processEvents();
+    // With a limit it goes on until nothing is pending; without one it would look only once.
+    QCoreApplication::processEvents(QEventLoop::AllEvents, longestPump);
     lastEnd = Clock::now();
 }
 

@@ -8,12 +8,12 @@ namespace toolkit::qt {
 
 namespace {
 
-constexpr auto kinds = {adaptLabel,       adaptOptionButton, adaptButton,   adaptMenuItem, adaptTextBox,
-                        adaptStatusPanel, adaptFrame,        adaptCheckBox, adaptComboBox, adaptImage,
-                        adaptPictureBox,  adaptTimer,        adaptStatusBar};
+constexpr auto kinds = {adaptLabel,       adaptOptionButton, adaptButton,    adaptMenuItem, adaptTextBox,
+                        adaptStatusPanel, adaptFrame,        adaptCheckBox,  adaptComboBox, adaptImage,
+                        adaptPictureBox,  adaptTimer,        adaptStatusBar, adaptListView};
 
 std::unique_ptr<Adaptor> adapt(Control& control, QWidget& window) {
-    QObject* part = window.findChild<QObject*>(fromUtf8(control.name()));
+    auto* part = window.findChild<QObject*>(fromUtf8(control.name()));
     for (const auto kind : kinds)
         if (std::unique_ptr<Adaptor> adaptor = kind(control, part)) return adaptor;
     qFatal("The layout of %s has no part that can show the control %s.", qUtf8Printable(window.objectName()),

@@ -16,6 +16,7 @@ std::unique_ptr<Adaptor> adaptComboBox(Control& control, QObject* part);
 std::unique_ptr<Adaptor> adaptFrame(Control& control, QObject* part);
 std::unique_ptr<Adaptor> adaptImage(Control& control, QObject* part);
 std::unique_ptr<Adaptor> adaptLabel(Control& control, QObject* part);
+std::unique_ptr<Adaptor> adaptListView(Control& control, QObject* part);
 std::unique_ptr<Adaptor> adaptMenuItem(Control& control, QObject* part);
 std::unique_ptr<Adaptor> adaptOptionButton(Control& control, QObject* part);
 std::unique_ptr<Adaptor> adaptPictureBox(Control& control, QObject* part);

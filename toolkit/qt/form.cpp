@@ -1,5 +1,6 @@
 #include "toolkit/qt/form.h"
 
+#include "platform/device_events.h"
 #include "toolkit/backend.h"
 #include "toolkit/qt/binding.h"
 #include "toolkit/qt/form_window.h"
@@ -12,6 +13,7 @@
 #include <QEventLoop>
 #include <QPointer>
 
+#include <utility>
 #include <vector>
 
 namespace toolkit {
@@ -21,6 +23,9 @@ namespace qt {
 namespace {
 
 class WindowView;
+
+/// What a window's procedure hears last. Windows: WM_DESTROY.
+constexpr std::uint32_t destroyMessage = 2;
 
 std::vector<WindowView*>& liveViews() {
     static std::vector<WindowView*> views;
@@ -32,7 +37,7 @@ WindowHandle nextHandle() {
     return ++last;
 }
 
-class WindowView : public FormView {
+class WindowView final : public FormView {
 public:
     explicit WindowView(Form& form) : form_(form), window_(new FormWindow), handle_(nextHandle()) {
         if (!setUpLayout(form.name(), *window_))
@@ -80,6 +85,7 @@ public:
     void close() override {
         releaseControls();
         if (window_ != nullptr) window_->hide();
+        tellDestroyed();
         if (modalLoop_ != nullptr) modalLoop_->quit();
     }
 
@@ -96,10 +102,15 @@ public:
 
     void releaseWindow() {
         releaseControls();
+        tellDestroyed();
         delete window_.data();
     }
 
 private:
+    void tellDestroyed() {
+        if (!std::exchange(destroyed_, true)) platform::sendWindowMessage(handle_, destroyMessage, 0, 0);
+    }
+
     void showAll() {
         show(Property::Icon);
         if (form_.caption().empty()) form_.setCaption(toUtf8(window_->windowTitle()));
@@ -129,6 +140,7 @@ private:
     std::vector<Adaptor*> adaptors_;
     QEventLoop* modalLoop_ = nullptr;
     WindowHandle handle_;
+    bool destroyed_ = false;
 };
 
 } // namespace

@@ -6,6 +6,8 @@
 #include <QLayout>
 #include <QScreen>
 
+#include <algorithm>
+
 namespace toolkit::qt {
 
 namespace {
@@ -14,8 +16,9 @@ namespace {
 /// first.
 void activateLayouts(QWidget& window) {
     const auto parts = window.findChildren<QWidget*>();
-    for (auto part = parts.rbegin(); part != parts.rend(); ++part)
-        if (QLayout* layout = (*part)->layout()) layout->activate();
+    std::for_each(parts.rbegin(), parts.rend(), [](const QWidget* part) {
+        if (QLayout* layout = part->layout()) layout->activate();
+    });
     window.layout()->activate();
 }
 
@@ -46,9 +49,7 @@ void FormWindow::changeEvent(QEvent* event) {
     QDialog::changeEvent(event);
     if (event->type() != QEvent::FontChange || layout() == nullptr) return;
     applyPresentation(*this);
-    if (isVisible())
-        QMetaObject::invokeMethod(
-            this, [this] { fitScreen(); }, Qt::QueuedConnection);
+    if (isVisible()) fitScreen();
 }
 
 void FormWindow::closeEvent(QCloseEvent* event) {

@@ -1,5 +1,7 @@
 #include "toolkit/qt/layouts.h"
 
+#include "ui_Form1.h"
+#include "ui_frmAuswahl.h"
 #include "ui_frmMain.h"
 
 #include <array>
@@ -20,6 +22,8 @@ struct Entry {
 
 constexpr std::array layouts = {
     Entry{"frmMain", setUp<Ui::frmMain>},
+    Entry{"frmAuswahl", setUp<Ui::frmAuswahl>},
+    Entry{"Form1", setUp<Ui::Form1>},
 };
 
 } // namespace

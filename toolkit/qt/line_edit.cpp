@@ -21,11 +21,11 @@ QString charactersOf(const QKeyEvent& event) {
         break;
     }
     if ((event.modifiers() & (Qt::AltModifier | Qt::MetaModifier)) != 0) return {};
-    if (event.key() == Qt::Key_Backspace) return QString(QChar(u'\b'));
+    if (event.key() == Qt::Key_Backspace) return {QChar(u'\b')};
     // Not every platform gives the control character itself.
     const bool letter = event.key() >= Qt::Key_A && event.key() <= Qt::Key_Z;
     if (letter && (event.modifiers() & Qt::ControlModifier) != 0)
-        return QString(QChar(static_cast<char16_t>(event.key() - Qt::Key_A + 1)));
+        return {QChar(static_cast<char16_t>(event.key() - Qt::Key_A + 1))};
     return event.text();
 }
 

@@ -72,6 +72,7 @@ int backend::showMessage(std::string_view text, int style, std::string_view titl
     box.setWindowTitle(title.empty() ? QString::fromLatin1(qt::programTitle) : qt::fromUtf8(title));
     const std::vector<qt::Choice> choices = qt::choices(style);
     std::vector<QPushButton*> buttons;
+    buttons.reserve(choices.size());
     for (const qt::Choice& choice : choices)
         buttons.push_back(box.addButton(QString::fromLatin1(choice.caption), choice.role));
     box.setDefaultButton(buttons.front());

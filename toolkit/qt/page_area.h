@@ -1,6 +1,8 @@
 #pragma once
 
 #include <QEvent>
+#include <QLayout>
+#include <QScreen>
 #include <QScrollArea>
 #include <QScrollBar>
 
@@ -19,7 +21,11 @@ public:
 
     QSize sizeHint() const override {
         if (!property("wantsContents").toBool() || widget() == nullptr) return minimumSize();
-        return widget()->sizeHint() + QSize(2 * frameWidth(), 2 * frameWidth());
+        // Broken lines need more height the less width the screen leaves.
+        QSize size = widget()->sizeHint().boundedTo(screen()->availableSize());
+        if (const QLayout* layout = widget()->layout(); layout != nullptr && layout->hasHeightForWidth())
+            size.setHeight(layout->totalHeightForWidth(size.width()));
+        return size + QSize(2 * frameWidth(), 2 * frameWidth());
     }
     QSize minimumSizeHint() const override { return {}; }
 

@@ -6,6 +6,7 @@
 #include <QPainter>
 #include <QResizeEvent>
 
+#include <algorithm>
 #include <vector>
 
 namespace toolkit::qt {
@@ -49,10 +50,10 @@ void layOut(QWidget* widget) {
     std::vector<QWidget*> branch;
     for (QWidget* w = widget; w != nullptr; w = w->isWindow() ? nullptr : w->parentWidget())
         branch.push_back(w);
-    for (auto w = branch.rbegin(); w != branch.rend(); ++w) {
-        QResizeEvent resize((*w)->size(), (*w)->size());
-        QApplication::sendEvent(*w, &resize);
-    }
+    std::for_each(branch.rbegin(), branch.rend(), [](QWidget* w) {
+        QResizeEvent resize(w->size(), w->size());
+        QApplication::sendEvent(w, &resize);
+    });
 }
 
 } // namespace

@@ -6,6 +6,7 @@
 #include <QPainter>
 #include <QTextLayout>
 #include <QToolTip>
+#include <QtMath>
 
 #include <limits>
 
@@ -31,6 +32,8 @@ int WrappingLabel::maximumLines() const {
 
 int WrappingLabel::layOut(int width, QPainter* painter, bool* cut) const {
     const QFontMetrics metrics(font());
+    // Rounded up, or the dots of a capital umlaut are cut.
+    const int ascent = qCeil(QFontMetricsF(font()).ascent());
     int count = 0;
     for (const QString& paragraph : text().split(QLatin1Char('\n'))) {
         QTextLayout layout(paragraph, font(), this);
@@ -44,8 +47,7 @@ int WrappingLabel::layOut(int width, QPainter* painter, bool* cut) const {
             const QString rest = paragraph.mid(line.textStart());
             const QString shown = last ? metrics.elidedText(rest.left(width), Qt::ElideRight, width)
                                        : rest.left(line.textLength());
-            if (painter != nullptr)
-                painter->drawText(0, (count - 1) * metrics.lineSpacing() + metrics.ascent(), shown);
+            if (painter != nullptr) painter->drawText(0, (count - 1) * metrics.lineSpacing() + ascent, shown);
             if (cut != nullptr && last) *cut = shown != rest;
             if (last) return count;
         }
@@ -59,7 +61,9 @@ int WrappingLabel::heightForWidth(int given) const {
     const int width = qMax(given, minimumSizeHint().width());
     if (known_.width != width || known_.text != text() || known_.font != font())
         known_ = {width, layOut(width, nullptr), text(), font()};
-    return qMax(1, known_.lines) * QFontMetrics(font()).lineSpacing();
+    const QFontMetricsF metrics(font());
+    const int lastLine = qCeil(metrics.ascent()) + qCeil(metrics.descent());
+    return qMax(0, known_.lines - 1) * QFontMetrics(font()).lineSpacing() + lastLine;
 }
 
 QSize WrappingLabel::sizeHint() const {

@@ -1,7 +1,7 @@
 // What only the Linux side can be asked: its time-outs without waiting for them, its memory, its proxies.
 #include "platform/http.h"
 
-#include "platform/linux/http_address.h"
+#include "platform/http_address.h"
 #include "platform/linux/http_timeouts.h"
 #include "tests/conformance/environment_server.h"
 
@@ -175,14 +175,14 @@ TEST_F(HttpLimits, SystemProxyIsAskedUnlessTheAccessIsDirect) {
 
 TEST(HttpAddress, EscapesWhatIsIllegal) {
     using namespace std::string_literals;
-    EXPECT_EQ(posix::httpAddress("HTTP://h/a b\"<>\\^`{|}\x7F"s),
+    EXPECT_EQ(httpAddress("HTTP://h/a b\"<>\\^`{|}\x7F"s),
               "HTTP://h/a%20b%22%3C%3E%5C%5E%60%7B%7C%7D%7F");
-    EXPECT_EQ(posix::httpAddress("http://h/\r\n\0x"s), "http://h/%0D%0A%00x");
-    EXPECT_EQ(posix::httpAddress("https://u@[::1]:8/%41%zz?a=b&c#d"), "https://u@[::1]:8/%41%zz?a=b&c#d");
+    EXPECT_EQ(httpAddress("http://h/\r\n\0x"s), "http://h/%0D%0A%00x");
+    EXPECT_EQ(httpAddress("https://u@[::1]:8/%41%zz?a=b&c#d"), "https://u@[::1]:8/%41%zz?a=b&c#d");
 }
 
 TEST(HttpAddress, IsNothingWithoutItsScheme) {
     for (const char* address :
          {"", "h", "http:", "http:/x", "http://", "ftp://h/", "file:///x", " http://h/"})
-        EXPECT_FALSE(posix::httpAddress(address)) << address;
+        EXPECT_FALSE(httpAddress(address)) << address;
 }

@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-namespace platform::posix {
+namespace platform {
 
 /// The address with every character percent-escaped that no address may hold (blanks, control characters,
 /// bytes of non-ASCII characters, one of `"<>\^`{|}`); what is legal, "%" included, stays as it is. No value
@@ -16,4 +16,4 @@ std::optional<std::string> httpAddress(std::string_view address);
 /// Whether `text` begins with `prefix`, ASCII letters regardless of case.
 bool startsWithNoCase(std::string_view text, std::string_view prefix);
 
-} // namespace platform::posix
+} // namespace platform

@@ -1,8 +1,8 @@
-#include "platform/linux/http_address.h"
+#include "platform/http_address.h"
 
 #include <algorithm>
 
-namespace platform::posix {
+namespace platform {
 
 namespace {
 
@@ -49,4 +49,4 @@ std::optional<std::string> httpAddress(std::string_view address) {
     return std::nullopt;
 }
 
-} // namespace platform::posix
+} // namespace platform

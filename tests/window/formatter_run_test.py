@@ -1,0 +1,148 @@
+"""What becomes of the formatter that the assistant starts."""
+
+import os
+import unittest
+
+from assistant import ANSWER, DONE, FAILED, FIRST, FORMATTER, NOT_STARTED, THIRD, AssistantCase
+from case import REPORT_TITLE, TITLE
+from side_by_side import each, side_by_side
+
+ENDLESS = "while :; do sleep 0.05; done\n"
+
+
+class Formatter(AssistantCase):
+    def test_done(self):
+        program = self.start_assistant(ANSWER + "echo 'Size: 1 GB'; echo Done\n")
+        self.start_format(program)
+        program.wait_message()
+        self.picture(program, "assistant-done")
+        self.expect_result(program, DONE)
+        self.assertEqual((self.note(program, "called"), self.note(program, "answered")), ("-c64 H:\n", "y\n"))
+        self.close(program)
+
+    @each({"lower case": "echo done\n", "nothing": "", "only on standard error": "echo Done >&2\n",
+           "another answer": "echo Refused.; exit 3\n"})
+    def test_failed(self, script):
+        program = self.start_assistant(ANSWER + script)
+        self.start_format(program)
+        program.wait_message()
+        self.picture(program, "assistant-failed")
+        self.expect_result(program, FAILED)
+
+    @each({"without a line end": "printf Done", "within a word": "echo NotDoneYet", "and an error status":
+           "echo Done; exit 1", "just before the end": "head -c 300000 /dev/zero | tr '\\0' x; printf Done",
+           "in two parts": "printf Do; sleep 0.2; printf ne", "and ten megabytes after it":
+           "printf Done; head -c 10000000 /dev/zero | tr '\\0' x"})
+    def test_done_in_other_ways(self, script):
+        program = self.start_assistant(script + "\n")
+        self.start_format(program)
+        self.expect_result(program, DONE)
+
+    def test_missing(self):
+        program = self.start_assistant(None)
+        self.start_format(program)
+        program.wait_message()
+        self.picture(program, "assistant-missing")
+        self.drop_message(program, REPORT_TITLE, NOT_STARTED, 48)
+        self.expect_result(program, FAILED)
+        self.close(program)
+
+    def test_not_executable(self):
+        program = self.start_assistant()
+        (program.folder / FORMATTER).chmod(0o644)
+        self.start_format(program)
+        self.drop_message(program, REPORT_TITLE, NOT_STARTED, 48)
+        self.expect_result(program, FAILED)
+
+    def test_no_program_at_all(self):
+        program = self.start_assistant()
+        program.write(FORMATTER, b"\x00\x01 no program")
+        (program.folder / FORMATTER).chmod(0o755)
+        self.start_format(program)
+        self.drop_message(program, REPORT_TITLE, NOT_STARTED, 48)
+        self.expect_result(program, FAILED)
+
+    def test_it_may_be_run_again(self):
+        program = self.start_assistant()
+        self.start_format(program)
+        self.expect_result(program, DONE)
+        self.plug(program, "")
+        self.open(program)
+        self.start_format(program)
+        self.expect_result(program, DONE)
+
+
+class WhileItRuns(AssistantCase):
+    def start_endless(self):
+        """A formatter that does not care for its answer and never ends."""
+        program = self.start_assistant("echo Done\n" + ENDLESS)
+        self.start_format(program)
+        number = self.child(program)
+        self.addCleanup(self.end_child, number)
+        return program, number
+
+    def end_child(self, number):
+        try:
+            os.kill(number, 9)
+        except ProcessLookupError:
+            pass
+
+    def test_the_window_answers(self):
+        program, _ = self.start_endless()
+        program.click("chkAuto", "frmMain")
+        program.wait_for("chkAuto", "checked", True, window="frmMain")
+        self.picture(program, "assistant-running")
+
+    def test_closing_the_assistant_ends_it(self):
+        program, number = self.start_endless()
+        program.close("Form1")
+        self.wait_child_gone(program, number)
+        self.expect_result(program, DONE)  # it had written the word
+        self.close(program)
+
+    def test_closing_the_main_window_ends_it(self):
+        program, number = self.start_endless()
+        program.close("frmMain")
+        self.assertEqual(program.exit_status(), 0, program.output())
+        self.wait_child_gone(program, number)
+
+    def test_told_to_end(self):
+        program, number = self.start_endless()
+        program.terminate()
+        self.assertEqual(program.exit_status(), 0, program.output())
+        self.wait_child_gone(program, number)
+
+    def test_no_second_one(self):
+        program, number = self.start_endless()
+        program.click("Command1", "Form1")
+        program.click("Command2", "Form1")
+        self.expect_step(program, 1, FIRST)
+        self.assertIsNone(program.message())
+        self.assertEqual(self.child(program), number)
+        program.close("Form1")
+        self.expect_result(program, DONE)
+
+    def test_opened_again(self):
+        program, number = self.start_endless()
+        program.click("cmdtest", "frmMain")
+        self.expect_step(program, 3, THIRD.format("H:"))
+        self.assertEqual(self.child(program), number)
+        self.close(program)
+
+    def test_a_disk_that_goes(self):
+        program, _ = self.start_endless()
+        self.plug(program, "")
+        self.expect_step(program, 3, THIRD.format("H:"))
+        program.close("Form1")
+        self.expect_result(program, DONE)
+
+    def test_the_check_for_updates_goes_on_beside_it(self):
+        program, _ = self.start_endless()
+        self.wait_loaded(program)
+        self.assertEqual(program.windows()["frmMain"]["title"], TITLE)
+
+
+load_tests = side_by_side
+
+if __name__ == "__main__":
+    unittest.main()
