@@ -17,14 +17,18 @@ using namespace std::chrono_literals;
 namespace {
 
 const std::array<std::string, 6> settingsCaptions = {
-    "Auswahl nicht verfügbar", "Österreich - Programmierung", "Deutschland - Programmierung",
-    "Italy - List",            "France - List",               "Spain - List",
+    "Auswahl nicht verfügbar",
+    "Österreich - Programmierung",
+    "Deutschland - Programmierung",
+    "Italy - List",
+    "France - List",
+    "Spain - List",
 };
 
 /// The first ten channels of each kind of channel list, in two columns.
 const std::array<std::string, online::settingsKinds> channelOrder = {
-    app::joinLines({"1. ORF 1    6. ZDF", "2. ORF 2    7. BR 3", "3. ATV+     8. SAT 1", "4. TW 1     9. PRO 7",
-                    "5. ARD     10. ..."}),
+    app::joinLines({"1. ORF 1    6. ZDF", "2. ORF 2    7. BR 3", "3. ATV+     8. SAT 1",
+                    "4. TW 1     9. PRO 7", "5. ARD     10. ..."}),
     app::joinLines({"1. ARD      6. SAT 1", "2. ZDF      7. PRO 7", "3. 3 Sat    8. Kabel 1",
                     "4. RTL      9. VOX", "5. RTL 2   10. ..."}),
     app::joinLines({"1. RAI 1    6. Italia1", "2. RAI 2    7. LA 7", "3. RAI 3    8. TSI 1",
@@ -43,21 +47,24 @@ constexpr int programIcon = 103;
 frmMain::frmMain(app::Program& program) : Form("frmMain"), Timer1("Timer1", 4000ms, true), program_(program) {
     addControls();
     connectEvents();
-    for (std::size_t i = 0; i < menuCaptions.size(); ++i) mnuPopup[i].setCaption(menuCaptions[i]);
+    for (std::size_t i = 0; i < menuCaptions.size(); ++i)
+        mnuPopup[i].setCaption(menuCaptions[i]);
 }
 
 frmMain::~frmMain() = default;
 
 void frmMain::addControls() {
     for (Control* control : std::initializer_list<Control*>{
-             &Label15,   &Label16,   &Label17,        &Label18,        &Label19,       &Label21,      &Image1,
-             &lbl_firmstand, &lbl_settstand, &lbl_reihenfolge, &lbl_Aenderung, &frm_News, &cmdChoose, &StatusBar1,
-             &Timer1,    &Frame2,    &lblLW,          &txtDT_Cap,      &Command1,      &txtFAT,       &cmbSize,
-             &lblHDSize, &lblHDFree, &lblHDUsed,      &lblHDFreeColor, &lblHDUsedColor, &Picture1,    &cmdSearch,
-             &cmdOpen,   &txtOpenPath, &cmdSaveOnStick, &chkAuto,      &Frame4,        &cmdtest})
+             &Label15,        &Label16,        &Label17,       &Label18,         &Label19,       &Label21,
+             &Image1,         &lbl_firmstand,  &lbl_settstand, &lbl_reihenfolge, &lbl_Aenderung, &frm_News,
+             &cmdChoose,      &StatusBar1,     &Timer1,        &Frame2,          &lblLW,         &txtDT_Cap,
+             &Command1,       &txtFAT,         &cmbSize,       &lblHDSize,       &lblHDFree,     &lblHDUsed,
+             &lblHDFreeColor, &lblHDUsedColor, &Picture1,      &cmdSearch,       &cmdOpen,       &txtOpenPath,
+             &cmdSaveOnStick, &chkAuto,        &Frame4,        &cmdtest})
         add(*control);
     const auto addArray = [this](auto& array) {
-        for (std::size_t i = 0; i < array.size(); ++i) add(array[i]);
+        for (std::size_t i = 0; i < array.size(); ++i)
+            add(array[i]);
     };
     addArray(Firm_Option);
     addArray(Sett_Option);
@@ -119,7 +126,8 @@ void frmMain::Form_QueryUnload() {
     if (UnsavedChanges) {
         const std::string text =
             app::joinLines({"Sie haben Informationen abgeändert.", "Wollen Sie speichern?"});
-        if (toolkit::messageBox(text, toolkit::YesNoInformation, caption()) == toolkit::Yes) drive::SavePath(*this);
+        if (toolkit::messageBox(text, toolkit::YesNoInformation, caption()) == toolkit::Yes)
+            drive::SavePath(*this);
     }
     SaveSettings();
     basDeklare::UnhookWindow(handle());
@@ -164,7 +172,8 @@ void frmMain::mnuPopup_Click(std::int16_t Index) {
         setVisible(true);
         restore();
     }
-    // The types are counted: they tell how many sticks the scan found, also after one of several has been chosen.
+    // The types are counted: they tell how many sticks the scan found, also after one of several has been
+    // chosen.
     if (Index == openItem && drive.p_GetDT_Count() == 1) drive::OpenDir(*this, drive.p_GetDriveLetters("0"));
 }
 

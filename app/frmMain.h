@@ -23,8 +23,8 @@
 
 class Form1;
 
-/// The main window: its controls, its state, and the handlers of its events. What the handlers do beyond a line or two
-/// stands in the folders of the subject (online, drive, job, format).
+/// The main window: its controls, its state, and the handlers of its events. What the handlers do beyond a
+/// line or two stands in the folders of the subject (online, drive, job, format).
 class frmMain : public toolkit::Form {
 public:
     explicit frmMain(app::Program& program);
@@ -82,9 +82,9 @@ public:
     toolkit::ControlArray<toolkit::MenuItem, 4> mnuPopup{"mnuPopup"};
 
     // State.
-    std::int16_t SelectedFirmware = -1; ///< 0..8, -1 for none
-    std::int16_t SelectedSettings = -1; ///< 0..4, -1 for none
-    bool UnsavedChanges = false;        ///< the standard path was edited and not saved
+    std::int16_t SelectedFirmware = -1;          ///< 0..8, -1 for none
+    std::int16_t SelectedSettings = -1;          ///< 0..4, -1 for none
+    bool UnsavedChanges = false;                 ///< the standard path was edited and not saved
     std::array<std::string, 6> SettingsCaptions; ///< by SelectedSettings + 1
     std::array<std::string, online::settingsKinds> ChannelOrder;
     online::Catalog Receivers;

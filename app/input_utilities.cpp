@@ -11,12 +11,12 @@ std::int16_t digitsOnly(std::int16_t keyCode) {
     return keyCode == backspace || (keyCode >= '0' && keyCode <= '9') ? keyCode : std::int16_t{0};
 }
 
-/// The hours are rounded, halves to the even number, while the minutes are what is left of whole hours: this is
-/// intended.
+/// The hours are rounded, halves to the even number, while the minutes are what is left of whole hours: this
+/// is intended.
 std::string intervalText(const frmMain& window, std::int32_t minutes) {
     if (minutes == 0) {
-        toolkit::messageBox("Kein Wert eingegeben. Es wird autom. 20 minuten eingetragen", toolkit::Information,
-                            window.caption());
+        toolkit::messageBox("Kein Wert eingegeben. Es wird autom. 20 minuten eingetragen",
+                            toolkit::Information, window.caption());
         return "20";
     }
     if (minutes <= 60) return std::to_string(minutes) + " min";

@@ -59,7 +59,8 @@ double numberFromText(std::string_view text) {
 std::int16_t integer16FromText(std::string_view text) {
     const double value = roundHalfToEven(numberFromText(text));
     using Limits = std::numeric_limits<std::int16_t>;
-    if (value < Limits::min() || value > Limits::max()) throw RuntimeError(ErrorNumber::Overflow, std::string(text));
+    if (value < Limits::min() || value > Limits::max())
+        throw RuntimeError(ErrorNumber::Overflow, std::string(text));
     return static_cast<std::int16_t>(value);
 }
 

@@ -36,7 +36,8 @@ void frmMain::LoadSettings() {
         const std::string value = basINI::IniGetValue(std::to_string(i));
         const std::string prefix = key.substr(0, 3);
         if (prefix == "chk") controlOf<toolkit::CheckBox>(*this, key).setValue(app::integer16FromText(value));
-        if (prefix == "cmb") controlOf<toolkit::ComboBox>(*this, key).setListIndex(app::integer16FromText(value));
+        if (prefix == "cmb")
+            controlOf<toolkit::ComboBox>(*this, key).setListIndex(app::integer16FromText(value));
     }
 }
 
@@ -68,5 +69,6 @@ void frmMain::cmbSize_Click() {
 
 void frmMain::SetLabelCap() {
     const std::string unit = cmbSize.text();
-    for (std::size_t i = 0; i < lblSize.size(); ++i) lblSize[i].setCaption(unit);
+    for (std::size_t i = 0; i < lblSize.size(); ++i)
+        lblSize[i].setCaption(unit);
 }

@@ -18,8 +18,8 @@ namespace {
 constexpr const char* severalSticks = "-1";
 constexpr const char* noStick = "-2";
 
-/// The walk compares the position of the last NUL with the length of what is left, so it ends before the last of two or
-/// more roots: the last drive is never examined. This is intended.
+/// The walk compares the position of the last NUL with the length of what is left, so it ends before the last
+/// of two or more roots: the last drive is never examined. This is intended.
 std::vector<std::string> rootsToExamine(std::string text) {
     std::vector<std::string> roots;
     std::size_t position = 0;
@@ -40,8 +40,9 @@ std::string driveStrings() {
     return buffer.substr(0, length);
 }
 
-/// Every section is searched for from the beginning of its file. A file that is all sections, as no program writes it,
-/// must not keep the window waiting: this many bytes are searched at the most, and one section always.
+/// Every section is searched for from the beginning of its file. A file that is all sections, as no program
+/// writes it, must not keep the window waiting: this many bytes are searched at the most, and one section
+/// always.
 constexpr std::uint64_t longestSearch = 256ULL * 1024 * 1024;
 
 } // namespace

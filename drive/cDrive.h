@@ -8,7 +8,8 @@
 #include <string>
 #include <string_view>
 
-/// The removable drives, the choice of the stick among them, its facts, and the parts of the main window that show it.
+/// The removable drives, the choice of the stick among them, its facts, and the parts of the main window that
+/// show it.
 class cDrive {
 public:
     explicit cDrive(app::Program& program) : program_(program) {}
@@ -21,7 +22,8 @@ public:
     std::int32_t p_GetDT_Count() const { return static_cast<std::int32_t>(driveTypes_.count()); }
     void p_Del_DriveTyps() { driveTypes_ = {}; }
 
-    // The drive roots (`E:\`), in the order of the types; entry "0" is the current stick once it has been chosen.
+    // The drive roots (`E:\`), in the order of the types; entry "0" is the current stick once it has been
+    // chosen.
     std::string p_GetDriveLetters(std::string_view Key) const { return driveLetters_.get(Key); }
     /// Appends "\" when the text does not end in one.
     void p_GetDriveLetters_Let(std::string Value);
@@ -33,33 +35,38 @@ public:
     void p_SetUSBInfos(std::string Value) { usbInfos_.add(std::move(Value)); }
     std::int32_t p_USBInfosCount() const { return static_cast<std::int32_t>(usbInfos_.count()); }
 
-    /// The folder on the stick that the user keeps in its profile file, relative to the root, without a leading "\".
+    /// The folder on the stick that the user keeps in its profile file, relative to the root, without a
+    /// leading "\".
     const std::string& mp_StandardPfad() const noexcept { return standardPath_; }
     void mp_StandardPfad(std::string Value) { standardPath_ = std::move(Value); }
 
-    /// Finds the removable drives that hold a medium, then evaluates them. The last drive root is never examined, and
-    /// with 16 or more roots nothing is found.
+    /// Finds the removable drives that hold a medium, then evaluates them. The last drive root is never
+    /// examined, and with 16 or more roots nothing is found.
     void mp_GetDriveTyps();
-    /// Decides from the lists and `sItem` (a root, or empty) what the window shows: a stick, no stick, or what it did.
+    /// Decides from the lists and `sItem` (a root, or empty) what the window shows: a stick, no stick, or
+    /// what it did.
     void ChooseUSB_Info(const std::string& sItem = {});
     /// Shows the stick whose root is entry "0" of the drive letters.
     void SetUSB_Info();
     /// Shows that there is no stick; the drive letter stays in view.
     void RemoveUSB_Info();
-    /// True for an existing folder, and for an existing file whose only attribute is the archive bit. Never fails.
+    /// True for an existing folder, and for an existing file whose only attribute is the archive bit. Never
+    /// fails.
     bool mp_PathExists(const std::string& path) const;
 
     /// Measures a drive (`E:\`): both sizes become 0 when it has no medium.
     void mp_GetDiskSpace(const std::string& sDrive);
-    double TotalSpace() const noexcept { return totalSpace_; }         ///< bytes
-    double TotalFreeSpace() const noexcept { return totalFreeSpace_; } ///< bytes, also those the user may not use
+    double TotalSpace() const noexcept { return totalSpace_; } ///< bytes
+    double TotalFreeSpace() const noexcept {
+        return totalFreeSpace_;
+    } ///< bytes, also those the user may not use
     /// The volume label; stores the name of the file system, too.
     std::string mp_GetDriveName(const std::string& Drive);
     const std::string& mp_FileSystem() const noexcept { return fileSystem_; }
     void mp_SetDriveName(const std::string& Drive, const std::string& Name);
 
-    /// Shows how large, how full and how free the stick is, in the chosen unit. A stick that has no size, because it is
-    /// gone, has no capacities to show: they are emptied.
+    /// Shows how large, how full and how free the stick is, in the chosen unit. A stick that has no size,
+    /// because it is gone, has no capacities to show: they are emptied.
     void GetDriveCapacity();
 
     /// A little-endian number of 64 bits.

@@ -18,8 +18,8 @@ void SavePath(frmMain& window) {
     basINI::IniWrite(root + "USB.ini", "Open", "Dir", window.txtOpenPath.text());
 }
 
-/// The choice among several sticks does not shorten the list of drive types, so after it the button does nothing until
-/// a scan finds exactly one. This is intended.
+/// The choice among several sticks does not shorten the list of drive types, so after it the button does
+/// nothing until a scan finds exactly one. This is intended.
 void cmdOpen_Click(frmMain& window) {
     const cDrive& drive = *window.program().Drive;
     if (drive.p_GetDT_Count() == 1) OpenDir(window, window.lblLW.caption() + drive.mp_StandardPfad());

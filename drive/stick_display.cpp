@@ -10,7 +10,8 @@
 namespace {
 
 /// Panel 1 of the status bar, with a picture from the program folder.
-void showStickState(frmMain& window, const char* picture, const char* text, bool enabled, const char* toolTip) {
+void showStickState(frmMain& window, const char* picture, const char* text, bool enabled,
+                    const char* toolTip) {
     toolkit::StatusPanel& panel = window.StatusBar1.panel(1);
     panel.setPicture(toolkit::loadPicture(app::programPath() + picture));
     panel.setText(text);
@@ -34,8 +35,8 @@ void cDrive::SetUSB_Info() {
     drive::showTrayIcon(program_, drive::stickIcon);
 }
 
-/// Takes the value that the last evaluation with a profile file read; a stick chosen in the dialog has had none read in
-/// this pass. This is intended.
+/// Takes the value that the last evaluation with a profile file read; a stick chosen in the dialog has had
+/// none read in this pass. This is intended.
 void cDrive::showStandardPath(const std::string& root) {
     if (!mp_PathExists(root + "USB.ini")) return;
     std::string path = profileValue_;

@@ -62,8 +62,8 @@ bool connected(frmMain& window) {
     return false;
 }
 
-/// The file is called ".txt" on the server and not on the stick, and an empty download is written, too: both are
-/// intended.
+/// The file is called ".txt" on the server and not on the stick, and an empty download is written, too: both
+/// are intended.
 void transfer(frmMain& window, const std::string& root, const std::string& file, const char* downtype) {
     const std::string contents = online::OpenURL(window, online::downloadUrl() + file + ".txt", downtype);
     online::WriteFile(root + file, contents);

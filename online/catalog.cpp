@@ -17,7 +17,8 @@ constexpr std::int16_t none = -1;
 }
 
 /// The piece with that index of a text cut at every separator.
-std::string_view pieceOf(std::string_view text, std::string_view separator, std::size_t index, const char* what) {
+std::string_view pieceOf(std::string_view text, std::string_view separator, std::size_t index,
+                         const char* what) {
     for (; index > 0; --index) {
         const std::size_t end = text.find(separator);
         if (end == std::string_view::npos) outOfRange(what);
@@ -113,9 +114,11 @@ void Firm_Option_Click(frmMain& window, std::int16_t Index) {
     window.SelectedFirmware = Index;
     showReceiver(window, Index);
     for (std::size_t kind = 0; kind < settingsKinds; ++kind) {
-        const bool available = !element(window.Receivers.SettingsFile, Index, static_cast<std::int16_t>(kind)).empty();
+        const bool available =
+            !element(window.Receivers.SettingsFile, Index, static_cast<std::int16_t>(kind)).empty();
         window.Sett_Option[kind].setEnabled(available);
-        if (!available && window.SelectedSettings == static_cast<std::int16_t>(kind)) dropSettings(window, kind);
+        if (!available && window.SelectedSettings == static_cast<std::int16_t>(kind))
+            dropSettings(window, kind);
     }
 }
 

@@ -29,7 +29,8 @@ struct Catalog {
     Table SettingsDate;
 };
 
-/// An element of an array of texts. Throws toolkit::RuntimeError (SubscriptOutOfRange) when there is none, so for -1.
+/// An element of an array of texts. Throws toolkit::RuntimeError (SubscriptOutOfRange) when there is none, so
+/// for -1.
 const std::string& element(std::span<const std::string> texts, std::int16_t index);
 
 /// The same in a table of receivers by kinds of channel list, which is stored kind after kind.
@@ -43,9 +44,9 @@ std::string_view GetLine(std::string_view text, std::size_t index);
 /// toolkit::RuntimeError (SubscriptOutOfRange) when there is none.
 std::string fieldOf(std::string_view line, std::size_t index);
 
-/// Parses usb-list.csv (Windows-1252) into the window's catalog, enables what can be had, and chooses the first
-/// receiver and channel list there are. Throws toolkit::RuntimeError for a catalog that lacks lines or fields, or a
-/// picture that cannot be loaded.
+/// Parses usb-list.csv (Windows-1252) into the window's catalog, enables what can be had, and chooses the
+/// first receiver and channel list there are. Throws toolkit::RuntimeError for a catalog that lacks lines or
+/// fields, or a picture that cannot be loaded.
 void LoadCatalog(frmMain& window, std::string_view text);
 
 /// The user, or LoadCatalog, chose a receiver.

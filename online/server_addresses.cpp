@@ -17,7 +17,8 @@ void store(ServerAddresses& addresses, std::string_view line) {
     if (sign == std::string_view::npos || sign + 1 == line.size()) return;
     const std::string_view key = line.substr(0, sign);
     std::string value = platform::fromAnsi(line.substr(sign + 1));
-    while (value.ends_with('/')) value.pop_back();
+    while (value.ends_with('/'))
+        value.pop_back();
     if (key == "Update") addresses.Update = value;
     if (key == "UpdatePage") addresses.UpdatePage = value;
     if (key == "WebHost") addresses.WebHost = value;

@@ -4,8 +4,8 @@
 
 namespace online {
 
-/// Where the program finds its servers: "Server.ini" in the program folder, section `Server`; what the file does not
-/// name is the built-in default.
+/// Where the program finds its servers: "Server.ini" in the program folder, section `Server`; what the file
+/// does not name is the built-in default.
 struct ServerAddresses {
     std::string Update;     ///< scheme and host of the update server, as in "http://update.orvanta.example"
     std::string UpdatePage; ///< host of the page that offers the program itself

@@ -44,7 +44,8 @@ void reportNoConnection(frmMain& window) {
 
 void showNews(frmMain& window, std::string_view text) {
     const std::string_view line = GetLine(text, 0);
-    for (std::size_t i = 0; i < window.lbl_news.size(); ++i) window.lbl_news[i].setCaption(fieldOf(line, i));
+    for (std::size_t i = 0; i < window.lbl_news.size(); ++i)
+        window.lbl_news[i].setCaption(fieldOf(line, i));
 }
 
 } // namespace

@@ -4,8 +4,9 @@ class frmMain;
 
 namespace online {
 
-/// Asks the update server, once for each start of the program: is this program current, what is new, which receivers
-/// are there. Ends the program at once when it is outdated. Throws toolkit::RuntimeError for malformed server files.
+/// Asks the update server, once for each start of the program: is this program current, what is new, which
+/// receivers are there. Ends the program at once when it is outdated. Throws toolkit::RuntimeError for
+/// malformed server files.
 void CheckForUpdates(frmMain& window);
 
 } // namespace online

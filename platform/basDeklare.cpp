@@ -35,7 +35,8 @@ void UnhookWindow(WindowHandle window) {
 }
 
 /// What kind of device it was is never asked: a mouse that is plugged in has the drives scanned, too.
-std::intptr_t WindowProc(std::intptr_t window, std::uint32_t message, std::uintptr_t wParam, std::intptr_t lParam) {
+std::intptr_t WindowProc(std::intptr_t window, std::uint32_t message, std::uintptr_t wParam,
+                         std::intptr_t lParam) {
     if (message == destroyMessage) UnhookWindow(window);
     if (message == deviceChangeMessage && detecting()) {
         if (wParam == deviceArrival) theListener.arrived();

@@ -25,6 +25,7 @@ void HookWindow(WindowHandle window);
 void UnhookWindow(WindowHandle window);
 
 /// Passes every message on to the previous procedure, and returns its result.
-std::intptr_t WindowProc(std::intptr_t window, std::uint32_t message, std::uintptr_t wParam, std::intptr_t lParam);
+std::intptr_t WindowProc(std::intptr_t window, std::uint32_t message, std::uintptr_t wParam,
+                         std::intptr_t lParam);
 
 } // namespace basDeklare

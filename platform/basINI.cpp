@@ -14,7 +14,8 @@ namespace {
 constexpr std::size_t sectionBufferSize = 32767;
 constexpr std::size_t namesBufferStep = 256;
 
-/// From here on the buffer doubles: each step reads the file anew, and a stick may hold any number of sections.
+/// From here on the buffer doubles: each step reads the file anew, and a stick may hold any number of
+/// sections.
 constexpr std::size_t largestStep = 128 * namesBufferStep;
 
 platform::KeyedList IniKeys;
@@ -63,7 +64,8 @@ void IniReset() {
 void IniReadSection(std::string_view file, std::string_view section) {
     std::string buffer(sectionBufferSize, ' ');
     buffer.resize(platform::profileSection(platform::toAnsi(section), buffer, file));
-    for (const std::string& line : splitAtNul(buffer)) appendLine(line, file);
+    for (const std::string& line : splitAtNul(buffer))
+        appendLine(line, file);
 }
 
 std::string IniGetKey(std::string_view position) {
@@ -82,8 +84,8 @@ std::vector<std::string> IniGetSectionNames(std::string_view file) {
     std::size_t size = 0;
     std::size_t length = 0;
     std::string buffer;
-    // A result two short of the buffer is the sign of a buffer that was too small (or, rarely, an exact fit: then one
-    // more turn tells).
+    // A result two short of the buffer is the sign of a buffer that was too small (or, rarely, an exact fit:
+    // then one more turn tells).
     do {
         size += size < largestStep ? namesBufferStep : size;
         buffer.assign(size, '\0');

@@ -1,4 +1,5 @@
-// INI files: writing single keys, listing sections, and reading sections into two lists that callers walk by position.
+// INI files: writing single keys, listing sections, and reading sections into two lists that callers walk by
+// position.
 #pragma once
 
 #include <cstdint>
@@ -8,15 +9,15 @@
 
 namespace basINI {
 
-/// Writes one key; false when the file could not be written. An empty value is stored as one blank, so that the key
-/// never disappears.
+/// Writes one key; false when the file could not be written. An empty value is stored as one blank, so that
+/// the key never disappears.
 bool IniWrite(std::string_view file, std::string_view section, std::string_view key, std::string_view value);
 
 /// Replaces the lists of keys and values by empty ones.
 void IniReset();
 
-/// Appends the keys and values of a section to the lists. A missing file or section appends nothing; what lies beyond
-/// 32767 characters is cut off. Of a value that contains "=" the text up to there is kept. Throws
+/// Appends the keys and values of a section to the lists. A missing file or section appends nothing; what
+/// lies beyond 32767 characters is cut off. Of a value that contains "=" the text up to there is kept. Throws
 /// toolkit::RuntimeError (SubscriptOutOfRange) at a line without "=".
 void IniReadSection(std::string_view file, std::string_view section);
 

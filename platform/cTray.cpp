@@ -47,16 +47,19 @@ void cTray::TrayIcon_Modify(std::string_view sCaption, std::optional<std::int32_
 
 void cTray::setField(std::size_t offset, std::int32_t value) {
     const auto bits = static_cast<std::uint32_t>(value);
-    for (std::size_t i = 0; i < 4; ++i) record_.at(offset + i) = static_cast<std::uint8_t>((bits >> (8 * i)) & 0xFF);
+    for (std::size_t i = 0; i < 4; ++i)
+        record_.at(offset + i) = static_cast<std::uint8_t>((bits >> (8 * i)) & 0xFF);
 }
 
 std::int32_t cTray::field(std::size_t offset) const {
     std::uint32_t bits = 0;
-    for (std::size_t i = 0; i < 4; ++i) bits |= std::uint32_t{record_.at(offset + i)} << (8 * i);
+    for (std::size_t i = 0; i < 4; ++i)
+        bits |= std::uint32_t{record_.at(offset + i)} << (8 * i);
     return static_cast<std::int32_t>(bits);
 }
 
-/// The text and its NUL come first, blanks fill the rest; a text that fills the field leaves no room for the NUL.
+/// The text and its NUL come first, blanks fill the rest; a text that fills the field leaves no room for the
+/// NUL.
 void cTray::setTip(std::string_view caption) {
     std::string tip = toAnsi(caption) + '\0';
     tip.resize(notify_record::tipLength, ' ');

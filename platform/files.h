@@ -1,6 +1,7 @@
-// Files and folders by the paths of the program: a drive root (`E:\`) or a folder given by program_folder.h, then names
-// separated by `\`. Names match regardless of case. `..` stops at the root; a device name (`NUL`, `COM1`), a control
-// character or one of `<>:"|?*` in a name is a path that is not found. No path leaves its drive.
+// Files and folders by the paths of the program: a drive root (`E:\`) or a folder given by program_folder.h,
+// then names separated by `\`. Names match regardless of case. `..` stops at the root; a device name (`NUL`,
+// `COM1`), a control character or one of `<>:"|?*` in a name is a path that is not found. No path leaves its
+// drive.
 #pragma once
 
 #include <cstdint>
@@ -23,7 +24,7 @@ enum FileAttribute : std::uint32_t {
 };
 
 /// What a file operation came to; the values are the classic run-time error numbers (toolkit::ErrorNumber).
-enum class [[nodiscard]] FileResult {
+enum class [[nodiscard]] FileResult{
     Ok = 0,
     FileNotFound = 53,
     DeviceIo = 57,
@@ -46,8 +47,8 @@ FileResult readWholeFile(std::string_view path, std::string& contents);
 /// Creates the file or empties it, writes the contents and brings them onto the medium before it returns.
 FileResult writeWholeFile(std::string_view path, std::string_view contents);
 
-/// Copies a file, attributes included, over the target if there is one, and brings it onto the medium before it
-/// returns. Windows: `CopyFileA`.
+/// Copies a file, attributes included, over the target if there is one, and brings it onto the medium before
+/// it returns. Windows: `CopyFileA`.
 FileResult copyFile(std::string_view source, std::string_view target);
 
 /// Windows: `DeleteFileA`.
@@ -59,9 +60,10 @@ struct FoundFile {
     std::uint32_t attributes = 0;
 };
 
-/// The entries that a path names: all of a folder when it ends in `\*.*` or `\*`, "." and ".." included where the
-/// folder is not a drive's root; else the one file or folder itself. Windows: `FindFirstFileA`, `FindNextFileA`,
-/// `FindClose`, https://learn.microsoft.com/windows/win32/api/fileapi/nf-fileapi-findfirstfilea
+/// The entries that a path names: all of a folder when it ends in `\*.*` or `\*`, "." and ".." included where
+/// the folder is not a drive's root; else the one file or folder itself. Windows: `FindFirstFileA`,
+/// `FindNextFileA`, `FindClose`,
+/// https://learn.microsoft.com/windows/win32/api/fileapi/nf-fileapi-findfirstfilea
 class FileSearch {
 public:
     explicit FileSearch(std::string_view path);

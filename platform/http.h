@@ -1,5 +1,5 @@
-// Fetching by HTTP. Time-outs: 60 s to connect, 30 s without a byte. Redirects are followed, 10 at the most; nothing
-// but http and https is fetched, redirects included. An error page is content like any other.
+// Fetching by HTTP. Time-outs: 60 s to connect, 30 s without a byte. Redirects are followed, 10 at the most;
+// nothing but http and https is fetched, redirects included. An error page is content like any other.
 #pragma once
 
 #include <cstddef>
@@ -31,8 +31,8 @@ private:
     std::unique_ptr<State> state_;
 };
 
-/// One file being read. A request that could not be opened is a request that reads nothing. The session must outlive
-/// it. Windows: `InternetOpenUrlA`,
+/// One file being read. A request that could not be opened is a request that reads nothing. The session must
+/// outlive it. Windows: `InternetOpenUrlA`,
 /// https://learn.microsoft.com/windows/win32/api/wininet/nf-wininet-internetopenurla
 class InternetRequest {
 public:
@@ -42,9 +42,9 @@ public:
     InternetRequest& operator=(const InternetRequest&) = delete;
     ~InternetRequest();
 
-    /// Waits until the buffer is full or the file ends, and returns the number of bytes stored; 0 at the end of the
-    /// file. After a connection that was lost, what came before it is handed out, then 0. Windows: `InternetReadFile`,
-    /// https://learn.microsoft.com/windows/win32/api/wininet/nf-wininet-internetreadfile
+    /// Waits until the buffer is full or the file ends, and returns the number of bytes stored; 0 at the end
+    /// of the file. After a connection that was lost, what came before it is handed out, then 0. Windows:
+    /// `InternetReadFile`, https://learn.microsoft.com/windows/win32/api/wininet/nf-wininet-internetreadfile
     std::size_t read(std::span<char> buffer);
 
 private:

@@ -1,5 +1,5 @@
-// Private-profile (INI) files. All text here but the path is in the ANSI code page, one character a byte; the path is
-// UTF-8, as in files.h. Section and key names match regardless of case.
+// Private-profile (INI) files. All text here but the path is in the ANSI code page, one character a byte; the
+// path is UTF-8, as in files.h. Section and key names match regardless of case.
 #pragma once
 
 #include <cstdint>
@@ -9,9 +9,9 @@
 
 namespace platform {
 
-/// Stores the lines of a section, comments left out, each followed by a NUL, and one more NUL at the end. Returns the
-/// number of characters without that last NUL; size − 2 when they did not all fit; 0 for a missing file or section.
-/// Windows: `GetPrivateProfileSectionA`,
+/// Stores the lines of a section, comments left out, each followed by a NUL, and one more NUL at the end.
+/// Returns the number of characters without that last NUL; size − 2 when they did not all fit; 0 for a
+/// missing file or section. Windows: `GetPrivateProfileSectionA`,
 /// https://learn.microsoft.com/windows/win32/api/winbase/nf-winbase-getprivateprofilesectiona
 std::uint32_t profileSection(std::string_view section, std::span<char> buffer, std::string_view path);
 
@@ -19,9 +19,9 @@ std::uint32_t profileSection(std::string_view section, std::span<char> buffer, s
 /// https://learn.microsoft.com/windows/win32/api/winbase/nf-winbase-getprivateprofilesectionnamesa
 std::uint32_t profileSectionNames(std::span<char> buffer, std::string_view path);
 
-/// Writes one key, or deletes it (no value), or deletes the section (no key). Lines that it does not touch stay as they
-/// are, and the file's old contents are safe until the new ones are. False when the file could not be written, or when
-/// a text holds a line end or a NUL. Windows: `WritePrivateProfileStringA`,
+/// Writes one key, or deletes it (no value), or deletes the section (no key). Lines that it does not touch
+/// stay as they are, and the file's old contents are safe until the new ones are. False when the file could
+/// not be written, or when a text holds a line end or a NUL. Windows: `WritePrivateProfileStringA`,
 /// https://learn.microsoft.com/windows/win32/api/winbase/nf-winbase-writeprivateprofilestringa
 bool writeProfileString(std::string_view section, std::optional<std::string_view> key,
                         std::optional<std::string_view> value, std::string_view path);

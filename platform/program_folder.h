@@ -4,8 +4,8 @@
 
 namespace platform {
 
-/// Folder of the running program, in the platform's own form, without a separator at the end unless it is a root.
-/// Windows: `GetModuleFileName`.
+/// Folder of the running program, in the platform's own form, without a separator at the end unless it is a
+/// root. Windows: `GetModuleFileName`.
 std::string programFolder();
 
 /// Folder for the program's settings: the program folder when the user may write there, else the user's own

@@ -20,14 +20,14 @@ enum ShellCode : int {
     ShellAccepted = 33,
 };
 
-/// Carries out `verb` ("open") on a document, folder or address. Returns at once; does not wait for what it starts.
-/// Windows: `ShellExecuteA`,
+/// Carries out `verb` ("open") on a document, folder or address. Returns at once; does not wait for what it
+/// starts. Windows: `ShellExecuteA`,
 /// https://learn.microsoft.com/windows/win32/api/shellapi/nf-shellapi-shellexecutea
 int shellExecute(ShellOwner owner, std::string_view verb, std::string_view file, std::string_view parameters,
                  std::string_view directory, int showCommand);
 
-/// Starts the shell's open-with chooser by its command line, "rundll32.exe shell32.dll,OpenAs_RunDLL " and the file,
-/// in a normal window with the focus; false when it could not be started.
+/// Starts the shell's open-with chooser by its command line, "rundll32.exe shell32.dll,OpenAs_RunDLL " and
+/// the file, in a normal window with the focus; false when it could not be started.
 bool startOpenWithChooser(std::string_view commandLine);
 
 } // namespace platform

@@ -10,15 +10,17 @@ namespace {
 
 /// Characters of the bytes 128 to 159; all other bytes are the character of their own number.
 constexpr std::array<char32_t, 32> upperControls = {
-    0x20AC, 0x0081, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021, 0x02C6, 0x2030, 0x0160, 0x2039, 0x0152, 0x008D, 0x017D,
-    0x008F, 0x0090, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022, 0x2013, 0x2014, 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x009D,
-    0x017E, 0x0178,
+    0x20AC, 0x0081, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021, 0x02C6, 0x2030, 0x0160,
+    0x2039, 0x0152, 0x008D, 0x017D, 0x008F, 0x0090, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022,
+    0x2013, 0x2014, 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x009D, 0x017E, 0x0178,
 };
 
 constexpr char32_t noCharacter = 0xFFFD;
 
 void appendUtf8(std::string& text, char32_t c) {
-    const auto byte = [&text](char32_t value) { text += static_cast<char>(static_cast<unsigned char>(value)); };
+    const auto byte = [&text](char32_t value) {
+        text += static_cast<char>(static_cast<unsigned char>(value));
+    };
     if (c < 0x80) {
         byte(c);
     } else if (c < 0x800) {
@@ -35,7 +37,8 @@ char32_t decode(std::string_view character) {
     const auto first = static_cast<unsigned char>(character[0]);
     if (character.size() == 1) return first < 0x80 ? first : noCharacter;
     char32_t value = first & (0x7Fu >> character.size());
-    for (const char c : character.substr(1)) value = (value << 6) | (static_cast<unsigned char>(c) & 0x3Fu);
+    for (const char c : character.substr(1))
+        value = (value << 6) | (static_cast<unsigned char>(c) & 0x3Fu);
     return value;
 }
 
@@ -88,13 +91,15 @@ std::string toAnsi(std::string_view text) {
 
 std::size_t characterCount(std::string_view text) {
     std::size_t count = 0;
-    for (; !text.empty(); text.remove_prefix(characterLength(text))) ++count;
+    for (; !text.empty(); text.remove_prefix(characterLength(text)))
+        ++count;
     return count;
 }
 
 std::string_view firstCharacters(std::string_view text, std::size_t count) {
     std::string_view rest = text;
-    for (; count > 0 && !rest.empty(); --count) rest.remove_prefix(characterLength(rest));
+    for (; count > 0 && !rest.empty(); --count)
+        rest.remove_prefix(characterLength(rest));
     return text.substr(0, text.size() - rest.size());
 }
 

@@ -7,8 +7,8 @@
 
 namespace platform {
 
-/// Windows-1252 to UTF-8. The five bytes that have no character of their own become the control characters of the same
-/// number, as Windows does it, so that every byte comes back from toAnsi().
+/// Windows-1252 to UTF-8. The five bytes that have no character of their own become the control characters of
+/// the same number, as Windows does it, so that every byte comes back from toAnsi().
 std::string fromAnsi(std::string_view bytes);
 
 /// UTF-8 to Windows-1252; "?" for a character that has no byte.

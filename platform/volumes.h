@@ -20,9 +20,9 @@ enum DriveType : std::uint32_t {
     DriveCdRom = 5,
 };
 
-/// Fills the buffer with the drive roots (`C:\`), each followed by a NUL, and one more NUL at the end. Returns the
-/// number of characters without that last NUL; when the buffer is too small it is left alone and the result is the
-/// size that would do, the last NUL included. Windows: `GetLogicalDriveStringsA`,
+/// Fills the buffer with the drive roots (`C:\`), each followed by a NUL, and one more NUL at the end.
+/// Returns the number of characters without that last NUL; when the buffer is too small it is left alone and
+/// the result is the size that would do, the last NUL included. Windows: `GetLogicalDriveStringsA`,
 /// https://learn.microsoft.com/windows/win32/api/fileapi/nf-fileapi-getlogicaldrivestringsa
 std::uint32_t logicalDriveStrings(std::span<char> buffer);
 
@@ -42,8 +42,9 @@ struct DiskFreeSpace {
 /// https://learn.microsoft.com/windows/win32/api/fileapi/nf-fileapi-getdiskfreespaceexa
 bool diskFreeSpace(std::string_view root, DiskFreeSpace& space);
 
-/// Stores the volume's label and the name of its file system ("FAT32"), UTF-8, each closed by a NUL and cut to its
-/// buffer; false, with the buffers as they were, when there is no medium. Windows: `GetVolumeInformationA`,
+/// Stores the volume's label and the name of its file system ("FAT32"), UTF-8, each closed by a NUL and cut
+/// to its buffer; false, with the buffers as they were, when there is no medium. Windows:
+/// `GetVolumeInformationA`,
 /// https://learn.microsoft.com/windows/win32/api/fileapi/nf-fileapi-getvolumeinformationa
 bool volumeInformation(std::string_view root, std::span<char> label, std::span<char> fileSystem);
 
@@ -51,8 +52,8 @@ bool volumeInformation(std::string_view root, std::span<char> label, std::span<c
 /// https://learn.microsoft.com/windows/win32/api/winbase/nf-winbase-setvolumelabela
 bool setVolumeLabel(std::string_view root, std::string_view label);
 
-/// Brings everything written to the drive onto the medium; the drive may be pulled afterwards. False when the medium
-/// did not take it. Windows: `FlushFileBuffers` on the volume.
+/// Brings everything written to the drive onto the medium; the drive may be pulled afterwards. False when the
+/// medium did not take it. Windows: `FlushFileBuffers` on the volume.
 bool settleVolume(std::string_view root);
 
 /// Gives back what the program took of the drives; nothing of this header may be called afterwards.

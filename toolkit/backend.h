@@ -1,5 +1,5 @@
-// What a backend implements; chosen when the program is linked. The core calls it through the functions of the other
-// headers of this folder, never directly.
+// What a backend implements; chosen when the program is linked. The core calls it through the functions of
+// the other headers of this folder, never directly.
 #pragma once
 
 #include "toolkit/dispatch.h"
@@ -17,11 +17,13 @@ Ending run(int argc, char** argv, const std::function<void()>& start);
 
 namespace backend {
 
-/// Builds the window that the layout of the form's name describes, hidden, and binds every control of the form to the
-/// part of the layout that bears its name. A control without one is a defect of the layout and ends the program.
+/// Builds the window that the layout of the form's name describes, hidden, and binds every control of the
+/// form to the part of the layout that bears its name. A control without one is a defect of the layout and
+/// ends the program.
 std::unique_ptr<FormView> createFormView(Form& form);
 
-/// Shows the box and handles events until it is answered. When the program ends meanwhile the answer has no meaning.
+/// Shows the box and handles events until it is answered. When the program ends meanwhile the answer has no
+/// meaning.
 int showMessage(std::string_view text, int style, std::string_view title);
 
 /// Handles pending events.

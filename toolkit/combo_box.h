@@ -26,8 +26,8 @@ public:
 
     /// Index of the selected entry, -1 for none.
     std::int16_t listIndex() const noexcept { return listIndex_; }
-    /// Throws RuntimeError (InvalidProcedureCall) for an index that is neither an entry's nor -1. Choosing none (-1)
-    /// fires nothing: nothing has been selected.
+    /// Throws RuntimeError (InvalidProcedureCall) for an index that is neither an entry's nor -1. Choosing
+    /// none (-1) fires nothing: nothing has been selected.
     void setListIndex(std::int16_t index);
 
     /// Text of the selected entry; empty for none.

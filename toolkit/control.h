@@ -25,8 +25,8 @@ enum class Property {
     Visible,
 };
 
-/// A backend's side of one control. The backend owns it and keeps it alive as long as the control's window is;
-/// it shows what it is told and decides nothing.
+/// A backend's side of one control. The backend owns it and keeps it alive as long as the control's window
+/// is; it shows what it is told and decides nothing.
 class View {
 public:
     View() = default;
@@ -40,8 +40,8 @@ public:
 
 /// A named part of a window, as the program sees it: values with setters, and callbacks for its events.
 ///
-/// Every setter has the same shape: nothing happens when the value does not change; otherwise the value is stored and
-/// the view is told.
+/// Every setter has the same shape: nothing happens when the value does not change; otherwise the value is
+/// stored and the view is told.
 class Control {
 public:
     explicit Control(std::string name) : name_(std::move(name)) {}

@@ -20,7 +20,8 @@ void beginEnding(Ending how) {
 }
 
 std::string report(const RuntimeError& error) {
-    std::string text = "Laufzeitfehler '" + std::to_string(static_cast<int>(error.number())) + "':\r\n\r\n" + error.what();
+    std::string text =
+        "Laufzeitfehler '" + std::to_string(static_cast<int>(error.number())) + "':\r\n\r\n" + error.what();
     if (!error.subject().empty()) text += ":\r\n" + error.subject();
     return text;
 }

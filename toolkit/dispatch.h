@@ -11,13 +11,13 @@ struct Ending {
     bool atOnce = false; ///< nothing that closing does has been done, and nothing of it may be done any more
 };
 
-/// Thrown through a running handler when the program ends in the middle of it. Nobody else catches it; objects on its
-/// way release what they hold of the system and touch nothing of the program.
+/// Thrown through a running handler when the program ends in the middle of it. Nobody else catches it;
+/// objects on its way release what they hold of the system and touch nothing of the program.
 struct Unwind {};
 
-/// Runs the handler of one event. A backend hands every event to the core through this function, and no exception ever
-/// gets past it: an unhandled error is shown to the user, once, and ends the program with status 1. After the program's
-/// end events are not delivered any more.
+/// Runs the handler of one event. A backend hands every event to the core through this function, and no
+/// exception ever gets past it: an unhandled error is shown to the user, once, and ends the program with
+/// status 1. After the program's end events are not delivered any more.
 void dispatch(const std::function<void()>& handler) noexcept;
 
 /// Ends the program after its closing sequence: the event loops return.

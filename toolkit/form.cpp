@@ -14,7 +14,8 @@ char lower(char c) {
 }
 
 bool sameName(std::string_view a, std::string_view b) {
-    return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](char x, char y) { return lower(x) == lower(y); });
+    return std::equal(a.begin(), a.end(), b.begin(), b.end(),
+                      [](char x, char y) { return lower(x) == lower(y); });
 }
 
 } // namespace
@@ -22,8 +23,8 @@ bool sameName(std::string_view a, std::string_view b) {
 Form::~Form() = default;
 
 Control* Form::find(std::string_view name) const {
-    const auto found =
-        std::find_if(controls_.begin(), controls_.end(), [name](const Control* c) { return sameName(c->name(), name); });
+    const auto found = std::find_if(controls_.begin(), controls_.end(),
+                                    [name](const Control* c) { return sameName(c->name(), name); });
     return found == controls_.end() ? nullptr : *found;
 }
 
@@ -56,7 +57,8 @@ void Form::unload() {
     if (!loaded() || unloading_) return;
     unloading_ = true;
     if (onQueryUnload) onQueryUnload();
-    // The view itself stays until the form is loaded again or goes: unload() may have been called from inside of it.
+    // The view itself stays until the form is loaded again or goes: unload() may have been called from inside
+    // of it.
     view_->close();
     attach(nullptr);
     if (onUnload) onUnload();

@@ -35,7 +35,8 @@ public:
     std::function<void(std::size_t item)> onItemClick;
     /// The user double-clicked a row.
     std::function<void()> onDoubleClick;
-    /// The header is about to change; true refuses it. `code` is the notification's number. Windows: WM_NOTIFY.
+    /// The header is about to change; true refuses it. `code` is the notification's number. Windows:
+    /// WM_NOTIFY.
     std::function<bool(std::int32_t code)> onHeaderNotify;
 
     std::int16_t view() const noexcept { return listView_; }
@@ -49,7 +50,8 @@ public:
     const std::vector<Item>& items() const noexcept { return items_; }
     /// Adds a row with its first text and returns its index.
     std::size_t addItem(std::string text);
-    /// Text of a row in column `column` (from 1). Throws RuntimeError (SubscriptOutOfRange) when there is none.
+    /// Text of a row in column `column` (from 1). Throws RuntimeError (SubscriptOutOfRange) when there is
+    /// none.
     void setSubItem(std::size_t item, std::size_t column, std::string text);
 
     /// Row that is marked; none at first.

@@ -7,8 +7,8 @@
 
 namespace toolkit {
 
-/// A surface to draw on. It keeps what is drawn as a list in its own scale units, so the view can paint it at any size
-/// and resolution.
+/// A surface to draw on. It keeps what is drawn as a list in its own scale units, so the view can paint it at
+/// any size and resolution.
 class PictureBox : public Control {
 public:
     struct Size {
@@ -32,7 +32,8 @@ public:
         Color color;
     };
 
-    /// Measures a text in the box's font, in units of the box's scale. The backend's view of a picture box is one.
+    /// Measures a text in the box's font, in units of the box's scale. The backend's view of a picture box is
+    /// one.
     class Measure {
     public:
         Measure() = default;

@@ -8,8 +8,8 @@
 
 namespace toolkit {
 
-/// Fires again and again while it is enabled. What measures the time is the view: the backend's clock in the program,
-/// the test's own hand in tests.
+/// Fires again and again while it is enabled. What measures the time is the view: the backend's clock in the
+/// program, the test's own hand in tests.
 class Timer : public Control {
 public:
     Timer(std::string name, std::chrono::milliseconds interval, bool enabled)

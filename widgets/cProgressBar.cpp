@@ -50,7 +50,8 @@ void cProgressBar::ShowProgress(toolkit::PictureBox& PicProgress, double value, 
                                 bool bShowProzent) {
     value = value < min ? min : value > max ? max : value;
     // The share of max alone, wherever min lies: this is intended.
-    const auto percentage = max > 0 ? static_cast<std::int16_t>(std::floor(value / max * 100 + 0.5)) : std::int16_t{100};
+    const auto percentage =
+        max > 0 ? static_cast<std::int16_t>(std::floor(value / max * 100 + 0.5)) : std::int16_t{100};
 
     PicProgress.setAutoRedraw(true);
     PicProgress.cls();

@@ -13,9 +13,11 @@ public:
     /// Colour at the start of the gradient.
     void StartFarbe(std::int16_t R1, std::int16_t G1, std::int16_t B1);
 
-    /// Draws the bar for `value` within `min` and `max`; `bShowProzent` writes the percentage in its middle, in black or
-    /// white. Afterwards the colours are red (end) and green (start), whatever they were: this is intended.
-    void ShowProgress(toolkit::PictureBox& PicProgress, double value, double min, double max, bool bShowProzent);
+    /// Draws the bar for `value` within `min` and `max`; `bShowProzent` writes the percentage in its middle,
+    /// in black or white. Afterwards the colours are red (end) and green (start), whatever they were: this is
+    /// intended.
+    void ShowProgress(toolkit::PictureBox& PicProgress, double value, double min, double max,
+                      bool bShowProzent);
 
 private:
     toolkit::Color colorAt(double t) const;

@@ -11,8 +11,8 @@
 #include <memory>
 #include <string>
 
-/// The dialog in which the user picks one of several sticks. "Verwenden" makes the chosen one the current stick; any
-/// other way out changes nothing.
+/// The dialog in which the user picks one of several sticks. "Verwenden" makes the chosen one the current
+/// stick; any other way out changes nothing.
 class frmAuswahl : public toolkit::Form {
 public:
     explicit frmAuswahl(app::Program& program);

@@ -18,7 +18,8 @@ namespace {
 /// Window and number of an icon.
 using IconKey = std::pair<std::uint32_t, std::uint32_t>;
 
-/// Emptied by the deletion of every icon; what is left goes with the process and its connection to the desktop.
+/// Emptied by the deletion of every icon; what is left goes with the process and its connection to the
+/// desktop.
 std::map<IconKey, std::unique_ptr<QSystemTrayIcon>>& icons() {
     static auto* const theIcons = new std::map<IconKey, std::unique_ptr<QSystemTrayIcon>>;
     return *theIcons;
@@ -26,7 +27,8 @@ std::map<IconKey, std::unique_ptr<QSystemTrayIcon>>& icons() {
 
 std::uint32_t field(const NotifyIconRecord& record, std::size_t offset) {
     std::uint32_t value = 0;
-    for (std::size_t i = 0; i < 4; ++i) value |= std::uint32_t{record.at(offset + i)} << (8 * i);
+    for (std::size_t i = 0; i < 4; ++i)
+        value |= std::uint32_t{record.at(offset + i)} << (8 * i);
     return value;
 }
 

@@ -2,9 +2,9 @@
 // https://www.freedesktop.org/wiki/Software/xdg-utils/
 #include "platform/shell.h"
 
+#include "platform/http_address.h"
 #include "platform/linux/desktop_command.h"
 #include "platform/linux/file_io.h"
-#include "platform/http_address.h"
 #include "platform/linux/open_with_portal.h"
 #include "platform/linux/path.h"
 

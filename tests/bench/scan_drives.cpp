@@ -20,7 +20,8 @@ std::size_t scan() {
     for (std::size_t end = rest.find('\0'); end != std::string_view::npos; end = rest.find('\0')) {
         const std::string root(rest.substr(0, end));
         platform::DiskFreeSpace space;
-        if (platform::driveType(root) == platform::DriveRemovable && platform::diskFreeSpace(root, space)) ++measured;
+        if (platform::driveType(root) == platform::DriveRemovable && platform::diskFreeSpace(root, space))
+            ++measured;
         rest.remove_prefix(end + 1);
     }
     return measured;

@@ -42,7 +42,7 @@ void FormWindow::fitScreen() {
 }
 
 void FormWindow::reject() {
-    if (parentWidget() != nullptr) requestClose();
+    if (isModal()) requestClose();
 }
 
 void FormWindow::changeEvent(QEvent* event) {

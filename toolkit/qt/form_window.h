@@ -19,7 +19,8 @@ public:
     /// Gives the contents the room they want, as far as the screen allows; never takes any.
     void fitScreen();
 
-    /// Escape; only a dialog takes it as a wish to close.
+    /// Escape; only a modal dialog takes it as a wish to close. The assistant has no way to cancel what it
+    /// does.
     void reject() override;
 
 protected:

@@ -59,12 +59,30 @@ QString bounded(const QString& text) {
     return text.size() <= longestText ? text : text.left(longestText) + QChar(0x2026);
 }
 
+int depth(const QWidget* window) {
+    int owners = 0;
+    for (; window != nullptr; window = window->parentWidget())
+        ++owners;
+    return owners;
+}
+
+/// The window in front. Right after a box has closed none is active yet: then the one that has the most
+/// owners is it.
+QWidget* frontWindow() {
+    if (QWidget* const active = QApplication::activeWindow()) return active;
+    QWidget* front = nullptr;
+    for (QWidget* const window : QApplication::topLevelWidgets())
+        if (window->isVisible() && window->inherits("QDialog") && depth(window) > depth(front))
+            front = window;
+    return front;
+}
+
 } // namespace
 
 } // namespace qt
 
 int backend::showMessage(std::string_view text, int style, std::string_view title) {
-    QMessageBox box(QApplication::activeWindow());
+    QMessageBox box(qt::frontWindow());
     box.setObjectName(QStringLiteral("MessageBox"));
     box.setTextFormat(Qt::PlainText);
     box.setText(qt::bounded(qt::lines(text)));

@@ -175,8 +175,7 @@ TEST_F(HttpLimits, SystemProxyIsAskedUnlessTheAccessIsDirect) {
 
 TEST(HttpAddress, EscapesWhatIsIllegal) {
     using namespace std::string_literals;
-    EXPECT_EQ(httpAddress("HTTP://h/a b\"<>\\^`{|}\x7F"s),
-              "HTTP://h/a%20b%22%3C%3E%5C%5E%60%7B%7C%7D%7F");
+    EXPECT_EQ(httpAddress("HTTP://h/a b\"<>\\^`{|}\x7F"s), "HTTP://h/a%20b%22%3C%3E%5C%5E%60%7B%7C%7D%7F");
     EXPECT_EQ(httpAddress("http://h/\r\n\0x"s), "http://h/%0D%0A%00x");
     EXPECT_EQ(httpAddress("https://u@[::1]:8/%41%zz?a=b&c#d"), "https://u@[::1]:8/%41%zz?a=b&c#d");
 }
