@@ -47,11 +47,21 @@ constexpr int programIcon = 103;
 frmMain::frmMain(app::Program& program) : Form("frmMain"), Timer1("Timer1", 4000ms, true), program_(program) {
     addControls();
     connectEvents();
+    disableAtFirst();
     for (std::size_t i = 0; i < menuCaptions.size(); ++i)
         mnuPopup[i].setCaption(menuCaptions[i]);
 }
 
 frmMain::~frmMain() = default;
+
+/// Nothing can be chosen before the catalog is there, and nothing saved before there is something new.
+void frmMain::disableAtFirst() {
+    for (std::size_t i = 0; i < Firm_Option.size(); ++i)
+        Firm_Option[i].setEnabled(false);
+    for (std::size_t i = 0; i < Sett_Option.size(); ++i)
+        Sett_Option[i].setEnabled(false);
+    cmdSaveOnStick.setEnabled(false);
+}
 
 void frmMain::addControls() {
     for (Control* control : std::initializer_list<Control*>{

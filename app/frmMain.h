@@ -116,6 +116,7 @@ public:
 private:
     void addControls();
     void connectEvents();
+    void disableAtFirst();
 
     app::Program& program_;
     std::unique_ptr<Form1> assistant_;

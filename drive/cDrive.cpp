@@ -119,6 +119,5 @@ void cDrive::ChooseUSB_Info(const std::string& sItem) {
 
 bool cDrive::mp_PathExists(const std::string& path) const {
     const auto attributes = platform::fileAttributes(path);
-    if (attributes != platform::FileDirectory && attributes != platform::FileArchive) return false;
-    return true;
+    return attributes && (*attributes == platform::FileDirectory || *attributes == platform::FileArchive);
 }

@@ -1,9 +1,11 @@
 #include "online/server_addresses.h"
 
 #include "app/program_path.h"
+#include "platform/http_address.h"
 #include "platform/profile.h"
 #include "platform/text.h"
 
+#include <optional>
 #include <string_view>
 
 namespace online {
@@ -12,30 +14,34 @@ namespace {
 
 constexpr std::size_t sectionBufferSize = 4096;
 
-void store(ServerAddresses& addresses, std::string_view line) {
+/// Of several lines with one key the first counts, as everywhere in such a file.
+void store(std::optional<std::string>& address, std::string_view key, std::string_view line) {
     const std::size_t sign = line.find('=');
-    if (sign == std::string_view::npos || sign + 1 == line.size()) return;
-    const std::string_view key = line.substr(0, sign);
-    std::string value = platform::fromAnsi(line.substr(sign + 1));
-    while (value.ends_with('/'))
-        value.pop_back();
-    if (key == "Update") addresses.Update = value;
-    if (key == "UpdatePage") addresses.UpdatePage = value;
-    if (key == "WebHost") addresses.WebHost = value;
+    if (address || sign != key.size() || sign + 1 == line.size()) return;
+    if (!platform::startsWithNoCase(line, key)) return;
+    address = platform::fromAnsi(line.substr(sign + 1));
+    while (address->ends_with('/'))
+        address->pop_back();
 }
 
 } // namespace
 
 ServerAddresses serverAddresses() {
-    ServerAddresses addresses{"http://update.orvanta.example", "www.orvanta.example", "www.brellix.example"};
+    std::optional<std::string> update;
+    std::optional<std::string> updatePage;
+    std::optional<std::string> webHost;
     std::string buffer(sectionBufferSize, '\0');
     buffer.resize(platform::profileSection("Server", buffer, app::programPath() + "Server.ini"));
     std::string_view rest = buffer;
     for (std::size_t end = rest.find('\0'); end != std::string_view::npos; end = rest.find('\0')) {
-        store(addresses, rest.substr(0, end));
+        const std::string_view line = rest.substr(0, end);
+        store(update, "Update", line);
+        store(updatePage, "UpdatePage", line);
+        store(webHost, "WebHost", line);
         rest.remove_prefix(end + 1);
     }
-    return addresses;
+    return {update.value_or("http://update.orvanta.example"), updatePage.value_or("www.orvanta.example"),
+            webHost.value_or("www.brellix.example")};
 }
 
 std::string downloadUrl() {

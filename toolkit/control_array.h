@@ -18,7 +18,7 @@ public:
 
     Kind& operator[](std::size_t index) { return *elements_.at(index); }
     const Kind& operator[](std::size_t index) const { return *elements_.at(index); }
-    static constexpr std::size_t size() noexcept { return Count; }
+    constexpr std::size_t size() const noexcept { return Count; }
 
 private:
     std::array<std::unique_ptr<Kind>, Count> elements_;

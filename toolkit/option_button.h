@@ -56,7 +56,7 @@ public:
 
     OptionButton& operator[](std::size_t index) { return *elements_.at(index); }
     const OptionButton& operator[](std::size_t index) const { return *elements_.at(index); }
-    static constexpr std::size_t size() noexcept { return Count; }
+    constexpr std::size_t size() const noexcept { return Count; }
 
 private:
     void select(OptionButton& button, std::size_t index) {

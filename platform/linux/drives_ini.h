@@ -2,10 +2,14 @@
 // it is the whole table. A section a drive:
 //
 //   [E:]
-//   Type=2               2 removable, 3 fixed, 4 remote, 5 optical
-//   Path=stick           folder, absolute or below the program folder; a drive whose folder is missing has no
-//   medium Label=ORVANTA FileSystem=FAT32 Total=4294967296     bytes; without Free the files below Path are
-//   what is used Free=1000000000      bytes
+//   Type=2             2 removable, 3 fixed, 4 remote, 5 optical
+//   Path=stick         folder, absolute or below the program folder
+//   Label=ORVANTA
+//   FileSystem=FAT32
+//   Total=4294967296   bytes; without it what statvfs says of Path
+//   Free=1000000000    bytes; without it Total less the files below Path
+//
+// A drive whose folder is missing has no medium.
 #pragma once
 
 #include "platform/linux/drive_source.h"

@@ -14,17 +14,9 @@ namespace {
 
 Computer theComputer;
 
-/// The layout of the main window has these controls disabled.
-bool disabledByLayout(const std::string& name) {
-    return name.starts_with("Firm_Option_") || name.starts_with("Sett_Option_") || name == "cmdSaveOnStick";
-}
-
 class Window : public toolkit::FormView {
 public:
-    explicit Window(toolkit::Form& form) : form_(form), name_(form.name()) {
-        for (toolkit::Control* control : form.controls())
-            if (disabledByLayout(control->name())) control->setEnabled(false);
-    }
+    explicit Window(toolkit::Form& form) : form_(form), name_(form.name()) {}
 
     void show(toolkit::Property) override {}
     void open(FormView*) override { computer().windows.push_back("open " + name_); }

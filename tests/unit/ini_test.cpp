@@ -196,6 +196,19 @@ TEST_F(Ini, TheBufferOfNamesGrowsByStepsOf256WhileItIsTooSmall) {
     EXPECT_TRUE(empty);
 }
 
+TEST_F(Ini, FromTheHundredAndTwentyEighthStepTheBufferOfNamesDoubles) {
+    std::vector<std::size_t> sizes;
+    fake::computer().profile = [&](std::span<char> buffer, const std::string&) {
+        sizes.push_back(buffer.size());
+        return give(buffer, "", sizes.size() < 130 ? buffer.size() - 2 : 0);
+    };
+    EXPECT_EQ(IniGetSectionNames(file), Names{""});
+    ASSERT_EQ(sizes.size(), 130U);
+    EXPECT_EQ(sizes[127], 32768U);
+    EXPECT_EQ(sizes[128], 65536U);
+    EXPECT_EQ(sizes[129], 131072U);
+}
+
 TEST_F(Ini, ACompleteAnswerTwoShortOfTheBufferCostsOneMoreTurn) {
     const std::string names = std::string(253, 'a') + '\0'; // 254 characters
     int calls = 0;

@@ -223,3 +223,9 @@ TEST_F(ServerAddresses, WhatTheFileDoesNotNameIsTheDefault) {
     EXPECT_EQ(online::updatePageUrl(), "http://www.orvanta.example");
     EXPECT_EQ(online::sponsorPageUrl(), "http://web.test/index_link.php?ref=usbtool");
 }
+
+TEST_F(ServerAddresses, KeysMatchRegardlessOfCaseAndTheFirstCounts) {
+    serverIni("[Server]\r\nUPDATE=http://first.test\r\nUpdate=http://second.test\r\nwebhost=web.test\r\n");
+    EXPECT_EQ(online::downloadUrl(), "http://first.test/orvanta/download/");
+    EXPECT_EQ(online::serverAddresses().WebHost, "web.test");
+}

@@ -151,9 +151,14 @@ class WindowCase(Tables, unittest.TestCase):
     # The browser
 
     def _make_browser(self):
-        browser = self.home / "bin" / "xdg-open"
-        browser.write_text('#!/bin/sh\nprintf "%s\\n" "$1" >> "$(dirname "$0")/opened"\n')
-        browser.chmod(0o755)
+        """A desktop that takes a note of what it opens, and has a program for every kind of file."""
+        self._make_command("xdg-open", 'printf "%s\\n" "$1" >> "$(dirname "$0")/opened"')
+        self._make_command("xdg-mime", 'case "$2" in filetype) echo text/plain ;; default) echo any.desktop ;; esac')
+
+    def _make_command(self, name, line):
+        command = self.home / "bin" / name
+        command.write_text(f"#!/bin/sh\n{line}\n")
+        command.chmod(0o755)
 
     def opened(self):
         """Addresses and folders that were opened, oldest first."""
