@@ -4,6 +4,8 @@
 #include "platform/linux/drives_ini.h"
 #include "platform/linux/udisks_drives.h"
 
+#include <utility>
+
 namespace platform::posix {
 
 namespace {
@@ -12,6 +14,7 @@ struct Table {
     IniDrives file;
     UdisksDrives volumes;
     DriveLinks links;
+    std::function<void(const std::string&)> listener;
 };
 
 Table& table() {
@@ -31,7 +34,9 @@ DriveSource& driveSource() {
 }
 
 std::optional<std::string> driveFolder(char letter) {
-    return driveSource().folder(upper(letter));
+    std::optional<std::string> folder = driveSource().folder(upper(letter));
+    if (!folder) driveMissed();
+    return folder;
 }
 
 void mirrorDriveTable() {
@@ -40,6 +45,18 @@ void mirrorDriveTable() {
     for (const char letter : drives.letters())
         if (const std::string target = drives.target(letter); !target.empty()) targets[letter] = target;
     table().links.show(targets);
+}
+
+void drivesListed(const std::string& letters) {
+    if (table().listener) table().listener(letters);
+}
+
+void driveMissed() {
+    drivesListed(driveSource().letters());
+}
+
+void onDrivesListed(std::function<void(const std::string& letters)> listener) {
+    table().listener = std::move(listener);
 }
 
 void releaseDriveTable() {

@@ -1,6 +1,7 @@
 // The drive letters of a system that has none: which volume each letter stands for.
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <string>
 
@@ -17,8 +18,18 @@ std::optional<std::string> driveFolder(char letter);
 DriveSource& driveSource();
 
 /// Shows the table to programs that are started with a drive letter: a link for each drive (`e:`) in a folder
-/// below the user's runtime directory. Costs nothing as long as the table stays the same.
+/// below the user's runtime directory. Sets right what somebody changed; a few system calls when nothing did.
 void mirrorDriveTable();
+
+/// Somebody was told these letters, and may act on it.
+void drivesListed(const std::string& letters);
+
+/// Somebody found a drive empty or gone, and may act on it.
+void driveMissed();
+
+/// Calls the listener with the letters there are at every drivesListed() and driveMissed(); an empty one is
+/// nobody.
+void onDrivesListed(std::function<void(const std::string& letters)> listener);
 
 /// Unmounts what the table mounted and takes the links away.
 void releaseDriveTable();

@@ -60,10 +60,17 @@ DriveWatch::DriveWatch(Listener listener, QObject* parent)
     DriveSource& drives = driveSource();
     drives.refresh();
     known_ = drives.present();
+    onDrivesListed([this](const std::string& letters) { listed(letters); });
+}
+
+DriveWatch::~DriveWatch() {
+    stop();
 }
 
 void DriveWatch::stop() {
+    if (stopped_) return;
     stopped_ = true;
+    onDrivesListed({});
     timer_.stop();
     fileNotifier_.setEnabled(false);
 }
@@ -119,6 +126,16 @@ void DriveWatch::check() {
     const QPointer<DriveWatch> self(this); // the listener may run an event loop of its own
     if (gone) listener(DriveChange::Removal);
     if (came && self && !self->stopped_) listener(DriveChange::Arrival);
+}
+
+/// A drive may be pulled, looked for in vain, and plugged in again before the next check, which would find it
+/// as it was. Whoever looked has to be told, so it counts as another one from here on.
+void DriveWatch::listed(const std::string& letters) {
+    for (PresentDrive& drive : known_) {
+        if (letters.find(drive.letter) != std::string::npos) continue;
+        drive.identity.clear();
+        checkWithin(burst);
+    }
 }
 
 std::vector<PresentDrive> DriveWatch::usableDrives(const std::vector<PresentDrive>& present) {

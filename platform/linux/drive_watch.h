@@ -30,6 +30,9 @@ public:
     using Listener = std::function<void(DriveChange)>;
 
     explicit DriveWatch(Listener listener, QObject* parent = nullptr);
+    DriveWatch(const DriveWatch&) = delete;
+    DriveWatch& operator=(const DriveWatch&) = delete;
+    ~DriveWatch() override;
     /// No call of the listener follows.
     void stop();
 
@@ -42,6 +45,7 @@ private:
     void fileChanged();
     void checkWithin(std::chrono::milliseconds delay);
     void check();
+    void listed(const std::string& letters);
     void listenToBus();
     std::vector<PresentDrive> usableDrives(const std::vector<PresentDrive>& present);
     bool isUsable(const PresentDrive& drive);

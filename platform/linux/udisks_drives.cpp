@@ -22,6 +22,11 @@ constexpr const char* tree = "/";
 constexpr int busyAttempts = 5;
 constexpr auto busyPause = 150ms;
 
+/// Between a mount by the desktop that keeps the program's own one from succeeding and its mount point in the
+/// list.
+constexpr int desktopAttempts = 5;
+constexpr auto desktopPause = 100ms;
+
 constexpr int labelAttempts = 20;
 constexpr auto labelPause = 50ms;
 
@@ -42,14 +47,19 @@ void UdisksDrives::refresh() {
     forgetWhatIsGone();
 }
 
+/// A mount point can be missing in the list although the volume is mounted there: the service may answer to a
+/// mount before it has noticed that it is done. The device tells.
 void UdisksDrives::forgetWhatIsGone() {
     std::map<QString, Mounted> stillThere;
-    for (const UdisksVolume& volume : volumes_) {
+    for (UdisksVolume& volume : volumes_) {
         const auto mounted = mounted_.find(volume.object);
         if (mounted == mounted_.end()) continue;
-        const auto& folders = volume.folders;
-        if (std::find(folders.begin(), folders.end(), mounted->second.folder) != folders.end())
-            stillThere.insert(*mounted);
+        auto& folders = volume.folders;
+        const std::string& folder = mounted->second.folder;
+        const bool listed = std::find(folders.begin(), folders.end(), folder) != folders.end();
+        if (!listed && !isStillMounted(volume)) continue;
+        if (folders.empty()) folders.push_back(folder);
+        stillThere.insert(*mounted);
     }
     mounted_ = std::move(stillThere);
 }
@@ -106,10 +116,20 @@ bool UdisksDrives::mount(char letter) {
         volume->folders = {answer.folder.toStdString()};
         return use(*volume, true);
     }
-    if (answer.outcome != udisks::Outcome::AlreadyMounted) return false;
-    refresh(); // the desktop was faster
-    volume = find(letter);
-    return volume != nullptr && use(*volume, false);
+    return useDesktopMount(letter);
+}
+
+/// The desktop may have been faster. The error tells little: as long as the service has not noticed that
+/// mount, it says that the device is busy, or just that it failed.
+bool UdisksDrives::useDesktopMount(char letter) {
+    for (int attempt = 0;; ++attempt) {
+        refresh();
+        const UdisksVolume* volume = find(letter);
+        if (volume == nullptr || !volume->hasFileSystem) return false;
+        if (!volume->folders.empty()) return use(*volume, false);
+        if (attempt == desktopAttempts) return false;
+        std::this_thread::sleep_for(desktopPause);
+    }
 }
 
 std::optional<std::string> UdisksDrives::folder(char letter) {

@@ -45,6 +45,7 @@ private:
     void forgetWhatIsGone();
     bool isStillMounted(const UdisksVolume& volume) const;
     bool mount(char letter);
+    bool useDesktopMount(char letter);
     bool use(const UdisksVolume& volume, bool byProgram);
     bool unmount(UdisksVolume& volume);
     void waitForLabel(char letter, const std::string& before, std::string_view wanted);

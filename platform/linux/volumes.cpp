@@ -44,10 +44,12 @@ void store(std::string_view text, std::span<char> buffer) {
 std::uint32_t logicalDriveStrings(std::span<char> buffer) {
     posix::DriveSource& drives = posix::driveSource();
     drives.refresh();
+    const std::string letters = drives.letters();
     std::string roots;
-    for (const char letter : drives.letters())
+    for (const char letter : letters)
         roots += {letter, ':', '\\', '\0'};
     posix::mirrorDriveTable();
+    posix::drivesListed(letters);
     const auto length = static_cast<std::uint32_t>(roots.size());
     if (buffer.size() <= roots.size()) return length + 1;
     *std::copy(roots.begin(), roots.end(), buffer.begin()) = '\0';
@@ -55,12 +57,17 @@ std::uint32_t logicalDriveStrings(std::span<char> buffer) {
 }
 
 std::uint32_t driveType(std::string_view root) {
-    return posix::driveSource().type(letterOf(root));
+    const DriveType type = posix::driveSource().type(letterOf(root));
+    if (type == DriveNoRootDir) posix::driveMissed();
+    return type;
 }
 
 bool diskFreeSpace(std::string_view root, DiskFreeSpace& space) {
     const auto measured = posix::driveSource().space(letterOf(root));
-    if (!measured) return false;
+    if (!measured) {
+        posix::driveMissed();
+        return false;
+    }
     space.freeToCaller = littleEndian(measured->freeToCaller);
     space.total = littleEndian(measured->total);
     space.totalFree = littleEndian(measured->totalFree);
@@ -69,7 +76,10 @@ bool diskFreeSpace(std::string_view root, DiskFreeSpace& space) {
 
 bool volumeInformation(std::string_view root, std::span<char> label, std::span<char> fileSystem) {
     const auto names = posix::driveSource().names(letterOf(root));
-    if (!names) return false;
+    if (!names) {
+        posix::driveMissed();
+        return false;
+    }
     store(names->label, label);
     store(names->fileSystem, fileSystem);
     return true;

@@ -14,7 +14,7 @@ int main(int argc, char** argv) {
     if (argc != 2) return EXIT_FAILURE;
     QWidget window;
     window.setObjectName(QStringLiteral("frmMain"));
-    auto* const layout = new QGridLayout(&window);
+    QGridLayout layout(&window);
     constexpr int columns = 6;
     for (int i = 0; i < std::atoi(argv[1]); ++i) {
         QWidget* widget = nullptr;
@@ -24,7 +24,7 @@ int main(int argc, char** argv) {
             widget = new QRadioButton(QStringLiteral("Wahl"));
         else
             widget = new QPushButton(QStringLiteral("Knopf"));
-        layout->addWidget(widget, i / columns, i % columns);
+        layout.addWidget(widget, i / columns, i % columns);
     }
     window.show();
     return QApplication::exec();

@@ -16,6 +16,7 @@ namespace {
 class FakeSystem : public System {
 public:
     std::map<char, std::string> table = {{'C', "/"}, {'E', "/dev/sdb1"}};
+    std::string problemOfTable;
     std::map<std::string, Volume> volumes;
     std::map<std::string, std::string> tools = {
         {"mkfs.fat", "/usr/sbin/mkfs.fat"}, {"sfdisk", "/usr/sbin/sfdisk"}, {"pkexec", "/usr/bin/pkexec"}};
@@ -34,6 +35,7 @@ public:
     std::string output;
     bool settled = false;
 
+    std::string tableProblem() override { return problemOfTable; }
     std::optional<std::string> targetOf(char letter) override {
         const auto found = table.find(letter);
         return found == table.end() ? std::nullopt : std::optional(found->second);
@@ -191,6 +193,11 @@ TEST_F(Fat32Format, ClusterSizeIsInSectorsOf512BytesWhateverTheDiskHas) {
 TEST_F(Fat32Format, LetterThatIsNotInTheTable) {
     options.letter = 'F';
     expectRefusal(Status::UnknownLetter, "There is no drive F:.");
+}
+
+TEST_F(Fat32Format, NoTableOfDrives) {
+    system.problemOfTable = "There is no table.";
+    expectRefusal(Status::UnknownLetter, "There is no table.\n");
 }
 
 TEST_F(Fat32Format, LetterOfAFolder) {
@@ -374,9 +381,42 @@ TEST_F(Fat32Format, BlankDiskGetsATableWithOnePartition) {
 TEST_F(Fat32Format, PartitionThatTheKernelDoesNotSeeIsWrittenThroughTheDisk) {
     useBlankDisk();
     EXPECT_EQ(run(), Status::Done);
-    EXPECT_EQ(system.commands.at(1),
+    EXPECT_EQ(system.commands.at(1), Command({"/usr/sbin/mkfs.fat", "--help"}));
+    EXPECT_EQ(system.commands.at(2),
               Command({"/usr/sbin/mkfs.fat", "-F", "32", "-s", "64", "-S", "512", "--offset=2048", "-h",
                        "2048", "/dev/disk/by-diskseq/7", "488385560"}));
+}
+
+TEST_F(Fat32Format, ToolThatCouldWriteATableOfItsOwnDoesNot) {
+    useBlankDisk();
+    system.results["--help"] = {0, "Options:\n  --mbr[=y|n|a]   Fill (fake) MBR table\n"};
+    EXPECT_EQ(run(), Status::Done);
+    EXPECT_EQ(system.commands.at(2),
+              Command({"/usr/sbin/mkfs.fat", "-F", "32", "-s", "64", "-S", "512", "--offset=2048", "-h",
+                       "2048", "--mbr=n", "/dev/disk/by-diskseq/7", "488385560"}));
+}
+
+TEST_F(Fat32Format, PartitionIsReadyWhenItsNameIsAsLastingAsTheDisks) {
+    Volume disk = blankDisk();
+    Volume first = usbPartition();
+    EXPECT_TRUE(first.isReadyPartitionOf(disk));
+    first.stableNode = first.node; // the kernel is ahead of udev
+    EXPECT_FALSE(first.isReadyPartitionOf(disk));
+    disk.stableNode = disk.node;
+    EXPECT_TRUE(first.isReadyPartitionOf(disk)) << "where udev gives no such names";
+}
+
+TEST_F(Fat32Format, PartitionOfAnotherDiskIsNotReady) {
+    const std::vector<std::function<void(Volume&)>> changes = {
+        [](Volume& v) { v.diskNode = "/dev/sdc"; },
+        [](Volume& v) { v.diskSequence = 8; },
+        [](Volume& v) { v.isPartition = false; },
+    };
+    for (std::size_t i = 0; i < changes.size(); ++i) {
+        Volume other = usbPartition();
+        changes[i](other);
+        EXPECT_FALSE(other.isReadyPartitionOf(blankDisk())) << i;
+    }
 }
 
 TEST_F(Fat32Format, PartitionIsNoLargerThanTheTableCanTell) {

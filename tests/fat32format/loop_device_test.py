@@ -30,7 +30,9 @@ class LoopDevice(unittest.TestCase):
         self.base = pathlib.Path(tempfile.mkdtemp())
         self.addCleanup(shutil.rmtree, self.base)
         self.image = self.base / "image"
-        (self.base / "orvanta-usbtool").mkdir()
+        self.links = self.base / "orvanta-usbtool" / str(os.getpid())
+        self.links.parent.mkdir(mode=0o700)
+        self.links.mkdir(mode=0o700)
         self.attach(256 * MEBIBYTE)
 
     def attach(self, size):
@@ -41,7 +43,7 @@ class LoopDevice(unittest.TestCase):
         self.link(self.device)
 
     def link(self, target):
-        link = self.base / "orvanta-usbtool" / "e:"
+        link = self.links / "e:"
         link.unlink(missing_ok=True)
         link.symlink_to(target)
 

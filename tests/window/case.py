@@ -32,6 +32,7 @@ SHIPPED = Path(os.environ.get("USBTOOL_PROGRAM", BUILD / "program" / "orvanta-us
 DOWNLOADS = "/orvanta/download/"
 GIB = 1024**3
 MIB = 1024**2
+SLOWNESS = int(os.environ.get("USBTOOL_SLOWNESS", "1"))  # of the build: under the sanitizers
 PATIENCE = 80  # seconds: longer than any time-out of the program's, and than a busy machine takes
 
 CONFIRMATION = "Wollen Sie updaten ?"

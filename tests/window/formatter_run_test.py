@@ -75,10 +75,13 @@ class Formatter(AssistantCase):
 class WhileItRuns(AssistantCase):
     def start_endless(self):
         """A formatter that does not care for its answer and never ends."""
-        program = self.start_assistant("echo Done\n" + ENDLESS)
+        program = self.start_assistant('echo Done\ntouch "$(dirname "$0")/written"\n' + ENDLESS)
         self.start_format(program)
         number = self.child(program)
         self.addCleanup(self.end_child, number)
+        program.wait_until((program.folder / "written").exists, what="the word")
+        for _ in range(2):  # the runner looks into the pipe between two answers
+            program.windows()
         return program, number
 
     def end_child(self, number):

@@ -43,8 +43,10 @@ public:
         connect(&widget, &QTreeWidget::itemDoubleClicked, this, [this] { doubleClicked(); });
         connect(widget.header(), &QHeaderView::sectionResized, this,
                 [this](int column, int, int width) { columnResized(column, width); });
-        widget.viewport()->installEventFilter(this);
-        widget.header()->viewport()->installEventFilter(this);
+        viewport_ = widget.viewport();
+        viewport_->installEventFilter(this);
+        headerViewport_ = widget.header()->viewport();
+        headerViewport_->installEventFilter(this);
     }
 
     void release() override {
@@ -52,10 +54,12 @@ public:
         WidgetAdaptor::release();
     }
 
+    /// Events come until the very end of the widget's destruction, so it is not asked which part is which.
     bool eventFilter(QObject* watched, QEvent* event) override {
-        if (watched == &widget_ && event->type() == QEvent::FontChange && !released_) showColumns();
-        if (watched == widget_.header()->viewport() && isMouse(*event)) askForColumns();
-        if (watched == widget_.viewport() && isPress(*event)) {
+        if (released_) return WidgetAdaptor::eventFilter(watched, event);
+        if (watched == &widget_ && event->type() == QEvent::FontChange) showColumns();
+        if (watched == headerViewport_ && isMouse(*event)) askForColumns();
+        if (watched == viewport_ && isPress(*event)) {
             reported_ = false;
             leftButton_ = static_cast<QMouseEvent*>(event)->button() == Qt::LeftButton;
         }
@@ -200,6 +204,8 @@ private:
     bool leftButton_ = false; ///< was the one that was pressed last
     bool resizing_ = false;   ///< by the program
     bool released_ = false;
+    QWidget* viewport_ = nullptr;
+    QWidget* headerViewport_ = nullptr;
 };
 
 } // namespace

@@ -42,6 +42,8 @@ public:
 
 private:
     Volume find() {
+        const std::string problem = system_.tableProblem();
+        if (!problem.empty()) throw Refusal{Status::UnknownLetter, problem};
         const auto target = system_.targetOf(options_.letter);
         if (!target) throw Refusal{Status::UnknownLetter, "There is no drive " + drive_ + "."};
         if (*target == "/") refuseSystem();
@@ -163,6 +165,7 @@ private:
         if (!volume.isPartition) {
             const std::string start = std::to_string(alignment / volume.sectorSize);
             command.insert(command.end(), {"--offset=" + start, "-h", start});
+            if (knowsTableOption()) command.emplace_back("--mbr=n");
         }
         command.push_back(volume.stableNode);
         if (!volume.isPartition) command.push_back(std::to_string(volume.bytes / 1024));
@@ -171,6 +174,11 @@ private:
         percent_ = 0;
         runTool(command, {}, [&] { showProgress(volume); });
         system_.print("100 percent completed.\n");
+    }
+
+    /// Since version 4.2, mkfs.fat may write a partition table of its own onto a whole disk.
+    bool knowsTableOption() {
+        return system_.run({makeTool_, "--help"}, {}, [] {}).output.find("--mbr") != std::string::npos;
     }
 
     void showProgress(const Volume& volume) {
@@ -212,6 +220,11 @@ bool Volume::isSameAs(const Volume& other) const {
     return node == other.node && deviceNumber == other.deviceNumber && diskSequence == other.diskSequence &&
            model == other.model && serial == other.serial && diskBytes == other.diskBytes &&
            bytes == other.bytes && isPartition == other.isPartition;
+}
+
+bool Volume::isReadyPartitionOf(const Volume& disk) const {
+    const bool isNameLasting = stableNode != node || disk.stableNode == disk.node;
+    return isPartition && diskNode == disk.diskNode && diskSequence == disk.diskSequence && isNameLasting;
 }
 
 Status format(System& system, const Options& options) {

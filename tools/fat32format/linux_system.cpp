@@ -58,10 +58,17 @@ std::string firstPartitionNode(const std::string& disk) {
 
 } // namespace
 
+LinuxSystem::LinuxSystem() : table_(findLinkTable(runtimeFolder() / "orvanta-usbtool", getppid())) {}
+
+std::string LinuxSystem::tableProblem() {
+    return table_.problem;
+}
+
 std::optional<std::string> LinuxSystem::targetOf(char letter) {
+    if (table_.folder.empty()) return std::nullopt;
     const std::string name = {static_cast<char>(letter - 'A' + 'a'), ':'};
     std::error_code error;
-    const fs::path target = fs::canonical(runtimeFolder() / "orvanta-usbtool" / name, error);
+    const fs::path target = fs::canonical(table_.folder / name, error);
     if (error) return std::nullopt;
     return target.string();
 }
@@ -78,8 +85,7 @@ std::optional<Volume> LinuxSystem::firstPartitionOf(const Volume& disk) {
     const auto deadline = std::chrono::steady_clock::now() + partitionDeadline;
     do {
         auto partition = inspect(firstPartitionNode(disk.diskNode));
-        const bool isIt = partition && partition->isPartition && partition->diskSequence == disk.diskSequence;
-        if (isIt && partition->diskNode == disk.diskNode) return partition;
+        if (partition && partition->isReadyPartitionOf(disk)) return partition;
         std::this_thread::sleep_for(partitionPause);
     } while (std::chrono::steady_clock::now() < deadline);
     return std::nullopt;

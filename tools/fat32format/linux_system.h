@@ -1,6 +1,7 @@
 #pragma once
 
 #include "tools/fat32format/disk_facts.h"
+#include "tools/fat32format/link_table.h"
 #include "tools/fat32format/system.h"
 
 namespace fat32format {
@@ -8,6 +9,9 @@ namespace fat32format {
 /// The system as it is.
 class LinuxSystem : public System {
 public:
+    LinuxSystem();
+
+    std::string tableProblem() override;
     std::optional<std::string> targetOf(char letter) override;
     std::optional<Volume> inspect(const std::string& node) override;
     std::optional<Volume> firstPartitionOf(const Volume& disk) override;
@@ -23,6 +27,7 @@ public:
 
 private:
     FactFolders folders_;
+    LinkTable table_; ///< the same one from the beginning to the end
 };
 
 } // namespace fat32format

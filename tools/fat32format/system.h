@@ -34,6 +34,8 @@ struct Volume {
 
     /// Whether it is the same piece of the same disk, plugged in since.
     bool isSameAs(const Volume& other) const;
+    /// Whether it lies on the disk, and has a name that is as lasting as the disk's.
+    bool isReadyPartitionOf(const Volume& disk) const;
 };
 
 struct CommandResult {
@@ -48,13 +50,15 @@ public:
     System& operator=(const System&) = delete;
     virtual ~System() = default;
 
+    /// Why there is no table of drives, a sentence; empty when there is one.
+    virtual std::string tableProblem() = 0;
     /// What the letter means in the table of drives: the path of a device, or of a folder; no value when it
     /// is not there.
     virtual std::optional<std::string> targetOf(char letter) = 0;
     /// No value when the path is no block device.
     virtual std::optional<Volume> inspect(const std::string& node) = 0;
-    /// The first partition of a disk that has just been partitioned, when the kernel has it; waits some
-    /// seconds for it.
+    /// The first partition of a disk that has just been partitioned, when the kernel has it, and udev a name
+    /// for it; waits some seconds for it.
     virtual std::optional<Volume> firstPartitionOf(const Volume& disk) = 0;
     /// Bytes that have been written to the volume since the system started.
     virtual std::uint64_t bytesWritten(const Volume& volume) = 0;

@@ -34,7 +34,7 @@ std::optional<Names> membersInFile(const std::string& group) {
 }
 
 class UserName : public testing::Test {
-protected:
+public:
     UserName() {
         if (const char* name = std::getenv("USERNAME")) before_ = name;
     }
@@ -44,6 +44,8 @@ protected:
         else
             unsetenv("USERNAME");
     }
+    UserName(const UserName&) = delete;
+    UserName& operator=(const UserName&) = delete;
 
 private:
     std::optional<std::string> before_;

@@ -13,6 +13,7 @@
 #include <fstream>
 #include <iterator>
 #include <string>
+#include <unistd.h>
 
 using conformance::TemporaryFolder;
 using namespace platform;
@@ -175,7 +176,7 @@ TEST_F(DrivesIni, FolderOfADrive) {
 
 TEST_F(DrivesIni, MirroredAsLinks) {
     ASSERT_EQ(setenv("XDG_RUNTIME_DIR", folder.path().c_str(), 1), 0);
-    const fs::path links = folder.path() / "orvanta-usbtool";
+    const fs::path links = folder.path() / "orvanta-usbtool" / std::to_string(getpid());
     writeDrive("");
     std::array<char, 64> buffer{};
     logicalDriveStrings(buffer);
@@ -186,5 +187,5 @@ TEST_F(DrivesIni, MirroredAsLinks) {
     EXPECT_FALSE(fs::exists(fs::symlink_status(links / "e:")));
     EXPECT_EQ(fs::read_symlink(links / "f:"), "/");
     releaseVolumes();
-    EXPECT_FALSE(fs::exists(links));
+    EXPECT_FALSE(fs::exists(links.parent_path()));
 }

@@ -127,9 +127,21 @@ void UdisksMock::delayLabel(int lists) {
     labelDelay_ = lists;
 }
 
-void UdisksMock::mountBehindTheBack(const QDBusObjectPath& object) {
+void UdisksMock::delayMounts(int lists) {
+    const std::lock_guard lock(mutex_);
+    mountDelay_ = lists;
+}
+
+void UdisksMock::showMounts() {
+    const std::lock_guard lock(mutex_);
+    mountDelay_ = 0;
+    showLateMounts();
+}
+
+void UdisksMock::mountBehindTheBack(const QDBusObjectPath& object, const QString& error) {
     const std::lock_guard lock(mutex_);
     mountedByOther_ = object;
+    errorOfOther_ = error;
 }
 
 QStringList UdisksMock::takeCalls() {
@@ -189,6 +201,7 @@ QDBusMessage UdisksMock::list(const QDBusMessage& message) {
     for (const auto& [object, label] : lateLabels_)
         if (labelDelay_ <= 0) update(object, blockInterface, {{"IdLabel", label}});
     if (labelDelay_-- <= 0) lateLabels_.clear();
+    if (mountDelay_-- <= 0) showLateMounts();
     return message.createReply(QVariant::fromValue(objects_));
 }
 
@@ -197,14 +210,21 @@ bool UdisksMock::isMounted(const QDBusObjectPath& object) const {
     return !qdbus_cast<QByteArrayList>(folders).isEmpty();
 }
 
+void UdisksMock::showLateMounts() {
+    for (const auto& [object, folder] : std::exchange(lateMounts_, {}))
+        update(object, fileSystemInterface, mountedAt({folder}));
+}
+
 QDBusMessage UdisksMock::mount(const QDBusMessage& message) {
     const QDBusObjectPath object(message.path());
     if (!objects_.value(object).contains(fileSystemInterface)) return failure(message, "Failed");
     if (isMounted(object)) return failure(message, "AlreadyMounted");
+    if (lateMounts_.contains(object)) return failure(message, "Failed");
     const std::filesystem::path folder = mountFolder(lastName(object));
     std::filesystem::create_directories(folder);
-    update(object, fileSystemInterface, mountedAt({QByteArray::fromStdString(folder)}));
-    if (object == mountedByOther_) return failure(message, "AlreadyMounted");
+    lateMounts_[object] = QByteArray::fromStdString(folder);
+    if (mountDelay_ <= 0) showLateMounts();
+    if (object == mountedByOther_) return failure(message, errorOfOther_);
     return message.createReply(QString::fromStdString(folder));
 }
 

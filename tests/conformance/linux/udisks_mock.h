@@ -53,8 +53,12 @@ public:
     void failNext(const QString& method, const QString& error, int times = 1);
     /// A label shows only after that many lists of all objects.
     void delayLabel(int lists);
+    /// From now on the mount point of a new mount shows only after that many lists of all objects, or when
+    /// told to show. Until then the service does not know of the mount.
+    void delayMounts(int lists);
+    void showMounts();
     /// When told to mount, someone else has just done it.
-    void mountBehindTheBack(const QDBusObjectPath& object);
+    void mountBehindTheBack(const QDBusObjectPath& object, const QString& error = "AlreadyMounted");
 
     /// Calls since the last time, "Mount sdb1"; lists are not among them.
     QStringList takeCalls();
@@ -75,6 +79,7 @@ private:
     QDBusMessage unmount(const QDBusMessage& message);
     QDBusMessage setLabel(const QDBusMessage& message);
     bool isMounted(const QDBusObjectPath& object) const;
+    void showLateMounts();
     void update(const QDBusObjectPath& object, const QString& interface, const QVariantMap& properties);
 
     TemporaryFolder folder_;
@@ -88,7 +93,10 @@ private:
     std::map<QString, std::pair<QString, int>> failures_;
     int labelDelay_ = 0;
     std::map<QDBusObjectPath, QString> lateLabels_;
+    int mountDelay_ = 0;
+    std::map<QDBusObjectPath, QByteArray> lateMounts_;
     QDBusObjectPath mountedByOther_;
+    QString errorOfOther_;
 };
 
 } // namespace conformance

@@ -1,16 +1,23 @@
 // The drive table over UDisks2: what it asks, mounts, unmounts and labels.
+#include "platform/device_events.h"
 #include "platform/linux/udisks_drives.h"
+#include "platform/volumes.h"
 
 #include "tests/conformance/linux/event_loop.h"
 #include "tests/conformance/linux/udisks_mock.h"
 
 #include <gtest/gtest.h>
 
+#include <QCoreApplication>
 #include <QDBusArgument>
+#include <QProcess>
 
 #include <sys/statvfs.h>
 
+#include <cstdlib>
 #include <filesystem>
+#include <string_view>
+#include <tuple>
 
 using namespace conformance;
 using namespace platform;
@@ -19,6 +26,26 @@ using posix::UdisksDrives;
 namespace {
 
 [[maybe_unused]] const auto* world = testing::AddGlobalTestEnvironment(new EventWorld);
+
+/// Runs this file's program as one that uses a stick and ends.
+constexpr const char* asProgram = "--use-stick-and-end";
+
+std::intptr_t ignoreMessage(std::intptr_t /*window*/, std::uint32_t /*message*/, std::uintptr_t /*wParam*/,
+                            std::intptr_t /*lParam*/) {
+    return 0;
+}
+
+/// Only a process of its own can lose its application: the stand-in's thread would not survive that.
+int useStickAndEnd(int argc, char** argv) {
+    {
+        const QCoreApplication application(argc, argv);
+        setWindowProcedure(1, ignoreMessage); // so the bus is listened to, as for the main window
+        DiskFreeSpace space;
+        if (!diskFreeSpace("D:\\", space)) return EXIT_FAILURE;
+    }
+    releaseVolumes();
+    return EXIT_SUCCESS;
+}
 
 class UdisksTable : public testing::Test {
 protected:
@@ -140,6 +167,41 @@ TEST_F(UdisksTable, DesktopThatMountsAtTheSameMoment) {
     EXPECT_EQ(calls(), QStringList());
 }
 
+TEST_F(UdisksTable, DesktopThatMountsAtTheSameMomentShowsLate) {
+    addStick("sdb1", 17);
+    addStick("sdc1", 33);
+    for (const auto& [letter, name, error] :
+         {std::tuple('D', "sdb1", "Failed"), std::tuple('E', "sdc1", "DeviceBusy")}) {
+        drives.refresh();
+        mock.mountBehindTheBack(blockPath(name), error);
+        mock.delayMounts(2);
+        EXPECT_EQ(drives.folder(letter), mock.mountFolder(name));
+        EXPECT_EQ(calls(), QStringList{QString("Mount ") + name});
+    }
+    drives.release();
+    EXPECT_EQ(calls(), QStringList()) << "they are the desktop's";
+}
+
+TEST_F(UdisksTable, MountThatShowsLateStaysTheProgramsOwn) {
+    addStick("sdb1", 17);
+    mock.delayMounts(1000);
+    ASSERT_TRUE(drives.folder('D'));
+    drives.refresh();
+    EXPECT_FALSE(isMounted("sdb1")) << "the service has not noticed yet";
+    EXPECT_EQ(drives.folder('D'), mock.mountFolder("sdb1"));
+    EXPECT_EQ(calls(), QStringList{"Mount sdb1"});
+    mock.showMounts();
+    EXPECT_TRUE(drives.settle('D'));
+    EXPECT_EQ(calls(), QStringList{"Unmount sdb1"});
+    mock.delayMounts(1000);
+    ASSERT_TRUE(drives.folder('D'));
+    drives.refresh();
+    mock.showMounts();
+    calls();
+    drives.release();
+    EXPECT_EQ(calls(), QStringList{"Unmount sdb1"});
+}
+
 TEST_F(UdisksTable, ReleaseUnmountsWhatTheProgramMounted) {
     addStick("sdb1", 17);
     addStick("sdc1", 33);
@@ -150,6 +212,13 @@ TEST_F(UdisksTable, ReleaseUnmountsWhatTheProgramMounted) {
     calls();
     drives.release();
     EXPECT_EQ(calls(), (QStringList{"Unmount sdb1", "Unmount sdc1"}));
+}
+
+TEST_F(UdisksTable, ReleaseNeedsNoApplication) {
+    addStick("sdb1", 17);
+    EXPECT_EQ(QProcess::execute(QCoreApplication::applicationFilePath(), {asProgram}), EXIT_SUCCESS);
+    EXPECT_EQ(calls(), (QStringList{"Mount sdb1", "Unmount sdb1"}));
+    EXPECT_FALSE(isMounted("sdb1"));
 }
 
 TEST_F(UdisksTable, MountThatIsRefusedIsNoMedium) {
@@ -291,4 +360,10 @@ TEST_F(UdisksTable, WithoutTheServiceOnlyTheSystemDrives) {
     calls();
     drives.release();
     EXPECT_EQ(calls(), QStringList{"Unmount sdb1"}) << "the program has not forgotten what it mounted";
+}
+
+int main(int argc, char** argv) {
+    if (argc == 2 && argv[1] == std::string_view(asProgram)) return useStickAndEnd(argc, argv);
+    testing::InitGoogleTest(&argc, argv);
+    return RUN_ALL_TESTS();
 }

@@ -1,0 +1,143 @@
+// Whose letters count, when programs run side by side.
+#include "tools/fat32format/link_table.h"
+
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <cstdlib>
+#include <stdexcept>
+#include <sys/wait.h>
+#include <unistd.h>
+
+using namespace fat32format;
+
+namespace fs = std::filesystem;
+
+namespace {
+
+/// A process that does nothing until it is ended.
+class Child {
+public:
+    Child() : id_(fork()) {
+        if (id_ != 0) return;
+        alarm(60); // should the test never get to its end
+        for (;;)
+            pause();
+    }
+    Child(const Child&) = delete;
+    Child& operator=(const Child&) = delete;
+    ~Child() { end(); }
+
+    pid_t id() const { return id_; }
+    void end() {
+        if (ended_) return;
+        kill(id_, SIGKILL);
+        waitpid(id_, nullptr, 0);
+        ended_ = true;
+    }
+
+private:
+    pid_t id_;
+    bool ended_ = false;
+};
+
+class LinkTableOf : public testing::Test {
+protected:
+    LinkTableOf() {
+        std::string name = fs::temp_directory_path() / "link-table-XXXXXX";
+        if (mkdtemp(name.data()) == nullptr) throw std::runtime_error("no temporary folder");
+        base = name;
+        gone.end();
+    }
+    ~LinkTableOf() override {
+        std::error_code ignored;
+        fs::remove_all(base, ignored);
+    }
+
+    static void makeFolder(const fs::path& folder) {
+        fs::create_directory(folder);
+        fs::permissions(folder, fs::perms::owner_all);
+    }
+    fs::path folderOf(const Child& process) const { return common() / std::to_string(process.id()); }
+    fs::path show(const Child& process) const {
+        makeFolder(common());
+        makeFolder(folderOf(process));
+        return folderOf(process);
+    }
+    fs::path common() const { return base / "orvanta-usbtool"; }
+
+    /// For each the folder, or else the reason, never both.
+    std::string find(const Child& parent) const {
+        const LinkTable table = findLinkTable(common(), parent.id());
+        EXPECT_NE(table.folder.empty(), table.problem.empty());
+        return table.folder.empty() ? table.problem : table.folder.string();
+    }
+    static bool says(const std::string& text, const std::string& part) {
+        return text.find(part) != std::string::npos;
+    }
+
+    fs::path base;
+    Child one;
+    Child two;
+    Child shell; ///< shows no table
+    Child gone;
+};
+
+} // namespace
+
+TEST_F(LinkTableOf, ParentBesideOthers) {
+    show(one);
+    show(two);
+    EXPECT_EQ(find(one), folderOf(one));
+    EXPECT_EQ(find(two), folderOf(two));
+}
+
+TEST_F(LinkTableOf, OnlyOneByHand) {
+    show(one);
+    show(gone);
+    fs::create_directory(common() / "e:");
+    EXPECT_EQ(find(shell), folderOf(one));
+}
+
+TEST_F(LinkTableOf, SeveralByHand) {
+    show(one);
+    show(two);
+    EXPECT_TRUE(says(find(shell), "runs more than once"));
+}
+
+TEST_F(LinkTableOf, NobodyByHand) {
+    EXPECT_TRUE(says(find(shell), "does not run"));
+    makeFolder(common());
+    EXPECT_TRUE(says(find(shell), "does not run"));
+    show(gone);
+    EXPECT_TRUE(says(find(shell), "does not run"));
+}
+
+TEST_F(LinkTableOf, FolderThatOthersMayWriteTo) {
+    const fs::path own = show(one);
+    for (const fs::path& folder : {own, common()}) {
+        for (const fs::perms others : {fs::perms::group_write, fs::perms::others_write}) {
+            fs::permissions(folder, fs::perms::owner_all | others);
+            EXPECT_TRUE(says(find(one), "Others than the user")) << folder;
+            EXPECT_TRUE(says(find(shell), "Others than the user")) << folder;
+        }
+        fs::permissions(folder, fs::perms::owner_all | fs::perms::group_read);
+        EXPECT_EQ(find(one), own);
+    }
+}
+
+TEST_F(LinkTableOf, FolderThatIsElsewhere) {
+    show(two);
+    fs::create_directory_symlink(folderOf(two), folderOf(one));
+    EXPECT_TRUE(says(find(one), "Others than the user"));
+}
+
+TEST_F(LinkTableOf, FolderOfAnotherUser) {
+    if (geteuid() != 0) GTEST_SKIP() << "only root can give a folder away";
+    const fs::path own = show(one);
+    for (const fs::path& folder : {own, common()}) {
+        ASSERT_EQ(chown(folder.c_str(), 65534, 65534), 0);
+        EXPECT_TRUE(says(find(one), "Others than the user")) << folder;
+        ASSERT_EQ(chown(folder.c_str(), 0, 0), 0);
+    }
+}
