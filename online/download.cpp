@@ -2,12 +2,12 @@
 
 #include "app/frmMain.h"
 #include "app/number_text.h"
-#include "online/block_text.h"
 #include "platform/files.h"
 #include "platform/http.h"
 #include "toolkit/pump.h"
 #include "toolkit/runtime_error.h"
 
+#include <algorithm>
 #include <array>
 #include <limits>
 
@@ -52,6 +52,13 @@ void count(std::int16_t& reads) {
     ++reads;
 }
 
+/// Room for the whole file from the start: a text that grows holds its contents twice again and again. What a
+/// server announces is not to be trusted, so there is a limit, beyond which it grows after all.
+void makeRoom(std::string& result, const platform::InternetRequest& request) {
+    constexpr std::uint64_t largest = 512ULL * 1024 * 1024;
+    result.reserve(static_cast<std::size_t>(std::min(request.announcedLength().value_or(0), largest)));
+}
+
 void check(platform::FileResult result, std::string_view path) {
     if (result != platform::FileResult::Ok)
         throw toolkit::RuntimeError(static_cast<toolkit::ErrorNumber>(result), std::string(path));
@@ -63,7 +70,7 @@ std::string OpenURL(frmMain& window, std::string_view URL, std::string_view down
     const Progress* const progress = progressOf(downtype);
     std::string status = progress == nullptr ? std::string() : std::string(progress->text) + ".";
     std::int16_t reads = 0;
-    BlockText result;
+    std::string result;
 
     platform::InternetSession session(agent, OpenType);
     platform::InternetRequest request(session, URL, platform::internetFlagReload);
@@ -72,7 +79,8 @@ std::string OpenURL(frmMain& window, std::string_view URL, std::string_view down
         count(reads);
         const std::size_t length = request.read(buffer);
         if (length == 0) break;
-        result.append(std::span(buffer).first(length));
+        if (result.empty()) makeRoom(result, request);
+        result.append(buffer.data(), length);
         if (progress == nullptr) continue;
         showProgress(window.StatusBar1.panel(2), status, *progress);
         if (reads == progress->readsPerDot) {
@@ -81,7 +89,7 @@ std::string OpenURL(frmMain& window, std::string_view URL, std::string_view down
         }
         toolkit::DoEvents();
     }
-    return std::move(result).join();
+    return result;
 }
 
 bool FileExists(std::string_view Path) {

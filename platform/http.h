@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -46,6 +47,10 @@ public:
     /// of the file. After a connection that was lost, what came before it is handed out, then 0. Windows:
     /// `InternetReadFile`, https://learn.microsoft.com/windows/win32/api/wininet/nf-wininet-internetreadfile
     std::size_t read(std::span<char> buffer);
+
+    /// Length in bytes that the server announced; no value when it did not, or before the first read().
+    /// Whether so much comes is another matter. Windows: `HttpQueryInfoA`, HTTP_QUERY_CONTENT_LENGTH.
+    std::optional<std::uint64_t> announcedLength() const;
 
 private:
     struct State;

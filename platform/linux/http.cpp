@@ -253,4 +253,12 @@ std::size_t InternetRequest::read(std::span<char> buffer) {
     return state_->take(buffer);
 }
 
+std::optional<std::uint64_t> InternetRequest::announcedLength() const {
+    curl_off_t length = -1;
+    if (!state_ || curl_easy_getinfo(state_->easy, CURLINFO_CONTENT_LENGTH_DOWNLOAD_T, &length) != CURLE_OK ||
+        length < 0)
+        return std::nullopt;
+    return static_cast<std::uint64_t>(length);
+}
+
 } // namespace platform

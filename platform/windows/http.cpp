@@ -127,4 +127,13 @@ std::size_t InternetRequest::read(std::span<char> buffer) {
     return stored;
 }
 
+std::optional<std::uint64_t> InternetRequest::announcedLength() const {
+    DWORD length = 0;
+    DWORD size = sizeof length;
+    constexpr DWORD what = HTTP_QUERY_CONTENT_LENGTH | HTTP_QUERY_FLAG_NUMBER;
+    if (!state_ || HttpQueryInfoA(state_->handle.get(), what, &length, &size, nullptr) == FALSE)
+        return std::nullopt;
+    return length;
+}
+
 } // namespace platform

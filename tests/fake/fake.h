@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <functional>
 #include <map>
+#include <optional>
 #include <span>
 #include <string>
 #include <vector>
@@ -47,10 +48,11 @@ struct TrayCall {
 };
 
 struct Computer {
-    std::map<std::string, Drive> drives;    ///< by root, as in `E:\`
-    std::map<std::string, File> files;      ///< by path, as the program names it
-    std::map<std::string, std::string> web; ///< contents by address; what is missing cannot be reached
-    std::size_t longestRead = SIZE_MAX;     ///< bytes that one read from the web gives at the most
+    std::map<std::string, Drive> drives;          ///< by root, as in `E:\`
+    std::map<std::string, File> files;            ///< by path, as the program names it
+    std::map<std::string, std::string> web;       ///< contents by address; what is missing cannot be reached
+    std::size_t longestRead = SIZE_MAX;           ///< bytes that one read from the web gives at the most
+    std::optional<std::uint64_t> announcedLength; ///< of every download, true or not
     std::string separator = ",";
     std::string folder = "/opt/tool";
     std::string settingsFolder = "/opt/tool";

@@ -211,6 +211,10 @@ std::size_t InternetRequest::read(std::span<char> buffer) {
     return length;
 }
 
+std::optional<std::uint64_t> InternetRequest::announcedLength() const {
+    return computer().announcedLength;
+}
+
 int shellExecute(ShellOwner owner, std::string_view verb, std::string_view file, std::string_view parameters,
                  std::string_view directory, int showCommand) {
     fake::enter("open " + std::string(file));

@@ -2,7 +2,6 @@
 
 #include "main_window.h"
 
-#include "online/block_text.h"
 #include "online/download.h"
 
 using namespace online;
@@ -222,22 +221,12 @@ TEST_F(FileRoutines, AFileThatCannotBeWrittenIsAnErrorWithItsPath) {
     }
 }
 
-TEST(BlockText, JoinsItsPiecesAcrossBlocks) {
-    BlockText text;
-    std::string expected;
-    const std::string piece = "0123456789abcdef0123456789abcdef-";
-    while (expected.size() < (std::size_t{5} << 19)) {
-        text.append(piece);
-        expected += piece;
+TEST_F(Download, WhatTheServerAnnouncesNeedNotBeTrue) {
+    const std::string contents(5000, 'x');
+    for (const std::uint64_t announced :
+         {std::uint64_t{0}, std::uint64_t{1}, std::uint64_t{9000}, ~std::uint64_t{0}}) {
+        computer().announcedLength = announced;
+        computer().web["http://h/a"] = contents;
+        EXPECT_EQ(online::OpenURL(window(), "http://h/a", "0"), contents) << announced;
     }
-    EXPECT_EQ(std::move(text).join(), expected);
-}
-
-TEST(BlockText, TakesAPieceLargerThanABlockAndNone) {
-    const std::string large(std::size_t{3} << 20, 'x');
-    BlockText text;
-    text.append({});
-    text.append(large);
-    EXPECT_EQ(std::move(text).join(), large);
-    EXPECT_EQ(BlockText().join(), "");
 }
