@@ -22,7 +22,7 @@ std::size_t ListView::addItem(std::string text) {
     return items_.size() - 1;
 }
 
-void ListView::setSubItem(std::size_t item, std::size_t column, std::string text) {
+void ListView::setSubItem(std::size_t item, std::size_t column, const std::string& text) {
     if (item >= items_.size() || column == 0 || column >= columns_.size())
         throw RuntimeError(ErrorNumber::SubscriptOutOfRange, name());
     if (items_[item].size() <= column) items_[item].resize(column + 1);

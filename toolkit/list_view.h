@@ -52,7 +52,7 @@ public:
     std::size_t addItem(std::string text);
     /// Text of a row in column `column` (from 1). Throws RuntimeError (SubscriptOutOfRange) when there is
     /// none.
-    void setSubItem(std::size_t item, std::size_t column, std::string text);
+    void setSubItem(std::size_t item, std::size_t column, const std::string& text);
 
     /// Row that is marked; none at first.
     std::int32_t selected() const noexcept { return selected_; }

@@ -22,8 +22,8 @@ toolkit::Color contrastTo(toolkit::Color color) {
 }
 
 void printCentred(toolkit::PictureBox& box, const std::string& text) {
-    box.setCurrentX((box.ScaleWidth - box.textWidth(text)) / 2);
-    box.setCurrentY((box.ScaleHeight - box.textHeight(text)) / 2);
+    box.setCurrentX((toolkit::PictureBox::ScaleWidth - box.textWidth(text)) / 2);
+    box.setCurrentY((toolkit::PictureBox::ScaleHeight - box.textHeight(text)) / 2);
     box.setForeColor(contrastTo(box.point(box.currentX(), box.currentY())));
     box.print(text);
 }
@@ -55,8 +55,8 @@ void cProgressBar::ShowProgress(toolkit::PictureBox& PicProgress, double value, 
 
     PicProgress.setAutoRedraw(true);
     PicProgress.cls();
-    const double length = app::roundHalfToEven((PicProgress.ScaleWidth - 2) / 100 * value);
-    const double height = app::roundHalfToEven(PicProgress.ScaleHeight);
+    const double length = app::roundHalfToEven((toolkit::PictureBox::ScaleWidth - 2) / 100 * value);
+    const double height = app::roundHalfToEven(toolkit::PictureBox::ScaleHeight);
     if (value < 1) return;
 
     drawFilled(PicProgress, length, height, value / 100);
@@ -77,7 +77,7 @@ void cProgressBar::drawFilled(toolkit::PictureBox& box, double length, double he
 /// The left edge is measured by the bar's length, the right one by the whole width: this is intended.
 void cProgressBar::drawRest(toolkit::PictureBox& box, double length, double height, double share) const {
     for (double t = share; t <= 1.0; t += step)
-        box.fillRectangle({length * t, 0, box.ScaleWidth * (t + step), height, colorAt(t)});
+        box.fillRectangle({length * t, 0, toolkit::PictureBox::ScaleWidth * (t + step), height, colorAt(t)});
 }
 
 // NOLINTEND(cert-flp30-c,clang-analyzer-security.FloatLoopCounter)

@@ -73,6 +73,17 @@ TEST_F(Http, EveryReadIsFullButTheLast) {
     EXPECT_EQ(counts, expected);
 }
 
+TEST_F(Http, LengthIsKnownWhenTheServerAnnouncesIt) {
+    InternetSession session("agent", internetOpenPreconfig);
+    std::array<char, readSize> buffer = {};
+    InternetRequest plain(session, server->url("/bytes/100"), internetFlagReload);
+    EXPECT_EQ(plain.read(buffer), 100U);
+    EXPECT_EQ(plain.announcedLength(), 100U);
+    InternetRequest chunked(session, server->url("/chunked/100"), internetFlagReload);
+    EXPECT_EQ(chunked.read(buffer), 100U);
+    EXPECT_FALSE(chunked.announcedLength());
+}
+
 TEST_F(Http, ContentArrivesUnaltered) {
     EXPECT_EQ(fetchPath("/bytes/1000000"), pattern(1000000));
 }
