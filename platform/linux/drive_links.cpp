@@ -16,7 +16,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// https://specifications.freedesktop.org/basedir-spec/latest/
+/// One of the XDG base directories; without the variable the place that systems use in fact.
 fs::path runtimeFolder() {
     const char* given = std::getenv("XDG_RUNTIME_DIR"); // NOLINT(concurrency-mt-unsafe): nobody sets it
     if (given != nullptr && given[0] == '/') return given;

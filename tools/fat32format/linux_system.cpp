@@ -25,7 +25,7 @@ std::string variable(const char* name) {
     return value == nullptr ? std::string() : value;
 }
 
-/// https://specifications.freedesktop.org/basedir-spec/latest/
+/// One of the XDG base directories; without the variable the place that systems use in fact.
 fs::path runtimeFolder() {
     const std::string given = variable("XDG_RUNTIME_DIR");
     if (given.starts_with('/')) return given;
