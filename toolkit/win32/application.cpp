@@ -1,0 +1,74 @@
+// The program as a Windows application: its message loop, its pump, its end.
+#include "toolkit/backend.h"
+
+#include "platform/device_events.h"
+#include "toolkit/win32/form.h"
+#include "toolkit/win32/message_loop.h"
+
+#include <windows.h>
+
+#include <commctrl.h>
+#include <objbase.h>
+
+#include <chrono>
+
+namespace toolkit {
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+/// A download asks for events after every 2048 bytes, a hundred thousand times for a large file. A person
+/// cannot tell when a click or a repaint comes so much later, and the download would take several times as
+/// long without it.
+constexpr std::chrono::milliseconds shortestPause{4};
+
+constexpr int longestPump = 50; // milliseconds
+
+/// What pictures, the shell and the directory service need.
+class ComApartment {
+public:
+    ComApartment() : result_(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED | COINIT_DISABLE_OLE1DDE)) {}
+    ComApartment(const ComApartment&) = delete;
+    ComApartment& operator=(const ComApartment&) = delete;
+    ~ComApartment() {
+        if (SUCCEEDED(result_)) CoUninitialize();
+    }
+
+private:
+    HRESULT result_;
+};
+
+void loadControlClasses() {
+    INITCOMMONCONTROLSEX classes{};
+    classes.dwSize = sizeof classes;
+    classes.dwICC = ICC_STANDARD_CLASSES | ICC_LISTVIEW_CLASSES | ICC_BAR_CLASSES;
+    InitCommonControlsEx(&classes);
+}
+
+} // namespace
+
+Ending run(int /*argc*/, char** /*argv*/, const std::function<void()>& start) {
+    resetEnding();
+    win32::startLoops();
+    const ComApartment apartment;
+    loadControlClasses();
+    platform::setDeviceEventDelivery([](const std::function<void()>& message) { dispatch(message); });
+    dispatch(start);
+    win32::loopUntil([] { return false; });
+    win32::releaseAllWindows();
+    return ending();
+}
+
+void backend::pumpEvents() {
+    static Clock::time_point lastEnd;
+    if (Clock::now() - lastEnd < shortestPause) return;
+    win32::handlePending(longestPump);
+    lastEnd = Clock::now();
+}
+
+void backend::quit() {
+    win32::endLoops();
+}
+
+} // namespace toolkit

@@ -1,0 +1,52 @@
+// What the controls with a caption and an access key have in common: push buttons, option buttons, check
+// boxes.
+#pragma once
+
+#include "toolkit/win32/adaptor.h"
+#include "toolkit/win32/texts.h"
+
+namespace toolkit::win32 {
+
+/// The layout marks the access key in the caption. The core may change the caption at any time; it keeps the
+/// key.
+template <typename Kind>
+class CaptionedAdaptor : public PartAdaptor {
+public:
+    CaptionedAdaptor(Kind& control, FormWindow& window, HWND part)
+        : PartAdaptor(control, window, part), control_(control), accessKey_(accessKey(windowText(part))) {}
+
+    void command(unsigned notification) override {
+        // A fast second click has a notification of its own.
+        if (notification == BN_CLICKED || notification == BN_DOUBLECLICKED) clicked();
+    }
+
+protected:
+    void clicked() {
+        send([this] { control_.click(); });
+    }
+
+    void adoptDesign() override {
+        PartAdaptor::adoptDesign();
+        if (control_.caption().empty()) control_.setCaption(toUtf8(withoutMnemonic(windowText(part()))));
+    }
+
+    void showAll() override {
+        PartAdaptor::showAll();
+        showCaption();
+    }
+
+    void update(Property property) override {
+        if (property == Property::Caption)
+            showCaption();
+        else
+            PartAdaptor::update(property);
+    }
+
+private:
+    void showCaption() { setWindowText(part(), withMnemonic(fromUtf8(control_.caption()), accessKey_)); }
+
+    Kind& control_;
+    wchar_t accessKey_;
+};
+
+} // namespace toolkit::win32

@@ -1,0 +1,46 @@
+#include "toolkit/check_box.h"
+
+#include "toolkit/win32/binding.h"
+#include "toolkit/win32/captioned.h"
+
+namespace toolkit::win32 {
+
+namespace {
+
+class CheckBoxAdaptor : public CaptionedAdaptor<CheckBox> {
+public:
+    CheckBoxAdaptor(CheckBox& box, FormWindow& window, HWND part)
+        : CaptionedAdaptor(box, window, part), box_(box) {}
+
+protected:
+    void showAll() override {
+        CaptionedAdaptor::showAll();
+        showValue();
+    }
+
+    void update(Property property) override {
+        if (property == Property::Value)
+            showValue();
+        else
+            CaptionedAdaptor::update(property);
+    }
+
+private:
+    /// A box of two states refuses to show the third one. None of these styles changes by itself.
+    void showValue() {
+        const auto style = static_cast<WPARAM>(GetWindowLongPtrW(part(), GWL_STYLE));
+        const WPARAM kind = box_.value() == CheckBox::Grayed ? BS_3STATE : BS_CHECKBOX;
+        if ((style & BS_TYPEMASK) != kind) SendMessageW(part(), BM_SETSTYLE, (style & 0xFF00u) | kind, TRUE);
+        SendMessageW(part(), BM_SETCHECK, static_cast<WPARAM>(box_.value()), 0);
+    }
+
+    CheckBox& box_;
+};
+
+} // namespace
+
+std::unique_ptr<Adaptor> adaptCheckBox(Control& control, const Place& place) {
+    return adaptPart<CheckBoxAdaptor, CheckBox>(control, place, WC_BUTTONW);
+}
+
+} // namespace toolkit::win32

@@ -1,0 +1,149 @@
+#include "toolkit/win32/form.h"
+
+#include "toolkit/backend.h"
+#include "toolkit/win32/binding.h"
+#include "toolkit/win32/form_window.h"
+#include "toolkit/win32/message_loop.h"
+#include "toolkit/win32/modal_scope.h"
+#include "toolkit/win32/picture.h"
+#include "toolkit/win32/texts.h"
+#include "toolkit/win32/tool_tips.h"
+
+#include <optional>
+#include <utility>
+#include <vector>
+
+namespace toolkit {
+
+namespace win32 {
+
+namespace {
+
+class WindowView;
+
+std::vector<WindowView*>& liveViews() {
+    static std::vector<WindowView*> views;
+    return views;
+}
+
+HWND handleOf(FormView* view) {
+    return view == nullptr ? nullptr : reinterpret_cast<HWND>(view->handle());
+}
+
+class WindowView final : public FormView {
+public:
+    explicit WindowView(Form& form) : form_(form), window_(&FormWindow::create(form.name())) {
+        bindControls(form.controls(), *window_);
+        showAll();
+        window_->onCloseRequested = [&form] { dispatch([&form] { form.closeRequested(); }); };
+        window_->onRescaled = [this] { showIcon(); };
+        window_->onDestroyed = [this] { window_ = nullptr; };
+        liveViews().push_back(this);
+    }
+
+    /// The controls may be gone. The window may be in the middle of a message.
+    ~WindowView() override {
+        std::erase(liveViews(), this);
+        if (window_ == nullptr) return;
+        for (const auto& adaptor : window_->adaptors())
+            adaptor->abandon();
+        forgetWindow()->leave();
+    }
+
+    void show(Property property) override {
+        if (window_ == nullptr) return;
+        if (property == Property::Caption) setWindowText(window_->handle(), fromUtf8(form_.caption()));
+        if (property == Property::Icon) showIcon();
+        if (property == Property::Enabled) EnableWindow(window_->handle(), form_.enabled() ? TRUE : FALSE);
+        if (property == Property::Visible) ShowWindow(window_->handle(), form_.visible() ? SW_SHOW : SW_HIDE);
+        if (property == Property::ToolTip)
+            window_->toolTips().set(window_->handle(), fromUtf8(form_.toolTip()));
+    }
+
+    void open(FormView* owner) override {
+        if (window_ != nullptr) window_->present(handleOf(owner));
+    }
+
+    void openModal(FormView* owner) override {
+        if (window_ == nullptr) return;
+        window_->setModal(true);
+        modal_.emplace(window_->handle());
+        window_->present(handleOf(owner));
+        loopUntil([this] { return !modal_.has_value(); });
+        modal_.reset();
+    }
+
+    void close() override {
+        modal_.reset();
+        if (window_ == nullptr) return;
+        releaseControls();
+        forgetWindow()->leave();
+    }
+
+    void restore() override {
+        if (window_ == nullptr) return;
+        ShowWindow(window_->handle(), SW_RESTORE);
+        SetForegroundWindow(window_->handle());
+    }
+
+    WindowHandle handle() const override {
+        return window_ == nullptr ? 0 : reinterpret_cast<WindowHandle>(window_->handle());
+    }
+
+    void releaseControls() {
+        if (window_ == nullptr) return;
+        for (const auto& adaptor : window_->adaptors())
+            adaptor->release();
+    }
+
+private:
+    void showAll() {
+        show(Property::Icon);
+        if (form_.caption().empty()) form_.setCaption(toUtf8(windowText(window_->handle())));
+        show(Property::Caption);
+        if (!form_.toolTip().empty()) show(Property::ToolTip);
+        if (!form_.enabled()) show(Property::Enabled);
+    }
+
+    /// Without a picture of its own the window has that of its class.
+    void showIcon() {
+        const LoadedPicture* picture = form_.icon() == nullptr ? nullptr : loaded(form_.icon());
+        if (window_ == nullptr || picture == nullptr) return;
+        HWND const handle = window_->handle();
+        const auto dpi = GetDpiForWindow(handle);
+        for (const auto& [kind, metric] :
+             {std::pair{ICON_BIG, SM_CXICON}, std::pair{ICON_SMALL, SM_CXSMICON}}) {
+            HICON const icon = picture->icon(GetSystemMetricsForDpi(metric, dpi));
+            if (icon != nullptr)
+                SendMessageW(handle, WM_SETICON, static_cast<WPARAM>(kind), reinterpret_cast<LPARAM>(icon));
+        }
+    }
+
+    FormWindow* forgetWindow() {
+        window_->onCloseRequested = {};
+        window_->onRescaled = {};
+        window_->onDestroyed = {};
+        return std::exchange(window_, nullptr);
+    }
+
+    Form& form_;
+    FormWindow* window_; ///< null when it is closed
+    std::optional<ModalScope> modal_;
+};
+
+} // namespace
+
+void releaseAllWindows() {
+    const std::vector<WindowView*> views(liveViews().rbegin(), liveViews().rend());
+    for (WindowView* view : views)
+        view->releaseControls();
+    FormWindow::destroyAll();
+}
+
+} // namespace win32
+
+std::unique_ptr<FormView> backend::createFormView(Form& form) {
+    return std::make_unique<win32::WindowView>(form);
+}
+
+} // namespace toolkit

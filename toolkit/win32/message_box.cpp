@@ -1,0 +1,113 @@
+#include "toolkit/message_box.h"
+
+#include "toolkit/backend.h"
+#include "toolkit/win32/form_window.h"
+#include "toolkit/win32/message_loop.h"
+#include "toolkit/win32/modal_scope.h"
+#include "toolkit/win32/texts.h"
+#include "toolkit/win32/window_class.h"
+
+#include <commctrl.h>
+
+#include <array>
+#include <memory>
+#include <utility>
+
+namespace toolkit {
+
+namespace win32 {
+
+namespace {
+
+constexpr int buttonMask = 0x0f;
+constexpr auto programTitle = "Orvanta USB-Stick Internetupdate Tool";
+
+/// A text of the server's may be of any length; a box must fit the screen.
+constexpr std::size_t longestText = 1500;
+
+struct Caption {
+    int button;
+    const wchar_t* text;
+};
+
+/// The program speaks German, whatever the system does.
+constexpr std::array captions = {Caption{IDCANCEL, L"&Abbrechen"}, Caption{IDYES, L"&Ja"},
+                                 Caption{IDNO, L"&Nein"}};
+
+std::wstring bounded(const std::wstring& text) {
+    return text.size() <= longestText ? text : beginning(text, longestText) + L'\x2026';
+}
+
+/// Closing a box of yes and no means no; the system's own box refuses it.
+LRESULT CALLBACK closableProcedure(HWND box, UINT message, WPARAM wParam, LPARAM lParam, UINT_PTR number,
+                                   DWORD_PTR) noexcept {
+    if (message == WM_CLOSE || (message == WM_COMMAND && LOWORD(wParam) == IDCANCEL)) {
+        EndDialog(box, IDNO);
+        return 0;
+    }
+    if (message == WM_NCDESTROY) RemoveWindowSubclass(box, closableProcedure, number);
+    return DefSubclassProc(box, message, wParam, lParam);
+}
+
+/// Gets hold of the next message box of this thread.
+class BoxWatch {
+public:
+    explicit BoxWatch(int style)
+        : style_(style),
+          outer_(std::exchange(current, this)),
+          hook_(SetWindowsHookExW(WH_CBT, procedure, nullptr, GetCurrentThreadId())) {}
+    BoxWatch(const BoxWatch&) = delete;
+    BoxWatch& operator=(const BoxWatch&) = delete;
+    ~BoxWatch() {
+        unhook();
+        current = outer_;
+    }
+
+private:
+    static LRESULT CALLBACK procedure(int code, WPARAM wParam, LPARAM lParam) noexcept {
+        auto* const box = reinterpret_cast<HWND>(wParam);
+        if (code == HCBT_ACTIVATE && current->hook_ != nullptr && isOfClass(box, L"#32770"))
+            current->opened(box);
+        return CallNextHookEx(nullptr, code, wParam, lParam);
+    }
+
+    void opened(HWND box) {
+        unhook();
+        box_ = std::make_unique<OpenBox>(box);
+        for (const Caption& caption : captions)
+            SetDlgItemTextW(box, caption.button, caption.text);
+        if ((style_ & buttonMask) != MB_YESNO) return;
+        EnableMenuItem(GetSystemMenu(box, FALSE), SC_CLOSE, MF_BYCOMMAND | MF_ENABLED);
+        SetWindowSubclass(box, closableProcedure, 1, 0);
+    }
+
+    void unhook() {
+        if (HHOOK const hook = std::exchange(hook_, nullptr)) UnhookWindowsHookEx(hook);
+    }
+
+    static BoxWatch* current;
+
+    int style_;
+    BoxWatch* outer_;
+    HHOOK hook_;
+    std::unique_ptr<OpenBox> box_;
+};
+
+BoxWatch* BoxWatch::current = nullptr;
+
+} // namespace
+
+} // namespace win32
+
+int backend::showMessage(std::string_view text, int style, std::string_view title) {
+    const std::wstring wideText = win32::bounded(win32::fromUtf8(text));
+    const std::wstring wideTitle = win32::fromUtf8(title.empty() ? win32::programTitle : title);
+    HWND const owner = win32::FormWindow::front();
+    // The box itself makes only its owner deaf, and needs to find it as it was.
+    win32::ModalScope others(owner);
+    const win32::BoxWatch watch(style);
+    return MessageBoxW(owner, wideText.c_str(), wideTitle.c_str(),
+                       static_cast<UINT>(style) | MB_SETFOREGROUND);
+}
+
+} // namespace toolkit

@@ -1,0 +1,91 @@
+#include "toolkit/win32/message_loop.h"
+
+#include "toolkit/scoped_flag.h"
+#include "toolkit/win32/form_window.h"
+
+#include <algorithm>
+#include <vector>
+
+namespace toolkit::win32 {
+
+namespace {
+
+bool ended = false;
+bool arrowKey = false;
+
+std::vector<HWND>& openBoxes() {
+    static std::vector<HWND> boxes;
+    return boxes;
+}
+
+bool isArrowKey(const MSG& message) {
+    return message.message == WM_KEYDOWN && message.wParam >= VK_LEFT && message.wParam <= VK_DOWN;
+}
+
+/// Does a dialog take it as one of its keys?
+bool isDialogKey(HWND dialog, MSG& message) {
+    if (!isArrowKey(message)) return IsDialogMessageW(dialog, &message) != FALSE;
+    const ScopedFlag moving(arrowKey);
+    return IsDialogMessageW(dialog, &message) != FALSE;
+}
+
+void handle(MSG& message) {
+    HWND const root = message.hwnd == nullptr ? nullptr : GetAncestor(message.hwnd, GA_ROOT);
+    if (FormWindow::of(root) != nullptr && isDialogKey(root, message)) return;
+    TranslateMessage(&message);
+    DispatchMessageW(&message);
+}
+
+} // namespace
+
+void startLoops() {
+    ended = false;
+}
+
+/// The note in the queue is for the system's own loops: a box, a menu, a window being dragged. Not all of
+/// them pass it on.
+void endLoops() {
+    ended = true;
+    EndMenu();
+    for (HWND box : openBoxes())
+        EndDialog(box, IDCANCEL);
+    PostQuitMessage(0);
+}
+
+bool loopsEnd() {
+    return ended;
+}
+
+void loopUntil(const std::function<bool()>& done) {
+    MSG message;
+    while (!ended && !done()) {
+        const BOOL result = GetMessageW(&message, nullptr, 0, 0);
+        if (result == -1) continue;
+        if (message.message == WM_QUIT) return PostQuitMessage(0);
+        handle(message);
+    }
+}
+
+void handlePending(int longest) {
+    const ULONGLONG start = GetTickCount64();
+    MSG message;
+    while (!ended && PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE) != FALSE) {
+        if (message.message == WM_QUIT) return PostQuitMessage(0);
+        handle(message);
+        if (GetTickCount64() - start > static_cast<ULONGLONG>(longest)) return;
+    }
+}
+
+bool arrowKeyMoves() {
+    return arrowKey;
+}
+
+OpenBox::OpenBox(HWND box) : box_(box) {
+    openBoxes().push_back(box);
+}
+
+OpenBox::~OpenBox() {
+    std::erase(openBoxes(), box_);
+}
+
+} // namespace toolkit::win32

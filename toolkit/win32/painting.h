@@ -1,0 +1,43 @@
+#pragma once
+
+#include "toolkit/color.h"
+
+#include <windows.h>
+
+#include <functional>
+#include <string>
+
+namespace toolkit::win32 {
+
+inline COLORREF toNative(Color color) {
+    return RGB(color.red, color.green, color.blue);
+}
+
+/// Has a region painted in memory, in the target's own coordinates, and shows it when it is complete: nothing
+/// flickers.
+void paintBuffered(HDC target, const RECT& room, const std::function<void(HDC)>& paint);
+
+/// The same for a window that is to be painted, the whole client area.
+void paintWindow(HWND window, const std::function<void(HDC, const RECT&)>& paint);
+
+/// What lies behind a part of a dialog.
+HBRUSH backgroundOf(HWND part, HDC context);
+
+/// Chooses a font as long as it lives.
+class ChosenFont {
+public:
+    /// The font of a control.
+    ChosenFont(HDC context, HWND control);
+    ChosenFont(const ChosenFont&) = delete;
+    ChosenFont& operator=(const ChosenFont&) = delete;
+    ~ChosenFont() { SelectObject(context_, before_); }
+
+private:
+    HDC context_;
+    HGDIOBJ before_;
+};
+
+/// Draws a text with nothing behind it; the flags are those of `DrawText`.
+void drawText(HDC context, const std::wstring& text, RECT room, UINT flags, COLORREF color);
+
+} // namespace toolkit::win32

@@ -1,0 +1,62 @@
+#include "toolkit/win32/picture.h"
+
+#include "platform/files.h"
+#include "toolkit/runtime_error.h"
+
+#include <map>
+#include <utility>
+
+namespace toolkit {
+
+namespace win32 {
+
+namespace {
+
+/// Handles of windows and pictures have 32 significant bits:
+/// https://learn.microsoft.com/windows/win32/winprog64/interprocess-communication
+std::int32_t number(const void* handle) {
+    return static_cast<std::int32_t>(reinterpret_cast<std::intptr_t>(handle));
+}
+
+HICON iconOfSize(int resource, int size) {
+    static std::map<std::pair<int, int>, HICON> icons;
+    HICON& icon = icons[{resource, size}];
+    if (icon == nullptr)
+        icon = static_cast<HICON>(LoadImageW(GetModuleHandleW(nullptr), MAKEINTRESOURCEW(resource),
+                                             IMAGE_ICON, size, size, LR_DEFAULTCOLOR));
+    return icon;
+}
+
+} // namespace
+
+std::int32_t LoadedPicture::handle() const noexcept {
+    return bitmap_ ? number(bitmap_->handle()) : number(icon(GetSystemMetrics(SM_CXSMICON)));
+}
+
+HICON LoadedPicture::icon(int size) const {
+    return number_ == 0 ? nullptr : iconOfSize(number_, size);
+}
+
+const LoadedPicture* loaded(const Picture& picture) {
+    return dynamic_cast<const LoadedPicture*>(picture.get());
+}
+
+} // namespace win32
+
+Picture loadPicture(std::string_view path) {
+    std::string contents;
+    const platform::FileResult result = platform::readWholeFile(path, contents);
+    if (result != platform::FileResult::Ok)
+        throw RuntimeError(static_cast<ErrorNumber>(result), std::string(path));
+    std::optional<win32::Bitmap> bitmap = win32::decodePicture(contents);
+    if (!bitmap) throw RuntimeError(ErrorNumber::InvalidPicture, std::string(path));
+    return std::make_shared<win32::LoadedPicture>(std::move(*bitmap));
+}
+
+Picture iconResource(int number) {
+    if (number != 103 && number != 104)
+        throw RuntimeError(ErrorNumber::InvalidProcedureCall, std::to_string(number));
+    return std::make_shared<win32::LoadedPicture>(number);
+}
+
+} // namespace toolkit

@@ -1,0 +1,43 @@
+// What the Windows backend keeps of a picture.
+#pragma once
+
+#include "toolkit/picture.h"
+#include "toolkit/win32/bitmap.h"
+
+#include <windows.h>
+
+#include <optional>
+#include <string>
+
+namespace toolkit::win32 {
+
+class LoadedPicture : public PictureData {
+public:
+    /// As it was read from a file.
+    explicit LoadedPicture(Bitmap bitmap) : bitmap_(std::move(bitmap)) {}
+    /// An icon resource.
+    explicit LoadedPicture(int number) : number_(number) {}
+
+    std::int32_t handle() const noexcept override;
+
+    /// Null for an icon resource.
+    const Bitmap* bitmap() const noexcept { return bitmap_ ? &*bitmap_ : nullptr; }
+    /// The icon in that size, which is never destroyed; null for a picture from a file.
+    HICON icon(int size) const;
+
+private:
+    std::optional<Bitmap> bitmap_;
+    int number_ = 0;
+};
+
+/// Null for no picture.
+const LoadedPicture* loaded(const Picture& picture);
+
+/// Pixels of an icon.
+Bitmap pixelsOf(HICON icon, int width, int height);
+
+/// The picture that a bitmap, icon, JPEG or GIF file holds, the largest one of an icon; no value for anything
+/// else.
+std::optional<Bitmap> decodePicture(const std::string& contents);
+
+} // namespace toolkit::win32

@@ -1,0 +1,13 @@
+#pragma once
+
+#include <windows.h>
+
+namespace toolkit::win32 {
+
+/// Puts a window in the middle of its owner, but not over the edge of the screen.
+void centreOver(HWND window, HWND owner);
+
+/// Figures of the templates' resolution (96 a inch) at a window's own.
+int scaled(HWND window, int pixels);
+
+} // namespace toolkit::win32

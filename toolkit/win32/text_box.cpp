@@ -1,0 +1,111 @@
+#include "toolkit/text_box.h"
+
+#include "toolkit/scoped_flag.h"
+#include "toolkit/win32/binding.h"
+#include "toolkit/win32/subclass.h"
+#include "toolkit/win32/texts.h"
+
+namespace toolkit::win32 {
+
+namespace {
+
+constexpr char32_t ctrlV = 22;
+constexpr char32_t escape = 27;
+
+char32_t codePoint(wchar_t high, wchar_t low) {
+    return 0x10000 + ((char32_t{high} - HIGH_SURROGATE_START) << 10) + (char32_t{low} - LOW_SURROGATE_START);
+}
+
+/// Tells each key press before the native control acts on it: those that make a character, the control
+/// characters among them. A change that no key press announced (delete, cut, paste by the menu) is announced
+/// as Ctrl+V.
+class TextBoxAdaptor : public PartAdaptor, private Subclass {
+public:
+    TextBoxAdaptor(TextBox& box, FormWindow& window, HWND part)
+        : PartAdaptor(box, window, part), Subclass(part), box_(box) {}
+
+    void command(unsigned notification) override {
+        if (notification != EN_CHANGE || setting_) return;
+        if (!announced_) announce(ctrlV);
+        announced_ = false;
+        send([this] { box_.typed(toUtf8(windowText(part()))); });
+    }
+
+protected:
+    void adoptDesign() override {
+        PartAdaptor::adoptDesign();
+        if (box_.text().empty()) box_.setText(toUtf8(windowText(part())));
+    }
+
+    void showAll() override {
+        PartAdaptor::showAll();
+        showText();
+    }
+
+    void update(Property property) override {
+        switch (property) {
+        case Property::Text:
+            showText();
+            break;
+        case Property::Selection:
+            showSelection();
+            break;
+        case Property::Focus:
+            SendMessageW(window().handle(), WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(part()), TRUE);
+            // The dialog has selected all of it.
+            showSelection();
+            break;
+        default:
+            PartAdaptor::update(property);
+        }
+    }
+
+private:
+    LRESULT received(UINT message, WPARAM wParam, LPARAM lParam) override {
+        if (message != WM_CHAR) return next(message, wParam, lParam);
+        press(static_cast<wchar_t>(wParam));
+        const LRESULT result = next(message, wParam, lParam);
+        announced_ = false;
+        return result;
+    }
+
+    /// A character outside of the first plane comes in two messages, the second of which changes the text.
+    void press(wchar_t unit) {
+        if (IS_HIGH_SURROGATE(unit))
+            high_ = unit;
+        else
+            announce(IS_LOW_SURROGATE(unit) ? codePoint(high_, unit) : char32_t{unit});
+    }
+
+    /// Keys that belong to the window are left out.
+    void announce(char32_t character) {
+        if (character == U'\t' || character == U'\r' || character == escape) return;
+        announced_ = true;
+        send([this, character] { box_.keyPress(character); });
+    }
+
+    void showText() {
+        const ScopedFlag setting(setting_);
+        setWindowText(part(), fromUtf8(box_.text()));
+    }
+
+    void showSelection() {
+        const TextBox::Selection& selection = box_.selection();
+        const std::wstring text = windowText(part());
+        SendMessageW(part(), EM_SETSEL, utf16Position(text, selection.start),
+                     static_cast<LPARAM>(utf16Position(text, selection.start + selection.length)));
+    }
+
+    TextBox& box_;
+    wchar_t high_ = 0;
+    bool announced_ = false;
+    bool setting_ = false;
+};
+
+} // namespace
+
+std::unique_ptr<Adaptor> adaptTextBox(Control& control, const Place& place) {
+    return adaptPart<TextBoxAdaptor, TextBox>(control, place, WC_EDITW);
+}
+
+} // namespace toolkit::win32

@@ -1,0 +1,75 @@
+#include "toolkit/win32/tool_tips.h"
+
+#include "toolkit/win32/placement.h"
+#include "toolkit/win32/texts.h"
+
+#include <commctrl.h>
+
+namespace toolkit::win32 {
+
+namespace {
+
+constexpr int widestTip = 400;   ///< longer texts have several lines
+constexpr int longestShown = 30; ///< seconds
+constexpr std::size_t longestText = 2000;
+
+RECT placeIn(HWND dialog, HWND part) {
+    RECT place{};
+    GetWindowRect(part, &place);
+    MapWindowPoints(nullptr, dialog, reinterpret_cast<POINT*>(&place), 2);
+    return place;
+}
+
+} // namespace
+
+ToolTips::ToolTips(HWND dialog)
+    : dialog_(dialog),
+      // It goes with the window that owns it.
+      tips_(CreateWindowExW(WS_EX_TOPMOST, TOOLTIPS_CLASSW, nullptr, WS_POPUP | TTS_ALWAYSTIP | TTS_NOPREFIX,
+                            CW_USEDEFAULT, CW_USEDEFAULT, CW_USEDEFAULT, CW_USEDEFAULT, dialog, nullptr,
+                            GetModuleHandleW(nullptr), nullptr)) {
+    SendMessageW(tips_, TTM_SETMAXTIPWIDTH, 0, scaled(dialog_, widestTip));
+    SendMessageW(tips_, TTM_SETDELAYTIME, TTDT_AUTOPOP, MAKELPARAM(longestShown * 1000, 0));
+}
+
+void ToolTips::set(HWND part, const std::wstring& text) {
+    texts_[part] = text;
+    RECT whole{};
+    GetClientRect(part, &whole);
+    setTool(part, 0, whole, text);
+    setTool(dialog_, reinterpret_cast<UINT_PTR>(part), placeIn(dialog_, part), text);
+}
+
+void ToolTips::setRegion(HWND part, int number, const RECT& region, const std::wstring& text) {
+    setTool(part, static_cast<UINT_PTR>(number), region, text);
+}
+
+void ToolTips::rescale() {
+    SendMessageW(tips_, TTM_SETMAXTIPWIDTH, 0, scaled(dialog_, widestTip));
+    for (const auto& [part, text] : std::map(texts_))
+        set(part, text);
+}
+
+void ToolTips::setTool(HWND owner, UINT_PTR number, const RECT& region, const std::wstring& text) {
+    std::wstring shown = beginning(text, longestText);
+    TTTOOLINFOW tool{};
+    tool.cbSize = sizeof tool;
+    tool.uFlags = TTF_SUBCLASS;
+    tool.hwnd = owner;
+    tool.uId = number;
+    tool.rect = region;
+    tool.lpszText = shown.data();
+    bool& known = known_[{owner, number}];
+    if (known) SendMessageW(tips_, TTM_DELTOOLW, 0, reinterpret_cast<LPARAM>(&tool));
+    known = !shown.empty();
+    if (known) SendMessageW(tips_, TTM_ADDTOOLW, 0, reinterpret_cast<LPARAM>(&tool));
+}
+
+std::string designToolTip(HWND part) {
+    const wchar_t* text = nullptr;
+    const int length = LoadStringW(GetModuleHandleW(nullptr), static_cast<UINT>(GetDlgCtrlID(part)),
+                                   reinterpret_cast<LPWSTR>(&text), 0);
+    return length <= 0 ? std::string() : toUtf8({text, static_cast<std::size_t>(length)});
+}
+
+} // namespace toolkit::win32

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <windows.h>
+
+#include <map>
+#include <string>
+
+namespace toolkit::win32 {
+
+/// The tool tips of a form's window, by part. A part that is disabled, or does not look at the mouse, leaves
+/// the mouse to the window, so every tip is known to both.
+class ToolTips {
+public:
+    explicit ToolTips(HWND dialog);
+
+    /// The tip of a part; none when the text is empty.
+    void set(HWND part, const std::wstring& text);
+    /// The tip of a region of a part, in the part's coordinates; regions are told apart by a number from 1.
+    void setRegion(HWND part, int number, const RECT& region, const std::wstring& text);
+    /// The parts have other places.
+    void rescale();
+
+private:
+    void setTool(HWND owner, UINT_PTR number, const RECT& region, const std::wstring& text);
+
+    HWND dialog_;
+    HWND tips_;
+    std::map<std::pair<HWND, UINT_PTR>, bool> known_;
+    std::map<HWND, std::wstring> texts_;
+};
+
+/// The tip that the resources hold for a part; UTF-8.
+std::string designToolTip(HWND part);
+
+} // namespace toolkit::win32
