@@ -131,12 +131,17 @@ FileResult copyAttributes(int from, const Place& source, int to) {
     return lost ? outcome : FileResult::Ok;
 }
 
-FileResult syncAndClose(UniqueFd& file) {
+FileResult syncFile(int file) {
     int error = 0;
-    while ((error = fsync(file.get()) == 0 ? 0 : errno) == EINTR) {
+    while ((error = fsync(file) == 0 ? 0 : errno) == EINTR) {
     }
+    return fileResult(error);
+}
+
+FileResult syncAndClose(UniqueFd& file) {
+    const FileResult result = syncFile(file.get());
     const int closeError = file.close();
-    return fileResult(error != 0 ? error : closeError);
+    return result != FileResult::Ok ? result : fileResult(closeError);
 }
 
 FileResult syncFolder(int folder) {

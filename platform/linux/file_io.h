@@ -31,6 +31,9 @@ FileResult writeAll(int file, std::string_view bytes);
 /// Gives a file the attributes, or the permissions, of another, as far as its file system keeps them.
 FileResult copyAttributes(int from, const Place& source, int to);
 
+/// Brings a file onto its medium.
+FileResult syncFile(int file);
+
 /// Brings a file onto its medium and closes it.
 FileResult syncAndClose(UniqueFd& file);
 

@@ -90,8 +90,11 @@ bool FileReplacement::replace(std::string_view contents) {
     if (!temporary.file()) return false;
     if (writeAll(temporary.file().get(), contents) != FileResult::Ok) return false;
     if (exists() && !takeOver(place_, temporary.file().get())) return false;
-    if (syncAndClose(temporary.file()) != FileResult::Ok) return false;
-    return temporary.rename(place_.name) && syncFolder(place_.folder.get()) == FileResult::Ok;
+    if (syncFile(temporary.file().get()) != FileResult::Ok || !temporary.rename(place_.name)) return false;
+    // On FAT a name is where the length of its file stands, and a new one says 0 until the file is synced
+    // once more.
+    return syncAndClose(temporary.file()) == FileResult::Ok &&
+           syncFolder(place_.folder.get()) == FileResult::Ok;
 }
 
 } // namespace platform::posix

@@ -244,7 +244,7 @@ TEST_F(Faults, AFileThatIsNewIsSyncedWithItsFolder) {
     EXPECT_EQ(with(count, [] { return copyFile(filePath(), copyPath()); }), FileResult::Ok);
     EXPECT_EQ(fault.count, 2);
     EXPECT_TRUE(with(count, setKey));
-    EXPECT_EQ(fault.count, 2);
+    EXPECT_EQ(fault.count, 3) << "the file before and after it has its name, and the folder";
 }
 
 TEST_F(Faults, AProfileSurvivesAnyFailure) {
@@ -269,6 +269,16 @@ TEST_F(Faults, AProfileSurvivesAnyFailure) {
     EXPECT_GT(at, 10) << "calls tried";
     for (const auto& call : {"openat", "read", "write", "fsync", "renameat", "close"})
         EXPECT_EQ(fault.seen.count(call), 1U) << call;
+}
+
+TEST_F(Faults, AProfileIsSyncedOnceMoreUnderItsName) {
+    for (const int at : {2, 3}) { // the file, then its folder
+        put(ini, oldText);
+        Fault wanted = failAt("fsync", EIO);
+        wanted.at = at;
+        EXPECT_FALSE(with(wanted, setKey)) << at;
+        EXPECT_EQ(get(ini), newText) << "the new file has its name by then";
+    }
 }
 
 TEST_F(Faults, AProfileSurvivesAFullDisk) {
