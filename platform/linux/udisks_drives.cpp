@@ -214,8 +214,8 @@ bool UdisksDrives::settle(char letter) {
     const Mounted mounted = mounted_.at(volume->object);
     if (!isStillMounted(*volume) || !syncFolder(mounted.folder)) return false;
     // Everything is on the medium by now. Somebody who still looks at the stick keeps it mounted, and loses
-    // nothing.
-    if (mounted.byProgram) (void)unmount(*volume);
+    // nothing. The others, which were only measured, may be pulled as well.
+    release();
     return true;
 }
 

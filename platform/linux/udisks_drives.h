@@ -27,7 +27,8 @@ public:
     /// Unmounts the volume for it, since most file systems take a label only then. A volume that someone else
     /// had mounted is mounted again.
     bool setLabel(char letter, std::string_view label) override;
-    /// What the program mounted is unmounted, because only then a pulled stick is clean.
+    /// What the program mounted is unmounted, the other drives as well, because only then a pulled stick is
+    /// clean.
     bool settle(char letter) override;
     void release() override;
     std::vector<PresentDrive> present() override;

@@ -147,6 +147,16 @@ TEST_F(UdisksTable, MeasuringMountsOnceAndSettlingUnmounts) {
     EXPECT_TRUE(mock.wasQuiet());
 }
 
+TEST_F(UdisksTable, SettlingUnmountsWhatWasOnlyMeasured) {
+    addStick("sdb1", 17);
+    addStick("sdc1", 33);
+    EXPECT_TRUE(drives.space('D'));
+    EXPECT_TRUE(drives.space('E'));
+    EXPECT_TRUE(drives.settle('D'));
+    EXPECT_FALSE(isMounted("sdb1"));
+    EXPECT_FALSE(isMounted("sdc1"));
+}
+
 TEST_F(UdisksTable, WhatTheDesktopMountedStaysMounted) {
     addStick("sdb1", 17);
     mountByDesktop("sdb1");
