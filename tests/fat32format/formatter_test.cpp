@@ -384,7 +384,7 @@ TEST_F(Fat32Format, PartitionThatTheKernelDoesNotSeeIsWrittenThroughTheDisk) {
     EXPECT_EQ(system.commands.at(1), Command({"/usr/sbin/mkfs.fat", "--help"}));
     EXPECT_EQ(system.commands.at(2),
               Command({"/usr/sbin/mkfs.fat", "-F", "32", "-s", "64", "-S", "512", "--offset=2048", "-h",
-                       "2048", "/dev/disk/by-diskseq/7", "488385560"}));
+                       "2048", "-I", "/dev/disk/by-diskseq/7", "488385560"}));
 }
 
 TEST_F(Fat32Format, ToolThatCouldWriteATableOfItsOwnDoesNot) {
@@ -393,7 +393,7 @@ TEST_F(Fat32Format, ToolThatCouldWriteATableOfItsOwnDoesNot) {
     EXPECT_EQ(run(), Status::Done);
     EXPECT_EQ(system.commands.at(2),
               Command({"/usr/sbin/mkfs.fat", "-F", "32", "-s", "64", "-S", "512", "--offset=2048", "-h",
-                       "2048", "--mbr=n", "/dev/disk/by-diskseq/7", "488385560"}));
+                       "2048", "-I", "--mbr=n", "/dev/disk/by-diskseq/7", "488385560"}));
 }
 
 TEST_F(Fat32Format, PartitionIsReadyWhenItsNameIsAsLastingAsTheDisks) {

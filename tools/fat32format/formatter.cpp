@@ -154,7 +154,8 @@ private:
         return inside;
     }
 
-    /// Of a whole disk: the file system of its first partition.
+    /// Of a whole disk: the file system of its first partition. The kernel may have that one already, hence
+    /// -I, which lets mkfs.fat write through the disk all the same.
     void makeFileSystem(const Volume& volume) {
         const std::uint64_t clusterBytes = options_.sectorsPerCluster * sectorOfOption;
         const std::uint64_t perCluster = std::max<std::uint64_t>(1, clusterBytes / volume.sectorSize);
@@ -164,7 +165,7 @@ private:
             makeTool_, "-F", "32", "-s", std::to_string(perCluster), "-S", std::to_string(volume.sectorSize)};
         if (!volume.isPartition) {
             const std::string start = std::to_string(alignment / volume.sectorSize);
-            command.insert(command.end(), {"--offset=" + start, "-h", start});
+            command.insert(command.end(), {"--offset=" + start, "-h", start, "-I"});
             if (knowsTableOption()) command.emplace_back("--mbr=n");
         }
         command.push_back(volume.stableNode);

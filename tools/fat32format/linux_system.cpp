@@ -50,6 +50,16 @@ std::string stableNode(const Volume& volume) {
     return number && number == deviceNumber(volume.node) ? link : volume.node;
 }
 
+/// Whether udev has given the device all the names it will have: it notes that last. Not every udev names
+/// partitions by the number of their disk.
+bool udevHasNamed(const FactFolders& folders, const Volume& volume) {
+    const auto number = deviceNumber(volume.node);
+    if (!number) return false;
+    std::error_code error;
+    return fs::exists(
+        folders.udev / ("b" + std::to_string(major(*number)) + ':' + std::to_string(minor(*number))), error);
+}
+
 /// How the kernel calls the first partition: with a "p" in between when the disk's name ends in a digit.
 std::string firstPartitionNode(const std::string& disk) {
     const bool endsInDigit = disk.find_last_of("0123456789") == disk.size() - 1;
@@ -86,6 +96,7 @@ std::optional<Volume> LinuxSystem::firstPartitionOf(const Volume& disk) {
     do {
         auto partition = inspect(firstPartitionNode(disk.diskNode));
         if (partition && partition->isReadyPartitionOf(disk)) return partition;
+        if (partition && udevHasNamed(folders_, *partition)) return std::nullopt;
         std::this_thread::sleep_for(partitionPause);
     } while (std::chrono::steady_clock::now() < deadline);
     return std::nullopt;

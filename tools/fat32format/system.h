@@ -58,7 +58,7 @@ public:
     /// No value when the path is no block device.
     virtual std::optional<Volume> inspect(const std::string& node) = 0;
     /// The first partition of a disk that has just been partitioned, when the kernel has it, and udev a name
-    /// for it; waits some seconds for it.
+    /// for it that is as lasting as the disk's; waits some seconds for it.
     virtual std::optional<Volume> firstPartitionOf(const Volume& disk) = 0;
     /// Bytes that have been written to the volume since the system started.
     virtual std::uint64_t bytesWritten(const Volume& volume) = 0;
