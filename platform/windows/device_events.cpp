@@ -12,11 +12,10 @@ namespace platform {
 
 namespace {
 
-static_assert(
-    std::is_same_v<LRESULT, std::intptr_t> && std::is_same_v<LPARAM, std::intptr_t> &&
-        std::is_same_v<WPARAM, std::uintptr_t> && sizeof(UINT) == sizeof(std::uint32_t) &&
-        sizeof(HWND) == sizeof(std::intptr_t),
-    "A WindowProcedure and a WNDPROC are called in the same way; only the handle's type has another name.");
+// A WindowProcedure and a WNDPROC are called in the same way; only the handle's type has another name.
+static_assert(std::is_same_v<WindowProcedure, std::intptr_t (*)(std::intptr_t, UINT, WPARAM, LPARAM)>);
+static_assert(std::is_same_v<LRESULT, std::intptr_t>);
+static_assert(sizeof(HWND) == sizeof(std::intptr_t));
 
 /// A window whose procedure has been exchanged.
 struct Hook {

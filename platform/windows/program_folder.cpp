@@ -2,6 +2,7 @@
 
 #include "platform/windows/ansi_text.h"
 #include "platform/windows/own_folders.h"
+#include "platform/windows/quiet_errors.h"
 #include "platform/windows/unique_handle.h"
 
 #include <shlobj.h>
@@ -85,6 +86,7 @@ std::string programFolder() {
 }
 
 std::string settingsFolder() {
+    const QuietErrors quiet;
     std::string program = programFolder();
     if (takesSettings(program)) return program;
     std::string own = userConfigFolder();

@@ -83,7 +83,7 @@ bool settleVolume(std::string_view root) {
     const QuietErrors quiet;
     const std::string rootPath = upToNul(root);
     if (GetFileAttributesA(rootPath.c_str()) == INVALID_FILE_ATTRIBUTES) return false;
-    const std::string device = "\\\\.\\" + rootPath.substr(0, 2);
+    const std::string device = R"(\\.\)" + rootPath.substr(0, 2);
     const UniqueHandle volume(CreateFileA(device.c_str(), GENERIC_READ | GENERIC_WRITE,
                                           FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING, 0,
                                           nullptr));
