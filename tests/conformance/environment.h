@@ -28,6 +28,9 @@ public:
     /// not let this process make one.
     std::optional<std::filesystem::path> addSmall(char letter, std::uint64_t bytes);
 
+    /// Takes the drive's medium out and puts it in again: what the system knows of it, it reads anew.
+    void readAgain(char letter);
+
     /// Takes the drive away; the folder goes, too.
     void remove(char letter);
 

@@ -252,6 +252,17 @@ TEST_F(Registry, AValueComesBackAsItWasSet) {
     }
 }
 
+TEST_F(Registry, TextBeyondAsciiComesBack) {
+    const std::string letters = "\xE4 \xDF \x80"; // a with dots, sharp s, the sign of the euro
+    const RegistryKey key = create(below(letters));
+    const std::string text = letters + '\0';
+    ASSERT_EQ(regSetValue(key, letters, RegistryText, text), 0);
+    const Data data = query(open(below(letters)), letters);
+    EXPECT_EQ(data.type, RegistryText);
+    EXPECT_EQ(data.size, text.size());
+    EXPECT_EQ(data.bytes, text);
+}
+
 TEST_F(Registry, AnEmptyNameIsTheDefaultValue) {
     const RegistryKey key = create(below("Key"));
     EXPECT_EQ(query(key, "").status, RegistryFileNotFound);

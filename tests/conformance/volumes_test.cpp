@@ -152,6 +152,33 @@ TEST(Volumes, WithoutAMediumTheResultsStayAsTheyWere) {
     EXPECT_FALSE(settleVolume("E:\\"));
 }
 
+TEST(Volumes, LabelComesBackAsItWasSet) {
+    Drives drives;
+    drives.add('E', DriveRemovable);
+    for (const std::string_view label : {"ORVANTA", "Grün ß € ÄÖ", ""}) {
+        ASSERT_TRUE(setVolumeLabel("E:\\", label));
+        drives.readAgain('E');
+        std::array<char, 64> stored{};
+        std::array<char, 64> fileSystem{};
+        ASSERT_TRUE(volumeInformation("E:\\", stored, fileSystem));
+        EXPECT_EQ(std::string_view(stored.data()), label);
+        EXPECT_NE(std::string_view(fileSystem.data()), "");
+    }
+}
+
+TEST(Volumes, LabelAndFileSystemAreCutToTheirBuffersBetweenCharacters) {
+    Drives drives;
+    drives.add('E', DriveRemovable);
+    ASSERT_TRUE(setVolumeLabel("E:\\", "aä€z"));
+    drives.readAgain('E');
+    std::array<char, 5> label{};
+    std::array<char, 3> fileSystem{};
+    ASSERT_TRUE(volumeInformation("E:\\", label, fileSystem));
+    EXPECT_STREQ(label.data(), "aä") << "the next character does not fit";
+    EXPECT_EQ(std::string_view(fileSystem.data()).size(), 2U);
+    EXPECT_TRUE(volumeInformation("E:\\", {}, {}));
+}
+
 TEST(Volumes, LabelCanBeSetAndDriveSettled) {
     Drives drives;
     drives.add('E', DriveRemovable);

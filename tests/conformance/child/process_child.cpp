@@ -3,6 +3,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <fstream>
 #include <iostream>
 #include <string>
 #include <thread>
@@ -21,6 +22,13 @@ void writeAnswer() {
     if (std::getline(std::cin, line)) std::cout << "answer " << line;
 }
 
+/// Writes a text to a file, which is there with all of it or not at all.
+void note(const std::string& file, const std::string& text) {
+    const std::string part = file + ".part";
+    std::ofstream(part, std::ios::binary) << text;
+    std::rename(part.c_str(), file.c_str());
+}
+
 [[noreturn]] void goOnForEver() {
     std::cout << "started" << std::flush;
     for (;;)
@@ -34,6 +42,7 @@ int main(int argc, char** argv) {
     if (mode == "bytes" && argc > 2) writeBytes(std::strtoul(argv[2], nullptr, 10));
     if (mode == "answer") writeAnswer();
     if (mode == "errors") std::cerr << "to the error output";
+    if (mode == "note" && argc > 3) note(argv[2], argv[3]);
     if (mode == "endless") goOnForEver();
     if (mode == "arguments") {
         for (int i = 2; i < argc; ++i)

@@ -58,6 +58,9 @@ std::optional<fs::path> Drives::addSmall(char letter, std::uint64_t bytes) {
     return drive.folder;
 }
 
+/// What was written into the table is what the program reads.
+void Drives::readAgain(char /*letter*/) {}
+
 void Drives::remove(char letter) {
     release(drives_.at(letter));
     drives_.erase(letter);
@@ -89,7 +92,7 @@ void Drives::publish() const {
         std::ofstream table(next, std::ios::binary);
         for (const auto& [letter, drive] : drives_) {
             table << '[' << letter << ":]\r\nType=" << static_cast<unsigned>(drive.type)
-                  << "\r\nPath=" << drive.folder.string() << "\r\n";
+                  << "\r\nPath=" << drive.folder.string() << "\r\nFileSystem=FAT32\r\n";
         }
         if (!table.flush()) throw std::runtime_error("the table of drives cannot be written");
     }

@@ -1,15 +1,21 @@
-// Letters beyond ASCII at every boundary of the services.
+// Letters beyond ASCII at every boundary of the services. The tray's tip has notification_area_test.cpp, the
+// shell has shell_start_test.cpp.
 #include "platform/windows/ansi_text.h"
 
+#include "platform/accounts.h"
 #include "platform/files.h"
-#include "platform/notify_icon.h"
 #include "platform/profile.h"
+#include "platform/registry.h"
 #include "platform/text.h"
 #include "platform/volumes.h"
+#include "tests/conformance/console_run.h"
 #include "tests/conformance/environment.h"
+#include "tests/conformance/environment_registry.h"
 #include "tests/conformance/scratch_files.h"
 
 #include <gtest/gtest.h>
+
+#include <windows.h>
 
 #include <array>
 #include <vector>
@@ -21,6 +27,7 @@ using conformance::Drives;
 namespace {
 
 const std::string letters = "ä ß € Größe";
+constexpr std::wstring_view wideLetters = L"ä ß € Größe";
 
 } // namespace
 
@@ -48,15 +55,29 @@ TEST(Ansi, FilesAndProfiles) {
     std::vector<char> buffer(1000);
     const auto count = profileSection(toAnsi(letters), buffer, path);
     EXPECT_EQ(fromAnsi({buffer.data(), count}), letters + "=" + letters + '\0');
+    std::vector<char> names(1000);
+    EXPECT_EQ(fromAnsi({names.data(), profileSectionNames(names, path)}), letters + '\0');
 
     FileSearch search("E:\\*.*");
     FoundFile found;
     ASSERT_TRUE(search.next(found));
     EXPECT_EQ(found.name, letters + ".ini");
     EXPECT_EQ(fileAttributes("E:\\" + found.name), FileArchive);
+    EXPECT_NE(GetFileAttributesW((L"E:\\" + std::wstring(wideLetters) + L".ini").c_str()),
+              INVALID_FILE_ATTRIBUTES);
 }
 
-// Wine keeps a volume's label in a file, and reads it when the drive appears.
+TEST(Ansi, CopiedFiles) {
+    Drives drives;
+    const auto stick = drives.add('E', DriveRemovable);
+    ASSERT_EQ(writeWholeFile("E:\\" + letters, toAnsi(letters)), FileResult::Ok);
+    EXPECT_EQ(copyFile("E:\\" + letters, "E:\\Ö" + letters), FileResult::Ok);
+    EXPECT_EQ(conformance::get(stick / conformance::named("Ö" + letters)), toAnsi(letters));
+    EXPECT_EQ(deleteFile("E:\\" + letters), FileResult::Ok);
+    EXPECT_EQ(conformance::entries(stick), 1);
+}
+
+// Wine keeps a volume's label in a file.
 TEST(Ansi, Labels) {
     Drives drives;
     const auto stick = drives.add('E', DriveRemovable);
@@ -66,15 +87,40 @@ TEST(Ansi, Labels) {
     EXPECT_FALSE(setVolumeLabel("E:\\", "日本"));
 }
 
-TEST(NotifyIcon, ARecordThatWasNeverAddedIsNotChanged) {
-    NotifyIconRecord record{};
-    EXPECT_FALSE(shellNotifyIcon(NotifyIcon::Modify, record));
-    EXPECT_FALSE(shellNotifyIcon(NotifyIcon::Delete, record));
+// What other programs see, which ask for wide characters.
+TEST(Ansi, RegistryTexts) {
+    const conformance::RegistryPlace place;
+    RegistryKey key = 0;
+    RegistryDisposition disposition{};
+    ASSERT_EQ(regCreateKey(registryCurrentUser, place.path() + '\\' + toAnsi(letters), registryNonVolatile,
+                           63, key, disposition),
+              RegistrySuccess);
+    EXPECT_EQ(regSetValue(key, toAnsi(letters), RegistryText, toAnsi(letters) + '\0'), RegistrySuccess);
+    EXPECT_EQ(regCloseKey(key), RegistrySuccess);
+
+    const std::string path = place.path();
+    const std::wstring wideKey = std::wstring(path.begin(), path.end()) + L"\\" + std::wstring(wideLetters);
+    std::array<WCHAR, 100> value{};
+    DWORD size = sizeof value;
+    ASSERT_EQ(RegGetValueW(HKEY_CURRENT_USER, wideKey.c_str(), wideLetters.data(), RRF_RT_REG_SZ, nullptr,
+                           value.data(), &size),
+              ERROR_SUCCESS);
+    EXPECT_EQ(std::wstring_view(value.data()), wideLetters);
 }
 
-TEST(NotifyIcon, AFullTipWithoutANulIsTaken) {
-    NotifyIconRecord record{};
-    std::fill(record.begin() + notify_record::szTip, record.end(), static_cast<std::uint8_t>('x'));
-    record[notify_record::uFlags] = 4;
-    EXPECT_FALSE(shellNotifyIcon(NotifyIcon::Modify, record));
+TEST(Ansi, ArgumentsAndOutputOfPrograms) {
+    EXPECT_EQ(conformance::outputOf(conformance::child("arguments \"" + letters + "\" ü")),
+              "[" + toAnsi(letters) + "][" + toAnsi("ü") + "]");
+    EXPECT_EQ(conformance::outputOf(conformance::child("answer"), "ä€"), "Proceed? answer " + toAnsi("ä€"));
+}
+
+TEST(Ansi, UserNames) {
+    std::array<WCHAR, 300> before{};
+    GetEnvironmentVariableW(L"USERNAME", before.data(), static_cast<DWORD>(before.size()));
+    ASSERT_TRUE(SetEnvironmentVariableW(L"USERNAME", wideLetters.data()));
+    EXPECT_EQ(userName(), letters);
+    SetEnvironmentVariableW(L"USERNAME", nullptr);
+    EXPECT_NE(userName(), letters);
+    EXPECT_FALSE(userName().empty()) << "the name that the user is logged in under";
+    SetEnvironmentVariableW(L"USERNAME", before.data());
 }

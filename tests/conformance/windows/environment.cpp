@@ -114,6 +114,12 @@ std::optional<fs::path> Drives::addSmall(char letter, std::uint64_t bytes) {
     return folder;
 }
 
+void Drives::readAgain(char letter) {
+    const Drive& drive = drives_.at(letter);
+    undefine(letter);
+    define(letter, drive.type, hostPath(drive.folder.wstring()));
+}
+
 void Drives::remove(char letter) {
     undefine(letter);
     release(drives_.at(letter));

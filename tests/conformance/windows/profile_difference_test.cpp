@@ -14,6 +14,7 @@
 
 using namespace conformance;
 using namespace platform::posix;
+using namespace std::string_literals;
 namespace fs = std::filesystem;
 
 namespace {
@@ -77,6 +78,11 @@ protected:
         });
     }
 
+    DWORD systemNames(std::string& buffer) const {
+        return GetPrivateProfileSectionNamesA(buffer.data(), static_cast<DWORD>(buffer.size()),
+                                              path_.c_str());
+    }
+
     std::string systemSection(const std::string& name) const {
         return filled([this, &name](char* buffer, DWORD size) {
             return GetPrivateProfileSectionA(name.c_str(), buffer, size, path_.c_str());
@@ -85,12 +91,15 @@ protected:
 
     std::string stored() const { return get(path_); }
 
-    /// All that can be read of the stored file.
-    std::string systemContents() const {
-        std::string all = systemNames();
-        for (const std::string& name : ProfileGenerator::sections())
-            all += "--" + std::string(1, '\0') + systemSection(name);
-        return all;
+    /// All that the functions read of the stored file.
+    std::string systemContents(std::size_t turn) const {
+        return contents(systemNames(), turn, [this](const std::string& name) { return systemSection(name); });
+    }
+
+    /// All that our code reads of a text.
+    static std::string ownContents(const std::string& text, std::size_t turn) {
+        return contents(profileNames(text), turn,
+                        [&text](const std::string& name) { return profileLines(text, name); });
     }
 
     void systemChange(const ProfileChange& change) {
@@ -119,6 +128,20 @@ protected:
     }
 
 private:
+    /// The names, the sections that are among them, and in turn one of those that may be missing.
+    static std::string contents(const std::string& names, std::size_t turn,
+                                const std::function<std::string(const std::string&)>& section) {
+        std::string all = names;
+        const std::string present = '\0' + lowerCase(names);
+        const auto& sections = ProfileGenerator::sections();
+        for (const std::string& name : sections) {
+            const bool isPresent = present.find('\0' + lowerCase(name) + '\0') != std::string::npos;
+            if (isPresent || name == sections[turn % sections.size()])
+                all += "--" + name + std::string(1, '\0') + section(name);
+        }
+        return all;
+    }
+
     fs::path folder_;
     std::string path_;
     int compared_ = 0;
@@ -132,26 +155,26 @@ TEST_F(Differences, NamesAndSectionsAreRead) {
     for (int i = 0; i < fileCount; ++i) {
         const std::string text = generator.file();
         store(text);
-        compare(profileNames(text), systemNames(), "names of\n" + shown(text));
-        for (const std::string& name : ProfileGenerator::sections())
-            compare(profileLines(text, name), systemSection(name), "section " + name + " of\n" + shown(text));
+        const auto turn = static_cast<std::size_t>(i);
+        compare(ownContents(text, turn), systemContents(turn), "file\n" + shown(text));
     }
     finish();
 }
 
-// Both write; then the system reads both files, and tells whether they say the same.
+// Both write; then each reads what the other one has written.
 TEST_F(Differences, WritesComeToTheSame) {
     ProfileGenerator generator(seed + 1);
     for (int i = 0; i < fileCount; ++i) {
         const std::string text = generator.file();
         const ProfileChange change = generator.change();
+        const auto turn = static_cast<std::size_t>(i);
         store(text);
         systemChange(change);
-        const std::string system = systemContents();
+        const std::string system = ownContents(stored(), turn);
         store(ownChange(text, change));
         const std::string about = "after [" + change.section + "] " + change.key.value_or("(no key)") +
                                   " = " + change.value.value_or("(no value)") + " in\n" + shown(text);
-        compare(lowerCase(systemContents()), lowerCase(system), about);
+        compare(lowerCase(systemContents(turn)), lowerCase(system), about);
     }
     finish();
 }
@@ -195,4 +218,19 @@ TEST_F(Differences, AByteOrderMarkHidesTheFirstSection) {
     store(text);
     EXPECT_EQ(shown(profileNames(text)), "t\n");
     EXPECT_EQ(shown(systemNames()), "s\nt\n");
+}
+
+// Ours has Profile.TextsThatWouldMakeLinesAreRefused.
+TEST_F(Differences, LineEndsInAValueMakeLines) {
+    store("[s]\r\nk=1\r\n");
+    systemChange({"s", "k", "2\r\n[t]\r\nx=3"});
+    EXPECT_EQ(shown(systemSection("t")), "x=3\n");
+}
+
+// Ours has Profile.ATruncatedAnswerIsTwoShorterThanTheBuffer.
+TEST_F(Differences, ATruncatedListOfNamesEndsInOneNul) {
+    store("[section1]\r\n[section2]\r\n");
+    std::string buffer(12, '#');
+    EXPECT_EQ(systemNames(buffer), 10U);
+    EXPECT_EQ(buffer, "section1\0s\0#"s);
 }

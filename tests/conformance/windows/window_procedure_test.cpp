@@ -1,4 +1,4 @@
-// Device messages at a real window.
+// The exchange of a real window's procedure.
 #include "platform/device_events.h"
 
 #include <gtest/gtest.h>
@@ -43,7 +43,7 @@ std::intptr_t throwing(std::intptr_t /*window*/, std::uint32_t message, std::uin
     return 0;
 }
 
-class DeviceEvents : public testing::Test {
+class WindowHook : public testing::Test {
 protected:
     void SetUp() override {
         received.clear();
@@ -51,9 +51,9 @@ protected:
         WNDCLASSA description{};
         description.lpfnWndProc = firstProcedure;
         description.hInstance = GetModuleHandleA(nullptr);
-        description.lpszClassName = "DeviceEventsTest";
+        description.lpszClassName = "WindowHookTest";
         RegisterClassA(&description);
-        handle_ = CreateWindowA("DeviceEventsTest", "", WS_OVERLAPPED, 0, 0, 10, 10, nullptr, nullptr,
+        handle_ = CreateWindowA("WindowHookTest", "", WS_OVERLAPPED, 0, 0, 10, 10, nullptr, nullptr,
                                 description.hInstance, nullptr);
         ASSERT_NE(handle_, nullptr);
     }
@@ -74,7 +74,7 @@ private:
 
 } // namespace
 
-TEST_F(DeviceEvents, MessagesGoThroughTheProcedureAndOn) {
+TEST_F(WindowHook, MessagesGoThroughTheProcedureAndOn) {
     previous = setWindowProcedure(window(), noting);
     EXPECT_EQ(arrive(), 77);
     ASSERT_EQ(received.size(), 1U);
@@ -84,7 +84,7 @@ TEST_F(DeviceEvents, MessagesGoThroughTheProcedureAndOn) {
     setWindowProcedure(window(), previous);
 }
 
-TEST_F(DeviceEvents, PuttingThePreviousOneBackTwiceIsHarmless) {
+TEST_F(WindowHook, PuttingThePreviousOneBackTwiceIsHarmless) {
     previous = setWindowProcedure(window(), noting);
     EXPECT_EQ(setWindowProcedure(window(), previous), noting);
     EXPECT_EQ(setWindowProcedure(window(), previous), previous);
@@ -93,7 +93,7 @@ TEST_F(DeviceEvents, PuttingThePreviousOneBackTwiceIsHarmless) {
     EXPECT_EQ(reachedFirst, 1);
 }
 
-TEST_F(DeviceEvents, NothingThatIsThrownLeavesTheDelivery) {
+TEST_F(WindowHook, NothingThatIsThrownLeavesTheDelivery) {
     int caught = 0;
     setDeviceEventDelivery([&caught](const std::function<void()>& message) {
         try {
@@ -109,7 +109,7 @@ TEST_F(DeviceEvents, NothingThatIsThrownLeavesTheDelivery) {
     setWindowProcedure(window(), first);
 }
 
-TEST_F(DeviceEvents, AMessageThatIsNotDeliveredReachesTheWindow) {
+TEST_F(WindowHook, AMessageThatIsNotDeliveredReachesTheWindow) {
     setDeviceEventDelivery([](const std::function<void()>&) {});
     previous = setWindowProcedure(window(), noting);
     EXPECT_EQ(arrive(), 77);
@@ -118,7 +118,7 @@ TEST_F(DeviceEvents, AMessageThatIsNotDeliveredReachesTheWindow) {
     setWindowProcedure(window(), previous);
 }
 
-TEST_F(DeviceEvents, ADeliveredMessageReachesTheWindowOnce) {
+TEST_F(WindowHook, ADeliveredMessageReachesTheWindowOnce) {
     setDeviceEventDelivery([](const std::function<void()>& message) { message(); });
     previous = setWindowProcedure(window(), noting);
     EXPECT_EQ(arrive(), 77);
@@ -127,7 +127,7 @@ TEST_F(DeviceEvents, ADeliveredMessageReachesTheWindowOnce) {
     setWindowProcedure(window(), previous);
 }
 
-TEST(DeviceEventsWithoutAWindow, ThereIsAProcedureAllTheSame) {
+TEST(WindowHookWithoutAWindow, ThereIsAProcedureAllTheSame) {
     EXPECT_NE(setWindowProcedure(0, noting), nullptr);
     EXPECT_EQ(sendWindowMessage(0, WM_DEVICECHANGE, DBT_DEVICEARRIVAL, 0), 0);
 }
