@@ -12,6 +12,9 @@ namespace {
 
 constexpr std::size_t channels = 4;
 
+constexpr BYTE opaque = 255;
+constexpr BYTE halfOpaque = 128;
+
 /// The pixels of a row or column that one pixel of the scaled picture is made of.
 struct Share {
     int first = 0;
@@ -114,11 +117,11 @@ Bitmap Bitmap::scaledTo(int width, int height) const {
     return result;
 }
 
-void Bitmap::draw(HDC context, int x, int y, BYTE opacity) const {
+void Bitmap::draw(HDC context, int x, int y, bool enabled) const {
     if (handle_ == nullptr) return;
     const BitmapContext source(*this);
     GdiAlphaBlend(context, x, y, width_, height_, source.get(), 0, 0, width_, height_,
-                  {AC_SRC_OVER, 0, opacity, AC_SRC_ALPHA});
+                  {AC_SRC_OVER, 0, enabled ? opaque : halfOpaque, AC_SRC_ALPHA});
 }
 
 } // namespace toolkit::win32

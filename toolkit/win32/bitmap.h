@@ -29,7 +29,8 @@ public:
     /// The picture in another size, smoothly.
     Bitmap scaledTo(int width, int height) const;
 
-    void draw(HDC context, int x, int y, BYTE opacity = 255) const;
+    /// Half transparent when what it belongs to is disabled.
+    void draw(HDC context, int x, int y, bool enabled) const;
 
 private:
     HBITMAP handle_ = nullptr;

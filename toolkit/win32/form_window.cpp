@@ -1,6 +1,7 @@
 #include "toolkit/win32/form_window.h"
 
 #include "toolkit/win32/adaptor.h"
+#include "toolkit/win32/dialog_template.h"
 #include "toolkit/win32/placement.h"
 #include "toolkit/win32/presentation.h"
 #include "toolkit/win32/texts.h"
@@ -16,6 +17,7 @@ namespace {
 constexpr UINT settleMessage = WM_APP + 1;
 constexpr UINT rescaleMessage = WM_APP + 2;
 constexpr UINT destroyMessage = WM_APP + 3;
+constexpr UINT focusMessage = WM_APP + 4;
 
 std::vector<std::unique_ptr<FormWindow>>& windows() {
     static std::vector<std::unique_ptr<FormWindow>> all;
@@ -53,11 +55,15 @@ FormWindow::~FormWindow() {
 FormWindow& FormWindow::create(const std::string& name) {
     const std::wstring wideName = fromUtf8(name);
     registerWindowClass(wideName);
-    FormWindow& window = *windows().emplace_back(new FormWindow(name));
-    CreateDialogParamW(GetModuleHandleW(nullptr), wideName.c_str(), nullptr, procedure,
-                       reinterpret_cast<LPARAM>(&window));
-    if (window.handle_ == nullptr) defectiveLayout(name, {});
-    return window;
+    DialogTemplate layout(wideName);
+    for (;;) {
+        FormWindow& window = *windows().emplace_back(new FormWindow(name));
+        layout.create(procedure, reinterpret_cast<LPARAM>(&window));
+        if (window.handle_ == nullptr) defectiveLayout(name, {});
+        // Nobody could reach what does not fit: the large letters of a small screen have to be smaller.
+        if (fitsScreen(window.handle_) || !layout.shrink(GetDpiForWindow(window.handle_))) return window;
+        DestroyWindow(window.handle_);
+    }
 }
 
 FormWindow* FormWindow::of(HWND handle) {
@@ -176,6 +182,12 @@ INT_PTR FormWindow::received(UINT message, WPARAM wParam, LPARAM lParam) {
         // After what the dialog itself makes of it.
         PostMessageW(handle_, rescaleMessage, 0, 0);
         return FALSE;
+    case WM_ACTIVATE:
+        if (LOWORD(wParam) != WA_INACTIVE) PostMessageW(handle_, focusMessage, 0, 0);
+        return FALSE;
+    case focusMessage:
+        keepFocus();
+        return TRUE;
     case rescaleMessage:
         rescale();
         return TRUE;
@@ -237,6 +249,16 @@ void FormWindow::settle(const Adaptor* named) {
     const auto found = std::find_if(adaptors_.begin(), adaptors_.end(),
                                     [named](const auto& adaptor) { return adaptor.get() == named; });
     if (found != adaptors_.end()) (*found)->settle();
+}
+
+/// The part that had the keyboard when the window was left may have been disabled since: no key would have an
+/// effect.
+void FormWindow::keepFocus() const {
+    HWND const focus = GetFocus();
+    if (GetActiveWindow() != handle_ || IsIconic(handle_) != FALSE) return;
+    if (focus != nullptr && focus != handle_ && IsWindowEnabled(focus) != FALSE) return;
+    if (HWND const part = firstPart(handle_))
+        SendMessageW(handle_, WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(part), TRUE);
 }
 
 void FormWindow::rescale() {

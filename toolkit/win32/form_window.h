@@ -87,6 +87,7 @@ private:
     void initialize(HWND handle);
     void requestClose();
     void settle(const Adaptor* named);
+    void keepFocus() const;
     void rescale();
     void postDestroy() const;
     Adaptor* adaptorOf(int number) const;

@@ -12,8 +12,6 @@ namespace toolkit::win32 {
 
 namespace {
 
-constexpr BYTE halfOpaque = 128;
-
 /// Shows a picture, scaled down to the room there is; never larger than a pixel of the picture a 96th of an
 /// inch.
 class ImageAdaptor : public PartAdaptor {
@@ -60,7 +58,7 @@ private:
         if (scaled_.width() != size.cx || scaled_.height() != size.cy)
             scaled_ = picture->bitmap()->scaledTo(size.cx, size.cy);
         scaled_.draw(context, (room.left + room.right - size.cx) / 2, (room.top + room.bottom - size.cy) / 2,
-                     IsWindowEnabled(part()) != FALSE ? BYTE{255} : halfOpaque);
+                     IsWindowEnabled(part()) != FALSE);
     }
 
     Image& image_;

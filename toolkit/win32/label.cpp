@@ -103,13 +103,9 @@ private:
         RECT room{};
         GetClientRect(part(), &room);
         RECT needed{0, 0, room.right, 0};
-        HDC const context = GetDC(part());
-        {
-            const ChosenFont font(context, part());
-            const std::wstring all = text();
-            DrawTextW(context, all.c_str(), static_cast<int>(all.size()), &needed, flags() | DT_CALCRECT);
-        }
-        ReleaseDC(part(), context);
+        const std::wstring all = text();
+        DrawTextW(Measuring(part()).get(), all.c_str(), static_cast<int>(all.size()), &needed,
+                  flags() | DT_CALCRECT);
         return needed.bottom > room.bottom || needed.right > room.right;
     }
 

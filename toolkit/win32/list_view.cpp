@@ -58,7 +58,8 @@ public:
 protected:
     void adoptDesign() override {
         PartAdaptor::adoptDesign();
-        list_.setHeaderStyle(static_cast<std::uint32_t>(GetWindowLongPtrW(header(), GWL_STYLE)));
+        if (header() != nullptr)
+            list_.setHeaderStyle(static_cast<std::uint32_t>(GetWindowLongPtrW(header(), GWL_STYLE)));
     }
 
     void showAll() override {
@@ -197,8 +198,11 @@ private:
         }
     }
 
+    /// The other bits change with the state of the list.
     void showHeaderStyle() {
-        SetWindowLongPtrW(header(), GWL_STYLE, static_cast<LONG_PTR>(list_.headerStyle()));
+        constexpr LONG_PTR buttons = HDS_BUTTONS;
+        const LONG_PTR others = GetWindowLongPtrW(header(), GWL_STYLE) & ~buttons;
+        SetWindowLongPtrW(header(), GWL_STYLE, others | (LONG_PTR{list_.headerStyle()} & buttons));
         SetWindowPos(part(), nullptr, 0, 0, 0, 0, SWP_NOSIZE | SWP_NOMOVE | SWP_NOZORDER | SWP_FRAMECHANGED);
         InvalidateRect(header(), nullptr, TRUE);
     }

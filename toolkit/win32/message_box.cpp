@@ -19,20 +19,21 @@ namespace win32 {
 
 namespace {
 
-constexpr int buttonMask = 0x0f;
 constexpr auto programTitle = "Orvanta USB-Stick Internetupdate Tool";
 
 /// A text of the server's may be of any length; a box must fit the screen.
 constexpr std::size_t longestText = 1500;
 
 struct Caption {
+    UINT buttons;
     int button;
     const wchar_t* text;
 };
 
-/// The program speaks German, whatever the system does.
-constexpr std::array captions = {Caption{IDCANCEL, L"&Abbrechen"}, Caption{IDYES, L"&Ja"},
-                                 Caption{IDNO, L"&Nein"}};
+/// The program speaks German, whatever the system does. The only button of a box may have any number, that of
+/// "Cancel" among them, so each caption belongs to its kind of box.
+constexpr std::array captions = {Caption{MB_OKCANCEL, IDCANCEL, L"&Abbrechen"},
+                                 Caption{MB_YESNO, IDYES, L"&Ja"}, Caption{MB_YESNO, IDNO, L"&Nein"}};
 
 std::wstring bounded(const std::wstring& text) {
     return text.size() <= longestText ? text : beginning(text, longestText) + L'\x2026';
@@ -49,11 +50,19 @@ LRESULT CALLBACK closableProcedure(HWND box, UINT message, WPARAM wParam, LPARAM
     return DefSubclassProc(box, message, wParam, lParam);
 }
 
+/// A box that cannot be closed has the item disabled, or none.
+void makeClosable(HWND box) {
+    HMENU const menu = GetSystemMenu(box, FALSE);
+    if (EnableMenuItem(menu, SC_CLOSE, MF_BYCOMMAND | MF_ENABLED) == -1)
+        AppendMenuW(menu, MF_STRING, SC_CLOSE, L"&Schlie\u00dfen\tAlt+F4");
+    SetWindowSubclass(box, closableProcedure, 1, 0);
+}
+
 /// Gets hold of the next message box of this thread.
 class BoxWatch {
 public:
     explicit BoxWatch(int style)
-        : style_(style),
+        : buttons_(static_cast<UINT>(style) & MB_TYPEMASK),
           outer_(std::exchange(current, this)),
           hook_(SetWindowsHookExW(WH_CBT, procedure, nullptr, GetCurrentThreadId())) {}
     BoxWatch(const BoxWatch&) = delete;
@@ -75,10 +84,8 @@ private:
         unhook();
         box_ = std::make_unique<OpenBox>(box);
         for (const Caption& caption : captions)
-            SetDlgItemTextW(box, caption.button, caption.text);
-        if ((style_ & buttonMask) != MB_YESNO) return;
-        EnableMenuItem(GetSystemMenu(box, FALSE), SC_CLOSE, MF_BYCOMMAND | MF_ENABLED);
-        SetWindowSubclass(box, closableProcedure, 1, 0);
+            if (caption.buttons == buttons_) SetDlgItemTextW(box, caption.button, caption.text);
+        if (buttons_ == MB_YESNO) makeClosable(box);
     }
 
     void unhook() {
@@ -87,7 +94,7 @@ private:
 
     static BoxWatch* current;
 
-    int style_;
+    UINT buttons_;
     BoxWatch* outer_;
     HHOOK hook_;
     std::unique_ptr<OpenBox> box_;
@@ -106,8 +113,10 @@ int backend::showMessage(std::string_view text, int style, std::string_view titl
     // The box itself makes only its owner deaf, and needs to find it as it was.
     win32::ModalScope others(owner);
     const win32::BoxWatch watch(style);
-    return MessageBoxW(owner, wideText.c_str(), wideTitle.c_str(),
-                       static_cast<UINT>(style) | MB_SETFOREGROUND);
+    const int answer =
+        MessageBoxW(owner, wideText.c_str(), wideTitle.c_str(), static_cast<UINT>(style) | MB_SETFOREGROUND);
+    // A box with one button says of itself that it was closed, or that the button was pressed.
+    return (style & MB_TYPEMASK) == MB_OK ? Ok : answer;
 }
 
 } // namespace toolkit

@@ -35,6 +35,15 @@ ChosenFont::ChosenFont(HDC context, HWND control)
     : context_(context),
       before_(SelectObject(context, reinterpret_cast<HFONT>(SendMessageW(control, WM_GETFONT, 0, 0)))) {}
 
+Measuring::Measuring(HWND control) : control_(control), context_(GetDC(control)) {
+    font_.emplace(context_, control);
+}
+
+Measuring::~Measuring() {
+    font_.reset();
+    ReleaseDC(control_, context_);
+}
+
 void drawText(HDC context, const std::wstring& text, RECT room, UINT flags, COLORREF color) {
     SetBkMode(context, TRANSPARENT);
     SetTextColor(context, color);

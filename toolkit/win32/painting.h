@@ -5,6 +5,7 @@
 #include <windows.h>
 
 #include <functional>
+#include <optional>
 #include <string>
 
 namespace toolkit::win32 {
@@ -35,6 +36,22 @@ public:
 private:
     HDC context_;
     HGDIOBJ before_;
+};
+
+/// A device context to measure texts with, which has the font of a control as long as it lives.
+class Measuring {
+public:
+    explicit Measuring(HWND control);
+    Measuring(const Measuring&) = delete;
+    Measuring& operator=(const Measuring&) = delete;
+    ~Measuring();
+
+    HDC get() const noexcept { return context_; }
+
+private:
+    HWND control_;
+    HDC context_;
+    std::optional<ChosenFont> font_;
 };
 
 /// Draws a text with nothing behind it; the flags are those of `DrawText`.

@@ -7,8 +7,6 @@ namespace toolkit::win32 {
 
 namespace {
 
-constexpr BYTE halfOpaque = 128;
-
 Bitmap designPicture(const std::string& name, int size) {
     auto* const icon = static_cast<HICON>(LoadImageW(GetModuleHandleW(nullptr), fromUtf8(name).c_str(),
                                                      IMAGE_ICON, size, size, LR_DEFAULTCOLOR));
@@ -36,7 +34,7 @@ void PanelPicture::fetch(const StatusPanel& panel, int size) {
 bool PanelPicture::draw(HDC context, const StatusPanel& panel, POINT place, int size) {
     fetch(panel, size);
     if (scaled_.handle() == nullptr) return false;
-    scaled_.draw(context, place.x, place.y, panel.enabled() ? BYTE{255} : halfOpaque);
+    scaled_.draw(context, place.x, place.y, panel.enabled());
     return true;
 }
 

@@ -74,12 +74,7 @@ private:
         SIZE size{};
         GetClientRect(part(), &room);
         if (IsRectEmpty(&room) != FALSE) return {};
-        HDC const context = GetDC(part());
-        {
-            const ChosenFont font(context, part());
-            GetTextExtentPoint32W(context, wide.c_str(), static_cast<int>(wide.size()), &size);
-        }
-        ReleaseDC(part(), context);
+        GetTextExtentPoint32W(Measuring(part()).get(), wide.c_str(), static_cast<int>(wide.size()), &size);
         return {size.cx * PictureBox::ScaleWidth / room.right,
                 size.cy * PictureBox::ScaleHeight / room.bottom};
     }

@@ -170,9 +170,10 @@ std::optional<Bitmap> decodeIcon(const std::string& contents) {
     if (image.empty()) return {};
     HICON const icon = CreateIconFromResourceEx(reinterpret_cast<PBYTE>(image.data()),
                                                 static_cast<DWORD>(image.size()), TRUE, iconVersion, 0, 0, 0);
+    if (icon == nullptr) return {};
     ICONINFO parts{};
-    if (icon == nullptr || GetIconInfo(icon, &parts) == FALSE) return {};
     BITMAP description{};
+    GetIconInfo(icon, &parts);
     // Without colours the mask holds two pictures, one above the other.
     GetObjectW(parts.hbmColor != nullptr ? parts.hbmColor : parts.hbmMask, sizeof description, &description);
     const int height = parts.hbmColor != nullptr ? description.bmHeight : description.bmHeight / 2;

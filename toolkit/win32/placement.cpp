@@ -11,17 +11,34 @@ LONG placed(LONG ownerLow, LONG ownerHigh, LONG size, LONG screenLow, LONG scree
     return std::max(screenLow, std::min(centred, screenHigh - size));
 }
 
+/// Without the desktop's bars; empty when there is no screen.
+RECT screenOf(HWND window) {
+    MONITORINFO monitor{};
+    monitor.cbSize = sizeof monitor;
+    GetMonitorInfoW(MonitorFromWindow(window, MONITOR_DEFAULTTONEAREST), &monitor);
+    return monitor.rcWork;
+}
+
 } // namespace
+
+bool fitsScreen(HWND window) {
+    const RECT screen = screenOf(window);
+    RECT own{};
+    GetWindowRect(window, &own);
+    return own.right - own.left <= screen.right - screen.left &&
+           own.bottom - own.top <= screen.bottom - screen.top;
+}
 
 void centreOver(HWND window, HWND owner) {
     RECT own{};
     RECT other{};
-    MONITORINFO monitor{};
-    monitor.cbSize = sizeof monitor;
-    if (GetMonitorInfoW(MonitorFromWindow(owner, MONITOR_DEFAULTTONEAREST), &monitor) == FALSE) return;
+    const RECT screen = screenOf(owner);
     GetWindowRect(window, &own);
-    GetWindowRect(owner, &other);
-    const RECT& screen = monitor.rcWork;
+    // An icon has no place on the screen.
+    if (IsIconic(owner) != FALSE)
+        other = screen;
+    else
+        GetWindowRect(owner, &other);
     SetWindowPos(window, nullptr,
                  placed(other.left, other.right, own.right - own.left, screen.left, screen.right),
                  placed(other.top, other.bottom, own.bottom - own.top, screen.top, screen.bottom), 0, 0,

@@ -11,8 +11,8 @@ namespace toolkit::win32 {
 
 namespace {
 
-enum class Style { Title, Heading, Strong, Fixed };
-constexpr std::array styles = {Style::Title, Style::Heading, Style::Strong, Style::Fixed};
+enum class Style { Title, Heading, Strong, Step, Fixed };
+constexpr std::array styles = {Style::Title, Style::Heading, Style::Strong, Style::Step, Style::Fixed};
 
 struct Entry {
     std::string_view form;
@@ -21,13 +21,19 @@ struct Entry {
 };
 
 constexpr std::array entries = {
-    Entry{"frmMain", "Label15", Style::Title},         Entry{"frmMain", "Label16", Style::Heading},
-    Entry{"frmMain", "Label17", Style::Heading},       Entry{"frmMain", "Label18", Style::Heading},
-    Entry{"frmMain", "Label19", Style::Heading},       Entry{"frmMain", "cmdChoose", Style::Heading},
-    Entry{"frmMain", "lblLW", Style::Strong},          Entry{"frmMain", "lblCapSettings", Style::Strong},
-    Entry{"frmMain", "lbl_firmstand", Style::Strong},  Entry{"frmMain", "lbl_settstand", Style::Strong},
-    Entry{"frmMain", "lbl_reihenfolge", Style::Fixed}, Entry{"Form1", "Label1", Style::Title},
-    Entry{"Form1", "Label3", Style::Strong},
+    Entry{"frmMain", "Label15", Style::Title},
+    Entry{"frmMain", "Label16", Style::Heading},
+    Entry{"frmMain", "Label17", Style::Heading},
+    Entry{"frmMain", "Label18", Style::Heading},
+    Entry{"frmMain", "Label19", Style::Heading},
+    Entry{"frmMain", "cmdChoose", Style::Heading},
+    Entry{"frmMain", "lblLW", Style::Strong},
+    Entry{"frmMain", "lblCapSettings", Style::Strong},
+    Entry{"frmMain", "lbl_firmstand", Style::Strong},
+    Entry{"frmMain", "lbl_settstand", Style::Strong},
+    Entry{"frmMain", "lbl_reihenfolge", Style::Fixed},
+    Entry{"Form1", "Label1", Style::Title},
+    Entry{"Form1", "Label3", Style::Step},
 };
 
 void setFace(LOGFONTW& description, const wchar_t* face) {
@@ -62,6 +68,10 @@ LOGFONTW styled(LOGFONTW description, Style style) {
         break;
     case Style::Strong:
         description.lfWeight = FW_BOLD;
+        break;
+    case Style::Step:
+        description.lfWeight = FW_BOLD;
+        setFace(description, L"Arial");
         break;
     case Style::Fixed:
         description.lfPitchAndFamily = FIXED_PITCH | FF_MODERN;

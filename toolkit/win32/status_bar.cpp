@@ -73,12 +73,7 @@ private:
 
     void layOut() {
         TEXTMETRICW metrics{};
-        HDC const context = GetDC(part());
-        {
-            const ChosenFont font(context, part());
-            GetTextMetricsW(context, &metrics);
-        }
-        ReleaseDC(part(), context);
+        GetTextMetricsW(Measuring(part()).get(), &metrics);
         const int first =
             scaled(part(), 2 * margin + gap) + pictureSize(part()) + usualCharacters * metrics.tmAveCharWidth;
         std::array<int, panelCount> ends = {first, -1};

@@ -5,6 +5,8 @@
 #include "toolkit/win32/subclass.h"
 #include "toolkit/win32/texts.h"
 
+#include <utility>
+
 namespace toolkit::win32 {
 
 namespace {
@@ -25,7 +27,7 @@ public:
         : PartAdaptor(box, window, part), Subclass(part), box_(box) {}
 
     void command(unsigned notification) override {
-        if (notification != EN_CHANGE || setting_) return;
+        if (notification != EN_CHANGE || setting_ || half_) return;
         if (!announced_) announce(ctrlV);
         announced_ = false;
         send([this] { box_.typed(toUtf8(windowText(part()))); });
@@ -64,17 +66,21 @@ private:
     LRESULT received(UINT message, WPARAM wParam, LPARAM lParam) override {
         if (message != WM_CHAR) return next(message, wParam, lParam);
         press(static_cast<wchar_t>(wParam));
+        half_ = IS_HIGH_SURROGATE(static_cast<wchar_t>(wParam));
         const LRESULT result = next(message, wParam, lParam);
+        half_ = false;
         announced_ = false;
         return result;
     }
 
-    /// A character outside of the first plane comes in two messages, the second of which changes the text.
+    /// A character outside of the first plane comes in two messages. With the first one the control has half
+    /// of it, which is no text.
     void press(wchar_t unit) {
+        const wchar_t high = std::exchange(high_, wchar_t{0});
         if (IS_HIGH_SURROGATE(unit))
             high_ = unit;
         else
-            announce(IS_LOW_SURROGATE(unit) ? codePoint(high_, unit) : char32_t{unit});
+            announce(high != 0 && IS_LOW_SURROGATE(unit) ? codePoint(high, unit) : char32_t{unit});
     }
 
     /// Keys that belong to the window are left out.
@@ -97,7 +103,8 @@ private:
     }
 
     TextBox& box_;
-    wchar_t high_ = 0;
+    wchar_t high_ = 0;  ///< the first half of a character
+    bool half_ = false; ///< the control gets it
     bool announced_ = false;
     bool setting_ = false;
 };
