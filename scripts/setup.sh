@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Installs what a task needs and this machine lacks: scripts/setup.sh GROUP...
-# Groups: program, tests, style, windows. Every package the project uses is named here, once; README.md tells what each
-# is for.
+# Groups: program, tests, style, windows, hardware. Every package the project uses is named here, once; README.md tells
+# what each is for.
 set -euo pipefail
 
 declare -A packages=(
@@ -9,7 +9,8 @@ declare -A packages=(
              fonts-dejavu-core xdg-utils dosfstools fdisk python3"
   [tests]="libgtest-dev dbus curl mtools"
   [style]="clang-format-14 clang-tidy-14"
-  [windows]="g++-mingw-w64-x86-64-posix googletest wine wine64 xvfb xauth"
+  [windows]="g++-mingw-w64-x86-64-posix googletest wine wine64 fonts-wine xvfb xauth imagemagick"
+  [hardware]="qemu-system-x86 debootstrap dosfstools mtools e2fsprogs exfatprogs ntfs-3g fdisk"
 )
 
 missing=()

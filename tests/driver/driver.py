@@ -19,18 +19,10 @@ import tempfile
 import time
 from pathlib import Path
 
+from window import DEADLINE, POLL, DriverError, ProgramEnded, Window
+
 BUILD = Path(os.environ.get("USBTOOL_BUILD", Path(__file__).resolve().parents[2] / "build"))
-POLL = 0.02
-DEADLINE = 20.0
 SMALLEST_SCREEN = (1366, 768)  # that the window has to fit
-
-
-class DriverError(AssertionError):
-    """The program did not do what was waited for, or cannot be asked any more."""
-
-
-class ProgramEnded(DriverError):
-    """The program ended while it was being asked."""
 
 
 class Drive:
@@ -47,7 +39,7 @@ class Drive:
         return "\r\n".join(lines) + "\r\n"
 
 
-class Program:
+class Program(Window):
     """One run of the program in a private copy of its folder.
 
     drives        list of Drive for Drives.ini; None leaves the file out
@@ -206,8 +198,6 @@ class Program:
     def __exit__(self, *_):
         self.stop()
 
-    # Requests
-
     def request(self, what, timeout=DEADLINE, **arguments):
         """One request and its reply, which comes when the program handles events."""
         message = {"do": what, **{key: value for key, value in arguments.items() if value is not None}}
@@ -227,122 +217,6 @@ class Program:
             raise DriverError(f"{message}: {reply['error']}")
         self.first_paint = reply.get("firstPaint") or None
         return reply
-
-    def windows(self):
-        """{name: description} of the windows that are shown."""
-        return {w["name"]: w for w in self.request("windows")["windows"] if w["visible"]}
-
-    def get(self, name, window=None):
-        """All that is known of one part: text, enabled, visible, checked, toolTip, accessibleName, geometry, …"""
-        return self.request("get", name=name, window=window)["part"]
-
-    def text(self, name, window=None):
-        return self.get(name, window)["text"]
-
-    def all(self, window=None):
-        """{name: description} of all visible parts of a window."""
-        return {part["name"]: part for part in self.request("all", window=window)["parts"]}
-
-    def click(self, name, window=None):
-        self.request("click", name=name, window=window)
-
-    def double_click(self, name, window=None):
-        self.request("click", name=name, window=window, clicks=2)
-
-    def click_row(self, name, row, window=None, clicks=1):
-        self.request("clickRow", name=name, row=row, window=window, clicks=clicks)
-
-    def mouse(self, name, *steps, window=None, button="left"):
-        """Steps of the mouse over one part: ("move", x, y), ("press", x, y), ("release", x, y)."""
-        self.request("mouse", name=name, steps=steps, window=window, button=button)
-
-    def choose(self, name, index, window=None):
-        """Chooses an entry of a drop-down list."""
-        self.request("choose", name=name, index=index, window=window)
-
-    def focus(self, name, window=None):
-        self.request("focus", name=name, window=window)
-
-    def type(self, text="", *keys):
-        """Types into what has the focus, then presses keys such as "Tab" or "Ctrl+V"."""
-        self.request("type", text=text, keys=list(keys))
-
-    def enter_text(self, name, text, window=None):
-        """Replaces the text of a box by typing."""
-        self.focus(name, window)
-        self.type("", "Ctrl+A", "Backspace")
-        self.type(text)
-
-    def clipboard(self, text):
-        self.request("clipboard", text=text)
-
-    def message(self):
-        """The open message box: title, text (lines end in a line feed), icon (16, 48, 64, 0), buttons; else None."""
-        return self.request("messageBox")["box"]
-
-    def answer(self, button="OK"):
-        """Clicks a button of the open message box and waits until that box is gone."""
-        before = self.message()
-        self.request("answer", button=button)
-        self._until(lambda: self._message_or_end() != before, DEADLINE, lambda: f"the box stays open: {before}")
-
-    def _message_or_end(self):
-        try:
-            return self.message()
-        except ProgramEnded:
-            return None
-
-    def close(self, window="frmMain"):
-        self.request("close", window=window)
-
-    def resize(self, width, height, window="frmMain"):
-        self.request("resize", width=width, height=height, window=window)
-
-    def appearance(self, dark=None, font_size=None):
-        self.request("appearance", dark=dark, fontSize=font_size)
-
-    def screenshot(self, path, window=None):
-        """One window, or all that are on the screen."""
-        self.request("screenshot", path=str(Path(path).resolve()), window=window)
-
-    # Waiting
-
-    def _until(self, condition, timeout, complaint):
-        end = time.monotonic() + timeout
-        while True:
-            result = condition()
-            if result:
-                return result
-            if time.monotonic() > end:
-                raise DriverError(complaint())
-            time.sleep(POLL)
-
-    def wait_until(self, condition, timeout=DEADLINE, what="the condition"):
-        """Waits until condition() is true, and returns its value."""
-        return self._until(condition, timeout, lambda: f"{what} did not come true within {timeout} s")
-
-    def wait_for(self, name, key, value, timeout=DEADLINE, window=None):
-        """Waits until a property of a part has the value (or until value(actual) is true), and returns it."""
-        last = {}
-
-        def reached():
-            last.update(self.get(name, window))
-            actual = last.get(key)
-            return value(actual) if callable(value) else actual == value
-
-        self._until(reached, timeout, lambda: f"{name}.{key} is {last.get(key)!r}, not {value!r}, after {timeout} s")
-        return last.get(key)
-
-    def wait_message(self, timeout=DEADLINE, title=None):
-        """Waits for a message box (of that title) and returns it."""
-        def shown():
-            box = self.message()
-            return box if box is not None and title in (None, box["title"]) else None
-
-        return self._until(shown, timeout, lambda: f"no message box {title or ''} within {timeout} s")
-
-    def wait_window(self, name, timeout=DEADLINE):
-        return self._until(lambda: self.windows().get(name), timeout, lambda: f"no window {name} within {timeout} s")
 
 
 def plugin_folder():

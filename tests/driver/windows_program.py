@@ -1,0 +1,184 @@
+"""Uses the real Windows program as a person does, on a machine of wine_machine.py.
+
+    with WindowsProgram(machine, drives=[Drive("E", 2, stick)], server=url) as program:
+        program.wait_for("cmdChoose", "text", "Starte Update")
+
+The program is program/orvanta-usbtool.exe of the build folder USBTOOL_BUILD, or the one that USBTOOL_PROGRAM names.
+"""
+
+import os
+import shutil
+import subprocess
+import tempfile
+import time
+from pathlib import Path
+
+from driver import server_ini
+from window import DEADLINE, DriverError, ProgramEnded, Window
+from wine_machine import BUILD
+
+PROGRAM = Path(os.environ.get("USBTOOL_PROGRAM", BUILD / "program" / "orvanta-usbtool.exe"))
+ARRIVAL = 0x8000  # DBT_DEVICEARRIVAL
+REMOVAL = 0x8004  # DBT_DEVICEREMOVECOMPLETE
+
+
+class WindowsProgram(Window):
+    """One run of the program on a machine, in a private copy of its folder. Arguments as of driver.Program; what drives
+    hold and what they are called can be given, their sizes and file systems are those of this machine's disk."""
+
+    def __init__(self, machine, drives=None, server=None, files=None, environment=None, start=True):
+        self.machine = machine
+        self._original = PROGRAM.resolve()
+        self._temporary = tempfile.TemporaryDirectory(prefix="usbtool-")
+        self.home = Path(self._temporary.name)
+        self.folder = self.home / "program"
+        self.executable = self.folder / self._original.name
+        self._environment = environment or {}
+        self._table = {}
+        self.process = None
+        self.started = None
+        shutil.copytree(self._original.parent, self.folder, ignore=shutil.ignore_patterns("Settings.ini"))
+        if server is not None:
+            self.write("Server.ini", server_ini(server))
+        for name, contents in (files or {}).items():
+            self.write(name, contents)
+        if drives is not None:
+            self.set_drives(drives)
+        if start:
+            self.start()
+
+    # Life
+
+    def write(self, name, contents):
+        """Puts a file into the program folder at once, so that the program never sees half of it."""
+        target = self.folder / name
+        if contents is None:
+            target.unlink(missing_ok=True)
+            return
+        part = target.with_name(target.name + ".part")
+        part.write_bytes(contents)
+        part.replace(target)
+
+    def set_drives(self, drives, announce=True):
+        """C: and Z: are those of the prefix. A running program gets the messages that Windows sends."""
+        wanted = {drive.letter: drive for drive in drives if drive.letter not in "CZ"}
+        gone = [letter for letter in self._table if letter not in wanted]
+        new = [letter for letter, drive in wanted.items() if self._table.get(letter) != drive.values]
+        for letter in gone:
+            self.machine.undefine(letter)
+        for letter in new:
+            self._define(wanted[letter])
+        self._table = {letter: dict(drive.values) for letter, drive in wanted.items()}
+        if not announce or self.process is None or not self.running():
+            return
+        if gone:
+            self.device_message(REMOVAL, "".join(gone))
+        if new:
+            self.device_message(ARRIVAL, "".join(new))
+
+    def _define(self, drive):
+        folder = Path(drive.values["Path"])
+        label = drive.values["Label"]
+        if folder.is_dir():
+            mark = folder / ".windows-label"
+            mark.unlink(missing_ok=True)
+            if label:
+                mark.write_bytes(label.encode())
+        self.machine.define(drive.letter, drive.values["Type"], folder)
+
+    def start(self):
+        self._output = open(self.home / "output.txt", "ab")
+        environment = self.machine.environment | {name: str(value) for name, value in self._environment.items()
+                                                  if value is not None}
+        for name in (name for name, value in self._environment.items() if value is None):
+            environment.pop(name, None)
+        self.started = time.monotonic()
+        self.process = subprocess.Popen(["wine", str(self.executable)], env=environment, cwd=self.home,
+                                        stdin=subprocess.DEVNULL, stdout=self._output, stderr=subprocess.STDOUT)
+        self.wait_until(self._shown, what="a window")
+
+    def _shown(self):
+        if not self.running():
+            raise ProgramEnded(f"ended with status {self.process.returncode}:\n{self.output()}")
+        return self.windows() or self.message()
+
+    def restart(self):
+        """Once more in the same folder, after the first run has ended."""
+        self._output.close()
+        self.start()
+
+    def output(self):
+        """What the program wrote to its standard output and error."""
+        return (self.home / "output.txt").read_text(encoding="utf-8", errors="replace")
+
+    def running(self):
+        return self.process.poll() is None
+
+    def exit_status(self, timeout=DEADLINE):
+        try:
+            return self.process.wait(timeout)
+        except subprocess.TimeoutExpired:
+            raise DriverError(f"still running after {timeout} s") from None
+
+    def terminate(self):
+        """The end of the session."""
+        self.request("endSession")
+
+    def stop(self):
+        if self.process is not None:
+            if self.process.poll() is None:
+                self.process.kill()
+            self.process.wait()
+            self._output.close()
+        self._temporary.cleanup()
+
+    def __enter__(self):
+        return self
+
+    def __exit__(self, *_):
+        self.stop()
+
+    # Requests
+
+    def request(self, what, timeout=DEADLINE, **arguments):
+        try:
+            return self.machine.request(what, **{k: v for k, v in arguments.items() if v is not None})
+        except DriverError as error:
+            if self.running():
+                raise
+            raise ProgramEnded(f"{error}\n{self.output()}") from None
+
+    def mouse(self, name, *steps, window=None, button="left"):
+        words = " ".join(f"{what} {int(x)} {int(y)}" for what, x, y in steps)
+        self.request("mouse", name=name, steps=words, window=window, button=button)
+
+    def type(self, text="", *keys):
+        self.request("type", text=text, keys=" ".join(keys))
+
+    def enter_text(self, name, text, window=None):
+        """Replaces the text of a box by typing. Messages that are posted overtake keys, so it is waited for."""
+        self.focus(name, window)
+        self.type("", "Home", "Shift+End", "Backspace")
+        self.type(text)
+        self.wait_for(name, "text", text, window=window)
+
+    def screenshot(self, path, window=None):
+        self.machine.screenshot(path)
+
+    def device_message(self, event, letters=None):
+        """What Windows tells the main window about drives, or, without letters, about devices in general."""
+        self.request("deviceMessage", event=event, letters=letters)
+
+    def menu(self, name):
+        """An item of the menu that belongs to the tray icon."""
+        self.request("menu", name=name)
+
+    def minimize(self, window="frmMain"):
+        self.request("minimize", window=window)
+
+    def colors(self, name, window=None):
+        """{(red, green, blue): number of pixels} of what is on the screen at a part."""
+        return {tuple(c[:3]): c[3] for c in self.request("colors", name=name, window=window)["colors"]}
+
+    def other_windows(self):
+        return self.machine.other_windows()
