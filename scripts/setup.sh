@@ -9,7 +9,7 @@ declare -A packages=(
              fonts-dejavu-core xdg-utils dosfstools fdisk python3"
   [tests]="libgtest-dev dbus curl mtools"
   [style]="clang-format-14 clang-tidy-14"
-  [windows]="g++-mingw-w64-x86-64-posix googletest wine wine64 fonts-wine xvfb xauth imagemagick"
+  [windows]="g++-mingw-w64-x86-64-posix googletest wine wine64 xvfb xauth imagemagick"
   [hardware]="qemu-system-x86 debootstrap dosfstools mtools e2fsprogs exfatprogs ntfs-3g fdisk"
 )
 
