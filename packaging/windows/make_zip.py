@@ -56,7 +56,8 @@ def dos_text(file):
 
 def stripped(program, folder):
     target = Path(folder) / program.name
-    run(TOOLS + "strip", "--strip-all", "-o", target, program)
+    # Otherwise it writes the time of day into the program.
+    run(TOOLS + "strip", "--strip-all", "--preserve-dates", "-o", target, program)
     return target.read_bytes()
 
 
