@@ -67,6 +67,16 @@ def job_as_root(ring):
     return job_and_pull(ring, ring.root, "root", partitioned=False)
 
 
+def pull_while_mounted(ring, program, name, image):
+    """The stick goes while success is shown, and somebody else still has it mounted."""
+    ring.guest.pull(name)
+    expect_equal(images.check(image, mounted=True), "", "what fsck.fat finds besides the mark of a mounted stick")
+    expect_files(image, EARLIER | job_files())
+    program.answer()
+    program.wait_no_stick()
+    program.end()
+
+
 @scenario("7", "the same with a stick that something else had mounted")
 def job_on_a_mounted_stick(ring):
     image = ring.stick("stick", "ORVANTA", files=EARLIER)
@@ -78,12 +88,7 @@ def job_on_a_mounted_stick(ring):
     program.confirm()
     program.wait_message(title=SUCCESS)
     expect(ring.mounts(), "a stick that the desktop had mounted is no longer mounted")
-    ring.guest.pull(name)
-    expect_equal(images.check(image, mounted=True), "", "what fsck.fat finds besides the mark of a mounted stick")
-    expect_files(image, EARLIER | job_files())
-    program.answer()
-    program.wait_no_stick()
-    program.end()
+    pull_while_mounted(ring, program, name, image)
     return "all files identical and intact; nothing wrong but the mark that it was mounted"
 
 
@@ -96,12 +101,7 @@ def job_beside_an_automounter(ring):
     program.wait_stick("ORVANTA")
     program.confirm()
     program.wait_message(title=SUCCESS)
-    ring.guest.pull(name)
-    expect_equal(images.check(image, mounted=True), "", "what fsck.fat finds besides the mark of a mounted stick")
-    expect_files(image, EARLIER | job_files())
-    program.answer()
-    program.wait_no_stick()
-    program.end()
+    pull_while_mounted(ring, program, name, image)
     return "all files identical and intact"
 
 
