@@ -248,8 +248,9 @@ class Nested(DialogCase):
     """Sticks that come and go while it is open."""
 
     def start_nested(self):
-        program = self.start_detecting()
-        self.wait_no_stick(program)
+        """One stick is shown first, so that the no-stick state tells of a pulled one."""
+        program = self.start_detecting("E")
+        self.wait_stick(program, "E")
         self.plug(program, "EF")
         program.wait_window(DIALOG)
         return program
