@@ -180,5 +180,9 @@ class WindowsProgram(Window):
         """{(red, green, blue): number of pixels} of what is on the screen at a part."""
         return {tuple(c[:3]): c[3] for c in self.request("colors", name=name, window=window)["colors"]}
 
+    def shown_tool_tip(self):
+        """The tool tip that is on the screen; empty when there is none."""
+        return self.request("shownToolTip")["text"]
+
     def other_windows(self):
         return self.machine.other_windows()

@@ -2,6 +2,7 @@
 
 #include "toolkit/scoped_flag.h"
 #include "toolkit/win32/form_window.h"
+#include "toolkit/win32/tool_tips.h"
 
 #include <algorithm>
 #include <vector>
@@ -31,7 +32,10 @@ bool isDialogKey(HWND dialog, MSG& message) {
 
 void handle(MSG& message) {
     HWND const root = message.hwnd == nullptr ? nullptr : GetAncestor(message.hwnd, GA_ROOT);
-    if (FormWindow::of(root) != nullptr && isDialogKey(root, message)) return;
+    if (FormWindow* const window = FormWindow::of(root)) {
+        window->toolTips().follow(message);
+        if (isDialogKey(root, message)) return;
+    }
     TranslateMessage(&message);
     DispatchMessageW(&message);
 }

@@ -50,16 +50,22 @@ void ToolTips::rescale() {
         set(part, text);
 }
 
+void ToolTips::follow(const MSG& message) const {
+    if (message.message < WM_MOUSEFIRST || message.message > WM_MOUSELAST) return;
+    MSG copy = message;
+    SendMessageW(tips_, TTM_RELAYEVENT, 0, reinterpret_cast<LPARAM>(&copy));
+}
+
 void ToolTips::setTool(HWND owner, UINT_PTR number, const RECT& region, const std::wstring& text) {
+    bool& known = known_[{owner, number}];
+    if (!known && text.empty()) return;
     std::wstring shown = beginning(text, longestText);
     TTTOOLINFOW tool{};
     tool.cbSize = sizeof tool;
-    tool.uFlags = TTF_SUBCLASS;
     tool.hwnd = owner;
     tool.uId = number;
     tool.rect = region;
     tool.lpszText = shown.data();
-    bool& known = known_[{owner, number}];
     if (known) SendMessageW(tips_, TTM_DELTOOLW, 0, reinterpret_cast<LPARAM>(&tool));
     known = !shown.empty();
     if (known) SendMessageW(tips_, TTM_ADDTOOLW, 0, reinterpret_cast<LPARAM>(&tool));

@@ -19,6 +19,8 @@ public:
     void setRegion(HWND part, int number, const RECT& region, const std::wstring& text);
     /// The parts have other places.
     void rescale();
+    /// To be told of every message that the loop gets for the window or a part of it.
+    void follow(const MSG& message) const;
 
 private:
     void setTool(HWND owner, UINT_PTR number, const RECT& region, const std::wstring& text);

@@ -8,6 +8,7 @@
 #include "tests/driver/windows/screen.h"
 #include "tests/driver/windows/text.h"
 
+#include <commctrl.h>
 #include <tlhelp32.h>
 
 #include <algorithm>
@@ -202,6 +203,14 @@ std::string colors(const Request& request) {
     return json::object({{"colors", json::array(list)}});
 }
 
+/// The tool tip that is on the screen; empty when there is none.
+std::string shownToolTip(const Request&) {
+    std::wstring text;
+    for (const HWND window : programWindows())
+        if (className(window) == TOOLTIPS_CLASSA) text = textOf(window);
+    return json::object({{"text", json::quoted(text)}});
+}
+
 /// Class and title of the windows that other programs show; `close` asks them to go.
 std::string others(const Request& request) {
     std::vector<std::string> list;
@@ -236,6 +245,7 @@ std::string perform(const Request& request) {
         {"menu", menu},
         {"drives", defineDrives},
         {"colors", colors},
+        {"shownToolTip", shownToolTip},
         {"decimalSeparator", decimalSeparator},
         {"others", others},
         {"processes", processes},

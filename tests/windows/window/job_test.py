@@ -94,6 +94,18 @@ class Start(WindowsCase, shared.Start):
                               "txtOpenPath.toolTip": 'Ordner am Stick, der mit "Inhalt anzeigen" geöffnet wird'})
 
 
+    def test_the_tool_tip_under_the_mouse(self):
+        program = self.start()
+        for name in ("txtOpenPath", "Picture1", "StatusBar1_1"):
+            program.mouse(name, ("move", 5, 5), ("move", 8, 6))
+            text = program.get(name)["toolTip"]
+            self.assertNotEqual(text, "")
+            program.wait_until(lambda: program.shown_tool_tip() == text, what=f"the tool tip of {name}")
+        self.picture(program, "main-tool-tip")
+        program.mouse("frm_News", ("move", 30, 60))
+        program.wait_until(lambda: program.shown_tool_tip() == "", what="the end of the tool tip")
+
+
 class Job(WindowsCase, shared.Job):
     def test_the_whole_job(self):
         (self.stick / "USB.ini").write_bytes(b"[Open]\r\nDir=\\Musik\r\n")
