@@ -41,8 +41,8 @@ void setTabStop(HWND button) {
     auto stop = std::find_if(group.begin(), group.end(), selected);
     if (stop == group.end()) stop = std::find_if(group.begin(), group.end(), enabled);
     for (auto b = group.begin(); b != group.end(); ++b) {
-        const LONG_PTR style = GetWindowLongPtrW(*b, GWL_STYLE);
-        SetWindowLongPtrW(*b, GWL_STYLE, b == stop ? style | WS_TABSTOP : style & ~LONG_PTR{WS_TABSTOP});
+        if (hasStyle(*b, WS_TABSTOP) == (b == stop)) continue;
+        SetWindowLongPtrW(*b, GWL_STYLE, GetWindowLongPtrW(*b, GWL_STYLE) ^ WS_TABSTOP);
     }
 }
 
@@ -57,9 +57,10 @@ public:
     }
 
 protected:
+    /// As the layout has it, the tab key stops at the first one of a group that nobody can choose from.
     void showAll() override {
         CaptionedAdaptor::showAll();
-        showValue();
+        if (option_.value() || option_.enabled()) showValue();
     }
 
     void update(Property property) override {
