@@ -100,6 +100,7 @@ private:
     }
 
     bool isCut() const {
+        if (label_.caption().empty()) return false;
         RECT room{};
         GetClientRect(part(), &room);
         RECT needed{0, 0, room.right, 0};

@@ -49,7 +49,6 @@ public:
     HDC get() const noexcept { return context_; }
 
 private:
-    HWND control_;
     HDC context_;
     std::optional<ChosenFont> font_;
 };

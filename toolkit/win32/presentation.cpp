@@ -104,7 +104,8 @@ void Presentation::apply() {
     for (const Entry& entry : entries) {
         HWND const part = entry.form == form_ ? GetDlgItem(dialog_, resourceNumber(entry.part)) : nullptr;
         HFONT const font = fonts_[static_cast<std::size_t>(entry.style)];
-        if (part != nullptr) SendMessageW(part, WM_SETFONT, reinterpret_cast<WPARAM>(font), TRUE);
+        if (part != nullptr)
+            SendMessageW(part, WM_SETFONT, reinterpret_cast<WPARAM>(font), IsWindowVisible(dialog_));
     }
     for (HFONT font : old)
         DeleteObject(font);
