@@ -6,6 +6,7 @@
 #include "platform/windows/unique_handle.h"
 
 #include <algorithm>
+#include <array>
 #include <bit>
 #include <string>
 
@@ -16,6 +17,8 @@ using namespace windows;
 namespace {
 
 constexpr std::size_t nameSize = MAX_PATH + 1;
+constexpr std::size_t letters = 26;
+constexpr std::size_t rootSize = sizeof "A:\\"; // with its NUL
 
 std::string upToNul(std::string_view text) {
     return std::string(text.substr(0, text.find('\0')));
@@ -38,10 +41,13 @@ void store(std::string_view text, std::span<char> buffer) {
 } // namespace
 
 std::uint32_t logicalDriveStrings(std::span<char> buffer) {
-    // Not every system leaves a buffer alone that is too small by the last NUL.
-    const DWORD needed = GetLogicalDriveStringsA(0, nullptr);
-    if (buffer.size() < needed) return needed;
-    return GetLogicalDriveStringsA(static_cast<DWORD>(buffer.size()), buffer.data());
+    // Not every system leaves a buffer alone that is too small by the last NUL, so the system gets one that
+    // never is.
+    std::array<char, letters * rootSize + 1> all{};
+    const DWORD length = GetLogicalDriveStringsA(static_cast<DWORD>(all.size()), all.data());
+    if (buffer.size() <= length) return length + 1;
+    std::copy_n(all.begin(), length + 1, buffer.begin());
+    return length;
 }
 
 std::uint32_t driveType(std::string_view root) {
