@@ -6,7 +6,7 @@
 namespace toolkit::win32 {
 
 std::unique_ptr<Adaptor> adaptButton(Control& control, const Place& place) {
-    return adaptPart<CaptionedAdaptor<Button>, Button>(control, place, WC_BUTTONW);
+    return adaptPart<ClickedAdaptor<Button>, Button>(control, place, WC_BUTTONW);
 }
 
 } // namespace toolkit::win32

@@ -7,14 +7,13 @@ namespace toolkit::win32 {
 
 namespace {
 
-class CheckBoxAdaptor : public CaptionedAdaptor<CheckBox> {
+class CheckBoxAdaptor : public ClickedAdaptor<CheckBox> {
 public:
-    CheckBoxAdaptor(CheckBox& box, FormWindow& window, HWND part)
-        : CaptionedAdaptor(box, window, part), box_(box) {}
+    using ClickedAdaptor::ClickedAdaptor;
 
 protected:
     void showAll() override {
-        CaptionedAdaptor::showAll();
+        ClickedAdaptor::showAll();
         showValue();
     }
 
@@ -22,19 +21,17 @@ protected:
         if (property == Property::Value)
             showValue();
         else
-            CaptionedAdaptor::update(property);
+            ClickedAdaptor::update(property);
     }
 
 private:
     /// A box of two states refuses to show the third one. None of these styles changes by itself.
     void showValue() {
         const auto style = static_cast<WPARAM>(GetWindowLongPtrW(part(), GWL_STYLE));
-        const WPARAM kind = box_.value() == CheckBox::Grayed ? BS_3STATE : BS_CHECKBOX;
+        const WPARAM kind = control().value() == CheckBox::Grayed ? BS_3STATE : BS_CHECKBOX;
         if ((style & BS_TYPEMASK) != kind) SendMessageW(part(), BM_SETSTYLE, (style & 0xFF00u) | kind, TRUE);
-        SendMessageW(part(), BM_SETCHECK, static_cast<WPARAM>(box_.value()), 0);
+        SendMessageW(part(), BM_SETCHECK, static_cast<WPARAM>(control().value()), 0);
     }
-
-    CheckBox& box_;
 };
 
 } // namespace

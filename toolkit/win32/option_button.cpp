@@ -46,28 +46,28 @@ void setTabStop(HWND button) {
     }
 }
 
-class OptionButtonAdaptor : public CaptionedAdaptor<OptionButton>, private Subclass {
+class OptionButtonAdaptor : public ClickedAdaptor<OptionButton>, private Subclass {
 public:
     OptionButtonAdaptor(OptionButton& option, FormWindow& window, HWND part)
-        : CaptionedAdaptor(option, window, part), Subclass(part), option_(option) {}
+        : ClickedAdaptor(option, window, part), Subclass(part) {}
 
     /// A native option button says that it was clicked when it merely gets the keyboard focus, too.
     void command(unsigned notification) override {
-        if (!focusing_) CaptionedAdaptor::command(notification);
+        if (!focusing_) ClickedAdaptor::command(notification);
     }
 
 protected:
     /// As the layout has it, the tab key stops at the first one of a group that nobody can choose from.
     void showAll() override {
-        CaptionedAdaptor::showAll();
-        if (option_.value() || option_.enabled()) showValue();
+        ClickedAdaptor::showAll();
+        if (control().value() || control().enabled()) showValue();
     }
 
     void update(Property property) override {
         if (property == Property::Value)
             showValue();
         else
-            CaptionedAdaptor::update(property);
+            ClickedAdaptor::update(property);
         if (property == Property::Enabled) setTabStop(part());
     }
 
@@ -84,11 +84,10 @@ private:
     }
 
     void showValue() {
-        SendMessageW(part(), BM_SETCHECK, option_.value() ? BST_CHECKED : BST_UNCHECKED, 0);
+        SendMessageW(part(), BM_SETCHECK, control().value() ? BST_CHECKED : BST_UNCHECKED, 0);
         setTabStop(part());
     }
 
-    OptionButton& option_;
     bool focusing_ = false;
 };
 
