@@ -14,12 +14,11 @@ import os
 import shutil
 import signal
 import socket
-import subprocess
 import tempfile
 import time
 from pathlib import Path
 
-from window import DEADLINE, POLL, DriverError, ProgramEnded, Window
+from window import DEADLINE, POLL, DriverError, LocalProgram, PluginWindow
 
 BUILD = Path(os.environ.get("USBTOOL_BUILD", Path(__file__).resolve().parents[2] / "build"))
 SMALLEST_SCREEN = (1366, 768)  # that the window has to fit
@@ -39,7 +38,7 @@ class Drive:
         return "\r\n".join(lines) + "\r\n"
 
 
-class Program(Window):
+class Program(PluginWindow, LocalProgram):
     """One run of the program in a private copy of its folder.
 
     drives        list of Drive for Drives.ini; None leaves the file out
@@ -61,11 +60,6 @@ class Program(Window):
         self._socket_path = self.home / "driver"
         self._environment = environment or {}
         self._screen_size = screen
-        self._socket = None
-        self._stream = None
-        self.process = None
-        self.started = None
-        self.first_paint = None
         self._copy_folder()
         if drives is not None:
             self.set_drives(drives)
@@ -137,10 +131,7 @@ class Program(Window):
 
     def start(self):
         (self.home / "runtime").mkdir(mode=0o700, exist_ok=True)
-        self._output = open(self.home / "output.txt", "ab")
-        self.started = time.monotonic()
-        self.process = subprocess.Popen([str(self.executable)], env=self._make_environment(), cwd=self.home,
-                                        stdin=subprocess.DEVNULL, stdout=self._output, stderr=subprocess.STDOUT)
+        self._launch([str(self.executable)], self._make_environment())
         self._connect()
 
     def _connect(self):
@@ -152,71 +143,23 @@ class Program(Window):
                 break
             except OSError:
                 connection.close()
-            if self.process.poll() is not None:
-                raise ProgramEnded(f"ended with status {self.process.returncode}:\n{self.output()}")
+            self._expect_running()
             if time.monotonic() > end:
                 raise DriverError("the program does not listen; is the driver plugin built?")
             time.sleep(POLL)
-        self._socket = connection
-        self._stream = connection.makefile("rw", encoding="utf-8", newline="\n")
-
-    def output(self):
-        """What the program wrote to its standard output and error."""
-        return (self.home / "output.txt").read_text(encoding="utf-8", errors="replace")
-
-    def running(self):
-        return self.process.poll() is None
-
-    def exit_status(self, timeout=DEADLINE):
-        """Waits for the end. A signal is a negative number."""
-        try:
-            return self.process.wait(timeout)
-        except subprocess.TimeoutExpired:
-            raise DriverError(f"still running after {timeout} s") from None
+        self._use(connection)
 
     def terminate(self):
         """The end of the session, as a service manager tells it."""
         self.process.send_signal(signal.SIGTERM)
 
+    def restart(self):
+        self._disconnect()
+        super().restart()
+
     def stop(self):
-        for closing in (self._stream, self._socket):
-            try:
-                if closing is not None:
-                    closing.close()
-            except OSError:
-                pass
-        if self.process is not None:
-            if self.process.poll() is None:
-                self.process.kill()
-            self.process.wait()
-            self._output.close()
-        self._temporary.cleanup()
-
-    def __enter__(self):
-        return self
-
-    def __exit__(self, *_):
-        self.stop()
-
-    def request(self, what, timeout=DEADLINE, **arguments):
-        """One request and its reply, which comes when the program handles events."""
-        message = {"do": what, **{key: value for key, value in arguments.items() if value is not None}}
-        try:
-            self._socket.settimeout(timeout)
-            self._stream.write(json.dumps(message) + "\n")
-            self._stream.flush()
-            line = self._stream.readline()
-        except TimeoutError:
-            raise DriverError(f"no reply to {message} for {timeout} s") from None
-        except OSError as error:
-            raise ProgramEnded(f"at {message}: {error}\n{self.output()}") from None
-        if not line:
-            raise ProgramEnded(f"at {message}\n{self.output()}")
-        reply = json.loads(line)
-        if "error" in reply:
-            raise DriverError(f"{message}: {reply['error']}")
-        self.first_paint = reply.get("firstPaint") or None
-        return reply
+        self._disconnect()
+        super().stop()
 
 
 def plugin_folder():

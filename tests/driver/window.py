@@ -1,5 +1,7 @@
 """What a person can see and do in the program's windows, whichever system it runs on."""
 
+import json
+import subprocess
 import time
 from pathlib import Path
 
@@ -18,8 +20,14 @@ class ProgramEnded(DriverError):
 class Window:
     """Base of the drivers: everything here is asked of the program through `request`."""
 
+    poll = POLL  # seconds between two looks at what is waited for
+
     def request(self, what, timeout=DEADLINE, **arguments):
         """One request and its reply, a dictionary. Raises DriverError when it could not be carried out."""
+        raise NotImplementedError
+
+    def output(self):
+        """What the program wrote to its standard output and error."""
         raise NotImplementedError
 
     # What can be seen and done
@@ -111,7 +119,7 @@ class Window:
                 return result
             if time.monotonic() > end:
                 raise DriverError(complaint())
-            time.sleep(POLL)
+            time.sleep(self.poll)
 
     def wait_until(self, condition, timeout=DEADLINE, what="the condition"):
         """Waits until condition() is true, and returns its value."""
@@ -139,3 +147,101 @@ class Window:
 
     def wait_window(self, name, timeout=DEADLINE):
         return self._until(lambda: self.windows().get(name), timeout, lambda: f"no window {name} within {timeout} s")
+
+
+class PluginWindow(Window):
+    """Base of the drivers that ask the plugin beside this file, through a socket."""
+
+    _socket = None
+    _stream = None
+    first_paint = None
+
+    def _use(self, connection):
+        self._socket = connection
+        self._stream = connection.makefile("rw", encoding="utf-8", newline="\n")
+
+    def _disconnect(self):
+        for closing in (self._stream, self._socket):
+            try:
+                if closing is not None:
+                    closing.close()
+            except OSError:
+                pass
+
+    def request(self, what, timeout=DEADLINE, **arguments):
+        """One request and its reply, which comes when the program handles events."""
+        message = {"do": what, **given(arguments)}
+        try:
+            self._socket.settimeout(timeout)
+            self._stream.write(json.dumps(message) + "\n")
+            self._stream.flush()
+            line = self._stream.readline()
+        except TimeoutError:
+            raise DriverError(f"no reply to {message} for {timeout} s") from None
+        except OSError as error:
+            raise ProgramEnded(f"at {message}: {error}\n{self.output()}") from None
+        if not line:
+            raise ProgramEnded(f"at {message}\n{self.output()}")
+        reply = json.loads(line)
+        if "error" in reply:
+            raise DriverError(f"{message}: {reply['error']}")
+        self.first_paint = reply.get("firstPaint") or None
+        return reply
+
+
+class LocalProgram(Window):
+    """Base of the drivers whose program is a process of this machine, with a folder `home` that goes with it."""
+
+    process = None
+    _output = None
+    _temporary = None
+
+    def _launch(self, command, environment):
+        self._output = open(self.home / "output.txt", "ab")
+        self.started = time.monotonic()
+        self.process = subprocess.Popen(command, env=environment, cwd=self.home, stdin=subprocess.DEVNULL,
+                                        stdout=self._output, stderr=subprocess.STDOUT)
+
+    def start(self):
+        raise NotImplementedError
+
+    def restart(self):
+        """Once more in the same folder, after the first run has ended."""
+        self._output.close()
+        self.start()
+
+    def output(self):
+        return (self.home / "output.txt").read_text(encoding="utf-8", errors="replace")
+
+    def running(self):
+        return self.process.poll() is None
+
+    def _expect_running(self):
+        if not self.running():
+            raise ProgramEnded(f"ended with status {self.process.returncode}:\n{self.output()}")
+
+    def exit_status(self, timeout=DEADLINE):
+        """Waits for the end. A signal is a negative number."""
+        try:
+            return self.process.wait(timeout)
+        except subprocess.TimeoutExpired:
+            raise DriverError(f"still running after {timeout} s") from None
+
+    def stop(self):
+        if self.process is not None:
+            if self.running():
+                self.process.kill()
+            self.process.wait()
+            self._output.close()
+        self._temporary.cleanup()
+
+    def __enter__(self):
+        return self
+
+    def __exit__(self, *_):
+        self.stop()
+
+
+def given(arguments):
+    """Those that are not None."""
+    return {name: value for name, value in arguments.items() if value is not None}

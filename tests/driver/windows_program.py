@@ -8,13 +8,11 @@ The program is program/orvanta-usbtool.exe of the build folder USBTOOL_BUILD, or
 
 import os
 import shutil
-import subprocess
 import tempfile
-import time
 from pathlib import Path
 
 from driver import server_ini
-from window import DEADLINE, DriverError, ProgramEnded, Window
+from window import DEADLINE, DriverError, LocalProgram, ProgramEnded, given
 from wine_machine import BUILD
 
 PROGRAM = Path(os.environ.get("USBTOOL_PROGRAM", BUILD / "program" / "orvanta-usbtool.exe"))
@@ -22,7 +20,7 @@ ARRIVAL = 0x8000  # DBT_DEVICEARRIVAL
 REMOVAL = 0x8004  # DBT_DEVICEREMOVECOMPLETE
 
 
-class WindowsProgram(Window):
+class WindowsProgram(LocalProgram):
     """One run of the program on a machine, in a private copy of its folder. Arguments as of driver.Program; what drives
     hold and what they are called can be given, their sizes and file systems are those of this machine's disk."""
 
@@ -35,8 +33,6 @@ class WindowsProgram(Window):
         self.executable = self.folder / self._original.name
         self._environment = environment or {}
         self._table = {}
-        self.process = None
-        self.started = None
         shutil.copytree(self._original.parent, self.folder, ignore=shutil.ignore_patterns("Settings.ini"))
         if server is not None:
             self.write("Server.ini", server_ini(server))
@@ -87,62 +83,26 @@ class WindowsProgram(Window):
         self.machine.define(drive.letter, drive.values["Type"], folder)
 
     def start(self):
-        self._output = open(self.home / "output.txt", "ab")
         environment = self.machine.environment | {name: str(value) for name, value in self._environment.items()
                                                   if value is not None}
         for name in (name for name, value in self._environment.items() if value is None):
             environment.pop(name, None)
-        self.started = time.monotonic()
-        self.process = subprocess.Popen(["wine", str(self.executable)], env=environment, cwd=self.home,
-                                        stdin=subprocess.DEVNULL, stdout=self._output, stderr=subprocess.STDOUT)
+        self._launch(["wine", str(self.executable)], environment)
         self.wait_until(self._shown, what="a window")
 
     def _shown(self):
-        if not self.running():
-            raise ProgramEnded(f"ended with status {self.process.returncode}:\n{self.output()}")
+        self._expect_running()
         return self.windows() or self.message()
-
-    def restart(self):
-        """Once more in the same folder, after the first run has ended."""
-        self._output.close()
-        self.start()
-
-    def output(self):
-        """What the program wrote to its standard output and error."""
-        return (self.home / "output.txt").read_text(encoding="utf-8", errors="replace")
-
-    def running(self):
-        return self.process.poll() is None
-
-    def exit_status(self, timeout=DEADLINE):
-        try:
-            return self.process.wait(timeout)
-        except subprocess.TimeoutExpired:
-            raise DriverError(f"still running after {timeout} s") from None
 
     def terminate(self):
         """The end of the session."""
         self.request("endSession")
 
-    def stop(self):
-        if self.process is not None:
-            if self.process.poll() is None:
-                self.process.kill()
-            self.process.wait()
-            self._output.close()
-        self._temporary.cleanup()
-
-    def __enter__(self):
-        return self
-
-    def __exit__(self, *_):
-        self.stop()
-
     # Requests
 
     def request(self, what, timeout=DEADLINE, **arguments):
         try:
-            return self.machine.request(what, **{k: v for k, v in arguments.items() if v is not None})
+            return self.machine.request(what, **given(arguments))
         except DriverError as error:
             if self.running():
                 raise

@@ -1,17 +1,14 @@
 """The program in the guest, used as a person does, through the driver plugin."""
 
 import itertools
-import json
 import sys
-import time
 from pathlib import Path
 
 sys.path[:0] = [str(Path(__file__).resolve().parents[1] / "driver")]
 
-from window import DriverError, ProgramEnded, Window  # noqa: E402
+from window import DriverError, PluginWindow  # noqa: E402
 
 PATIENCE = 90  # seconds
-POLL = 0.05
 
 CONFIRMATION = "Wollen Sie updaten ?"
 SUCCESS = "Update erfolgreich"
@@ -31,7 +28,7 @@ def prepare(guest):
         guest.root.write(f"{BIN}/{name}", b"#!/bin/sh\nexit 0\n", 0o755)
 
 
-class GuestProgram(Window):
+class GuestProgram(PluginWindow):
     """One run of the program.
 
     agent       guest.user or guest.root: who runs it
@@ -39,6 +36,8 @@ class GuestProgram(Window):
     automatic   whether the automatic detection is switched on
     unit        index of the unit that sizes are shown in: 0 MB, 1 GB
     """
+
+    poll = 0.05
 
     _numbers = itertools.count(1)
 
@@ -69,8 +68,7 @@ class GuestProgram(Window):
         self.process = self.agent.request("start", command=[f"{self.folder}/orvanta-usbtool"], folder=self.folder,
                                           environment=environment, output=f"{self.folder}/output")["process"]
         self.agent.request("wait_path", path=self.driver, timeout=PATIENCE)
-        self._socket = self.agent.connect(self.driver)
-        self._stream = self._socket.makefile("rw", encoding="utf-8", newline="\n")
+        self._use(self.agent.connect(self.driver))
         self.wait_until(self.windows, what="a window")
 
     def status(self, timeout=0):
@@ -97,7 +95,7 @@ class GuestProgram(Window):
     def dispose(self):
         if self.status() is None:
             self.kill()
-        self._socket.close()
+        self._disconnect()
         self.agent.run(f"rm -f {self.driver}")
         self._guest.root.run(f"rm -rf {self.folder}")
 
@@ -105,32 +103,10 @@ class GuestProgram(Window):
         return self.agent.read(f"{self.folder}/output").decode(errors="replace")
 
     def request(self, what, timeout=PATIENCE, **arguments):
-        message = {"do": what, **{key: value for key, value in arguments.items() if value is not None}}
-        try:
-            self._socket.settimeout(timeout)
-            self._stream.write(json.dumps(message) + "\n")
-            self._stream.flush()
-            line = self._stream.readline()
-        except TimeoutError:
-            raise DriverError(f"no reply to {message} for {timeout} s") from None
-        except OSError as error:
-            raise ProgramEnded(f"at {message}: {error}\n{self.output()}") from None
-        if not line:
-            raise ProgramEnded(f"at {message}\n{self.output()}")
-        reply = json.loads(line)
-        if "error" in reply:
-            raise DriverError(f"{message}: {reply['error']}")
-        return reply
+        return super().request(what, timeout, **arguments)
 
     def _until(self, condition, timeout, complaint):
-        end = time.monotonic() + max(timeout, PATIENCE)
-        while True:
-            result = condition()
-            if result:
-                return result
-            if time.monotonic() > end:
-                raise DriverError(complaint())
-            time.sleep(POLL)
+        return super()._until(condition, max(timeout, PATIENCE), complaint)
 
     def screenshot(self, path, window=None):
         there = f"{self.runtime}/{self.name}.png"

@@ -3,10 +3,11 @@
 import time
 
 import images
-from guest_program import SUCCESS, ProgramEnded
+from guest_program import SUCCESS
 from scenario import expect, expect_equal, scenario
 from scenarios_job import EARLIER, differences, expect_files, job_files
 from server import FIRMWARE, FIRMWARE_NAME, slow
+from window import ProgramEnded
 
 PULLS = 10
 KILLS = 20

@@ -103,12 +103,6 @@ class PatientProgram(Program):
     def exit_status(self, timeout=PATIENCE):
         return super().exit_status(timeout)
 
-    def restart(self):
-        """Once more in the same folder, after the first run has ended."""
-        for closing in (self._stream, self._socket, self._output):
-            closing.close()
-        self.start()
-
 
 class WindowCase(Tables, unittest.TestCase):
     """A stick, a server whose files are all as they should be, and programs that end with the test."""
