@@ -7,6 +7,7 @@
 #include "tests/driver/windows/names.h"
 #include "tests/driver/windows/screen.h"
 #include "tests/driver/windows/text.h"
+#include "tests/support/wine_drives.h"
 
 #include <commctrl.h>
 #include <tlhelp32.h>
@@ -163,9 +164,9 @@ std::string menu(const Request& request) {
 std::string defineDrives(const Request& request) {
     const std::string letter = request.text("letter");
     if (letter.size() == 1 && request.has("folder"))
-        defineDrive(letter[0], static_cast<ULONG>(request.number("type")), request.text("folder"));
+        wine::defineDrive(letter[0], static_cast<ULONG>(request.number("type")), request.text("folder"));
     else if (letter.size() == 1)
-        undefineDrive(letter[0]);
+        wine::undefineDrive(letter[0]);
     return json::object({{"letters", json::quoted(driveLetters())}});
 }
 

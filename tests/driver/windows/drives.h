@@ -1,4 +1,4 @@
-// Drives made out of folders: Wine's mount manager takes them, as winecfg hands them over, at any time.
+// What the machine knows of drives, and what its windows are told of them.
 #pragma once
 
 #include <windows.h>
@@ -6,11 +6,6 @@
 #include <string>
 
 namespace probe {
-
-/// Makes a folder of the host a drive of a type (DRIVE_REMOVABLE and so on). Throws Failure.
-void defineDrive(char letter, ULONG type, const std::string& hostFolder);
-
-void undefineDrive(char letter);
 
 /// Tells a window that drives have arrived or gone (DBT_DEVICEARRIVAL, DBT_DEVICEREMOVECOMPLETE), as Windows
 /// tells all of them. Returns when the window has dealt with it, or is busy with it: a dialog may have
