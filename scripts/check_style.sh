@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # clang-format over every source of the repository, clang-tidy over the program's own; --all: over the tests, too,
 # which takes as long again. The settings stand in the root. The sources for Windows are analysed when there is a cross
-# build (scripts/build.sh windows).
+# compiler (scripts/setup.sh windows).
 set -euo pipefail
 cd "$(dirname "$(readlink -f "$0")")/.."
 
@@ -52,7 +52,11 @@ cmake --preset debug >/dev/null
 cmake --build --preset debug --target toolkit_backend_autogen >/dev/null
 tidy build/debug "$folders"
 
-if [ -e build/windows/compile_commands.json ]; then
+if command -v x86_64-w64-mingw32-g++-posix >/dev/null; then
+  # In a folder of its own, as tests may be built meanwhile.
+  cmake --preset windows -B build/windows-style >/dev/null
   mapfile -t arguments < <(windows_arguments)
-  tidy build/windows "$windows_folders" "${arguments[@]}"
+  tidy build/windows-style "$windows_folders" "${arguments[@]}"
+else
+  echo "clang-tidy: the sources for Windows are left out, there is no cross compiler."
 fi

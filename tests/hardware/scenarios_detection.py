@@ -79,18 +79,18 @@ def detect(ring, agent, who):
     return told
 
 
-@scenario("1", "stick plugged, automatic detection, user")
+@scenario("1", "stick plugged, automatic detection, user", timed=True)
 def detection_as_user(ring):
     return detect(ring, ring.user, "user")
 
 
-@scenario("1a", "the same with an automounter")
+@scenario("1a", "the same with an automounter", timed=True)
 def detection_beside_an_automounter(ring):
     ring.start_automounter()
     return detect(ring, ring.user, "automounter")
 
 
-@scenario("1r", "the same as root")
+@scenario("1r", "the same as root", timed=True)
 def detection_as_root(ring):
     return detect(ring, ring.root, "root")
 
