@@ -33,6 +33,7 @@ private:
     void enlarge(int width, int height) {
         if (width <= bitmap_.width() && height <= bitmap_.height()) return;
         Bitmap larger(std::max(width, bitmap_.width()), std::max(height, bitmap_.height()));
+        if (larger.handle() == nullptr) return; // no memory: what has no room is not seen
         SelectObject(context_, larger.handle());
         bitmap_ = std::move(larger);
     }
