@@ -1,15 +1,24 @@
-"""Boots the guest and runs the scenarios in it: ring.py [NUMBER | NUMBERletter ...]
+"""Boots the guest and runs the scenarios in it: ring.py [--guest | --timed | --untimed | NUMBER | NUMBERletter ...]
 
 One line a scenario: its number, how it went, how long it took, its figure. The status is 1 when one of them failed.
+
+Those whose figure is a time come first, in a guest alone that has just been booted: with the hundreds of sticks that
+the others plug it gets slower. The others wait a good deal, so two guests run beside each other, and each takes the
+next scenario that is left. --timed and --untimed run only the ones or the others, --guest only builds the guest.
 """
 
+import functools
 import os
+import queue
 import random
 import shutil
 import signal
 import sys
+import tempfile
+import threading
 import time
 import traceback
+from pathlib import Path
 
 import guest_program
 import images
@@ -27,6 +36,8 @@ import scenarios_label  # noqa: F401
 import scenarios_listing  # noqa: F401
 
 RESULTS = payload.BUILD / "hardware"
+PICTURES = RESULTS / "pictures"
+GUESTS = 2
 KNOWN = ("busctl call org.freedesktop.UDisks2 /org/freedesktop/UDisks2 org.freedesktop.DBus.ObjectManager "
          "GetManagedObjects")
 
@@ -34,23 +45,21 @@ KNOWN = ("busctl call org.freedesktop.UDisks2 /org/freedesktop/UDisks2 org.freed
 class Ring:
     """What a scenario has at hand. What it plugs in and starts is gone before the next one begins."""
 
-    def __init__(self):
-        self.seed = int(os.environ.get("USBTOOL_SEED", "0")) or random.SystemRandom().randrange(1, 10**6)
-        self.random = random.Random(self.seed)
-        self.pictures = RESULTS / "pictures"
-        self.images = RESULTS / "images"
-        for folder in (RESULTS, self.images, self.pictures):
-            shutil.rmtree(folder, ignore_errors=True)
-            folder.mkdir(parents=True)
+    def __init__(self, folder, disk, handed_over, seed):
+        self.images = folder / "images"
+        self.images.mkdir()
+        self.seed = seed
+        self.random = None
         self.server = Server()
-        self.guest = Guest(built_guest(), payload.make_payload(RESULTS / "payload"), RESULTS)
+        self.guest = Guest(disk, handed_over, folder)
         self.user, self.root = self.guest.user, self.guest.root
         self.programs = []
         self._automounter = None
-
-    def prepare(self):
-        """Once a boot."""
         guest_program.prepare(self.guest)
+
+    def prepare(self, one):
+        """For a scenario. Its random moments are the same whatever ran before it."""
+        self.random = random.Random(f"{self.seed} {one.name}")
 
     def image(self, name):
         """Path of an image of that name; each scenario has its own."""
@@ -71,7 +80,7 @@ class Ring:
         return program
 
     def picture(self, program, name, window=None):
-        program.screenshot(self.pictures / f"{name}.png", window)
+        program.screenshot(PICTURES / f"{name}.png", window)
 
     def mounts(self):
         """{device: folder} of the USB volumes that are mounted."""
@@ -133,6 +142,7 @@ class Ring:
 
 def play(ring, one):
     began = time.monotonic()
+    ring.prepare(one)
     try:
         figure = one.play(ring)
         outcome = "ok  "
@@ -155,27 +165,87 @@ def report(ring, one):
         for program in ring.programs:
             try:
                 file.write(f"{program.name}: status {program.status()}\n{program.output()}\n")
-                program.screenshot(ring.pictures / f"failed-{one.name}-{program.name}.png")
+                program.screenshot(PICTURES / f"failed-{one.name}-{program.name}.png")
             except Exception as error:
                 file.write(f"{program.name}: {error}\n")
 
 
+def play_all(ring, waiting, failed):
+    """Those that are left."""
+    while True:
+        try:
+            one = waiting.get_nowait()
+        except queue.Empty:
+            return
+        if not play(ring, one):
+            failed.append(one.name)
+
+
+def beside_each_other(calls):
+    """Returns when all have returned; nothing waits for them when the ring is ended from outside."""
+    threads = [threading.Thread(target=call, daemon=True) for call in calls]
+    for thread in threads:
+        thread.start()
+    for thread in threads:
+        thread.join()
+
+
+def play_beside(rings, chosen, failed):
+    waiting = queue.SimpleQueue()
+    for one in chosen:
+        waiting.put(one)
+    beside_each_other([functools.partial(play_all, ring, waiting, failed) for ring in rings])
+
+
+def boot(rings, count, seed):
+    """Appends rings, whose guests boot at the same time."""
+    disk, handed_over = built_guest(), payload.make_payload(RESULTS / "payload")
+    beside_each_other([functools.partial(append_ring, rings, disk, handed_over, seed) for _ in range(count)])
+    if len(rings) < count:
+        sys.exit("A guest did not start, see above.")
+    print(f"Up after {max(ring.guest.boot_time for ring in rings):.1f} s: {count}.", flush=True)
+
+
+def append_ring(rings, disk, handed_over, seed):
+    rings.append(Ring(Path(tempfile.mkdtemp(prefix="guest-", dir=RESULTS)), disk, handed_over, seed))
+
+
+def play_in(count, chosen, seed, failed):
+    """In so many guests, or as many as there are scenarios."""
+    rings = []
+    try:
+        boot(rings, min(count, len(chosen)), seed)
+        play_beside(rings, chosen, failed)
+    finally:
+        for ring in rings:
+            ring.close()
+
+
+def wanted(one, arguments):
+    kind = "--timed" if one.timed else "--untimed"
+    return not arguments or kind in arguments or one.name in arguments or one.number in arguments
+
+
 def main():
-    chosen = [one for one in scenario.scenarios() if not sys.argv[1:] or
-              one.name in sys.argv[1:] or one.number in sys.argv[1:]]
+    arguments = sys.argv[1:]
+    signal.signal(signal.SIGTERM, lambda *_: sys.exit("ended from outside"))
+    if arguments == ["--guest"]:
+        built_guest()
+        return
+    chosen = [one for one in scenario.scenarios() if wanted(one, arguments)]
     if not chosen:
         sys.exit("There is no such scenario.")
-    began = time.monotonic()
-    signal.signal(signal.SIGTERM, lambda *_: sys.exit("ended from outside"))
-    ring = Ring()
-    print(f"The guest was up after {ring.guest.boot_time:.1f} s. Random moments: USBTOOL_SEED={ring.seed}.", flush=True)
-    try:
-        ring.prepare()
-        failed = [one.name for one in chosen if not play(ring, one)]
-    finally:
-        ring.close()
+    seed = int(os.environ.get("USBTOOL_SEED", "0")) or random.SystemRandom().randrange(1, 10**6)
+    print(f"Random moments: USBTOOL_SEED={seed}.", flush=True)
+    if arguments != ["--untimed"]:  # those belong to what has been run before
+        shutil.rmtree(RESULTS, ignore_errors=True)
+    PICTURES.mkdir(parents=True, exist_ok=True)
+    began, failed = time.monotonic(), []
+    for count, some in ((1, [one for one in chosen if one.timed]), (GUESTS, [one for one in chosen if not one.timed])):
+        if some:
+            play_in(count, some, seed, failed)
     print(f"{len(chosen) - len(failed)} of {len(chosen)} scenarios passed in {time.monotonic() - began:.0f} s; "
-          f"pictures are in {ring.pictures}.")
+          f"pictures are in {PICTURES}.")
     if failed:
         print(f"Failed: {', '.join(failed)}; more in {RESULTS / 'failures.txt'}.")
         sys.exit(1)

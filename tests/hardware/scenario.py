@@ -6,25 +6,26 @@ _scenarios = []
 
 
 class Scenario:
-    def __init__(self, name, title, timed, play):
+    def __init__(self, name, title, long, timed, play):
         self.name = name  # "6" or "6a", a variant of 6
+        self.long = long  # whether it takes more than a minute
         self.timed = timed  # whether its figure is a time, which a busy machine would spoil
         self.number = re.match(r"\d+", name).group()
         self.title = title
         self.play = play
 
 
-def scenario(name, title, timed=False):
+def scenario(name, title, long=False, timed=False):
     def register(function):
-        _scenarios.append(Scenario(name, title, timed, function))
+        _scenarios.append(Scenario(name, title, long, timed, function))
         return function
 
     return register
 
 
 def scenarios():
-    """The timed ones last: what else ran on the machine at first may have ended by then."""
-    return sorted(_scenarios, key=lambda one: (one.timed, int(one.number), one.name))
+    """The long ones first, so that the others can run beside them."""
+    return sorted(_scenarios, key=lambda one: (not one.long, int(one.number), one.name))
 
 
 def expect(condition, complaint):

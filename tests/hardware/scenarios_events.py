@@ -28,7 +28,7 @@ def reality(ring, plugged):
     return sorted(devices.values()) if devices.keys() == plugged.keys() else None
 
 
-@scenario("15", f"{EVENTS} random plugs and pulls over {STICKS} sticks")
+@scenario("15", f"{EVENTS} random plugs and pulls over {STICKS} sticks", long=True)
 def bursts(ring):
     sticks = {f"BURST{number}": ring.stick(f"burst{number}", f"BURST{number}", size=64 * 1024**2)
               for number in range(STICKS)}

@@ -48,7 +48,7 @@ def after_pull(program):
     return program.wait_until(told, what="an end of the job")
 
 
-@scenario("11", f"stick pulled at {PULLS} random moments of the job")
+@scenario("11", f"stick pulled at {PULLS} random moments of the job", long=True)
 def pulls(ring):
     program, name = program_with_stick(ring, ring.stick("whole", "ORVANTA", files=EARLIER))
     length = job_length(ring, program)
@@ -99,7 +99,7 @@ def end_after_pull(ring, program, outcome, image, moment):
     return program
 
 
-@scenario("17", f"program killed at {KILLS} random moments of the job")
+@scenario("17", f"program killed at {KILLS} random moments of the job", long=True)
 def kills(ring):
     image = ring.stick("stick", "ORVANTA", files=EARLIER)
     program, name = program_with_stick(ring, image)
