@@ -3,7 +3,8 @@
 One line a scenario: its number, how it went, how long it took, its figure. The status is 1 when one of them failed.
 
 Those whose figure is a time come first, in a guest alone that has just been booted. The others wait a good deal, so
-two guests run beside each other, and each takes the next scenario that is left. --timed and --untimed run only the ones or the others, --guest only builds the guest.
+two guests run beside each other, and each takes the next scenario that is left. --timed and --untimed run only the
+ones or the others, --guest only builds the guest.
 """
 
 import functools
