@@ -45,10 +45,15 @@ std::optional<Objects> managedObjects() {
     return qdbus_cast<Objects>(answer.arguments().constFirst());
 }
 
-MountAnswer mount(const QString& object) {
+QDBusPendingCall startMount(const QString& object) {
     QDBusMessage message = request(object, "Mount");
     message << quietly();
-    const QDBusMessage answer = answerTo(message);
+    return QDBusConnection::systemBus().asyncCall(message, timeout);
+}
+
+MountAnswer mountAnswer(QDBusPendingCall& asked) {
+    asked.waitForFinished();
+    const QDBusMessage answer = asked.reply();
     const Outcome outcome = outcomeOf(answer);
     if (outcome != Outcome::Done) return {outcome, {}};
     return {outcome, answer.arguments().value(0).toString()};

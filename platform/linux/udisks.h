@@ -1,8 +1,10 @@
-// The calls to UDisks2 that the drive table needs. Each blocks for one answer of the service, which the bus
-// starts when it is not running; none waits for ever. http://storaged.org/doc/udisks2-api/latest/
+// The calls to UDisks2 that the drive table needs. Each but the first part of a mount blocks for one answer
+// of the service, which the bus starts when it is not running; none waits for ever.
+// http://storaged.org/doc/udisks2-api/latest/
 #pragma once
 
 #include <QDBusObjectPath>
+#include <QDBusPendingCall>
 #include <QMap>
 #include <QString>
 #include <QVariantMap>
@@ -30,7 +32,10 @@ struct MountAnswer {
 std::optional<Objects> managedObjects();
 
 // `object` is the path of a block device. None of them asks the user for a password.
-MountAnswer mount(const QString& object);
+/// A mount in two parts, since the service answers late: the volume is mounted by then, and udev has looked
+/// at it anew.
+QDBusPendingCall startMount(const QString& object);
+MountAnswer mountAnswer(QDBusPendingCall& asked);
 Outcome unmount(const QString& object);
 Outcome setLabel(const QString& object, const QString& label);
 

@@ -1,7 +1,5 @@
 #include "platform/linux/udisks_drives.h"
 
-#include "platform/linux/volume_folder.h"
-
 #include <algorithm>
 #include <chrono>
 #include <thread>
@@ -26,6 +24,9 @@ constexpr auto busyPause = 150ms;
 /// list.
 constexpr int desktopAttempts = 5;
 constexpr auto desktopPause = 100ms;
+
+/// Between two looks at whether the volume is mounted.
+constexpr auto mountLook = 5ms;
 
 constexpr int labelAttempts = 20;
 constexpr auto labelPause = 50ms;
@@ -98,25 +99,40 @@ bool UdisksDrives::isStillMounted(const UdisksVolume& volume) const {
     return mounted != mounted_.end() && deviceOf(mounted->second.folder) == mounted->second.device;
 }
 
-bool UdisksDrives::use(const UdisksVolume& volume, bool byProgram) {
+/// Where it is mounted already. The kernel knows of a mount before the service does.
+bool UdisksDrives::use(UdisksVolume& volume, std::optional<QDBusPendingCall> asked) {
+    if (volume.folders.empty())
+        if (const auto folder = mountPointOf(volume.device, volume.deviceNumber, mounts_))
+            volume.folders = {*folder};
     if (volume.folders.empty()) return false;
     const auto device = deviceOf(volume.folders.front());
     if (!device) return false;
-    mounted_[volume.object] = {volume.folders.front(), *device, byProgram};
+    mounted_[volume.object] = {volume.folders.front(), *device, false, std::move(asked)};
     return true;
 }
 
-/// Brings the volume into `mounted_`.
+/// Waits for the answer when it is still to come: until then the service is not done with the volume.
+bool UdisksDrives::isOwn(Mounted& mounted) {
+    if (mounted.asked)
+        mounted.byProgram = udisks::mountAnswer(*mounted.asked).outcome == udisks::Outcome::Done;
+    mounted.asked.reset();
+    return mounted.byProgram;
+}
+
+/// Brings the volume into `mounted_`, as soon as it is mounted: the answer takes twice as long.
 bool UdisksDrives::mount(char letter) {
     UdisksVolume* volume = find(letter);
     if (volume == nullptr || volume->size == 0 || !volume->hasFileSystem) return false;
-    if (use(*volume, false)) return true;
-    const udisks::MountAnswer answer = udisks::mount(volume->object);
-    if (answer.outcome == udisks::Outcome::Done) {
-        volume->folders = {answer.folder.toStdString()};
-        return use(*volume, true);
+    if (use(*volume)) return true;
+    QDBusPendingCall asked = udisks::startMount(volume->object);
+    while (!asked.isFinished()) {
+        if (use(*volume, asked)) return true;
+        std::this_thread::sleep_for(mountLook);
     }
-    return useDesktopMount(letter);
+    const udisks::MountAnswer answer = udisks::mountAnswer(asked);
+    if (answer.outcome != udisks::Outcome::Done) return useDesktopMount(letter);
+    volume->folders = {answer.folder.toStdString()};
+    return use(*volume, asked);
 }
 
 /// The desktop may have been faster. The error tells little: as long as the service has not noticed that
@@ -124,9 +140,9 @@ bool UdisksDrives::mount(char letter) {
 bool UdisksDrives::useDesktopMount(char letter) {
     for (int attempt = 0;; ++attempt) {
         refresh();
-        const UdisksVolume* volume = find(letter);
+        UdisksVolume* volume = find(letter);
         if (volume == nullptr || !volume->hasFileSystem) return false;
-        if (!volume->folders.empty()) return use(*volume, false);
+        if (use(*volume)) return true;
         if (attempt == desktopAttempts) return false;
         std::this_thread::sleep_for(desktopPause);
     }
@@ -182,13 +198,13 @@ bool UdisksDrives::setLabel(char letter, std::string_view label) {
     if (volume == nullptr || volume->size == 0 || !volume->hasFileSystem) return false;
     const std::string before = volume->names.label;
     const auto mounted = mounted_.find(volume->object);
-    const bool byProgram = mounted != mounted_.end() && mounted->second.byProgram;
+    const bool byProgram = mounted != mounted_.end() && isOwn(mounted->second);
     const bool wasMounted = !volume->folders.empty();
     if (!unmount(*volume)) return false;
     const QString text = QString::fromUtf8(label.data(), static_cast<qsizetype>(label.size()));
     const bool done = udisks::setLabel(volume->object, text) == udisks::Outcome::Done;
     if (done) waitForLabel(letter, before, label);
-    if (wasMounted && mount(letter) && !byProgram) mounted_.at(find(letter)->object).byProgram = false;
+    if (wasMounted && mount(letter) && !byProgram) mounted_.at(find(letter)->object).asked.reset();
     return done;
 }
 
@@ -209,7 +225,7 @@ bool UdisksDrives::settle(char letter) {
     if (volume == nullptr || volume->size == 0) return false;
     if (!mounted_.contains(volume->object)) {
         if (volume->folders.empty()) return true; // nothing was written that could be missing
-        if (!use(*volume, false)) return false;
+        if (!use(*volume)) return false;
     }
     const Mounted mounted = mounted_.at(volume->object);
     if (!isStillMounted(*volume) || !syncFolder(mounted.folder)) return false;
@@ -222,7 +238,7 @@ bool UdisksDrives::settle(char letter) {
 void UdisksDrives::release() {
     for (UdisksVolume& volume : volumes_) {
         const auto mounted = mounted_.find(volume.object);
-        if (mounted != mounted_.end() && mounted->second.byProgram) (void)unmount(volume);
+        if (mounted != mounted_.end() && isOwn(mounted->second)) (void)unmount(volume);
     }
 }
 

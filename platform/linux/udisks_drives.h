@@ -4,8 +4,14 @@
 #include "platform/linux/drive_letters.h"
 #include "platform/linux/drive_source.h"
 
+#include "platform/linux/volume_folder.h"
+
+#include <QDBusPendingCall>
+
 #include <map>
+#include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace platform::posix {
@@ -15,6 +21,9 @@ namespace platform::posix {
 /// alone.
 class UdisksDrives : public DriveSource {
 public:
+    /// `mounts` is a list as the kernel keeps it, and its own one but for tests.
+    explicit UdisksDrives(std::string mounts = mountTable) : mounts_(std::move(mounts)) {}
+
     /// One round trip to UDisks2. Everything else works with the list of that moment, unless it turns out to
     /// be wrong.
     void refresh() override;
@@ -40,6 +49,7 @@ private:
         std::string folder;
         std::uint64_t device = 0;
         bool byProgram = false;
+        std::optional<QDBusPendingCall> asked; ///< its answer will tell who mounted it
     };
 
     UdisksVolume* find(char letter);
@@ -47,10 +57,12 @@ private:
     bool isStillMounted(const UdisksVolume& volume) const;
     bool mount(char letter);
     bool useDesktopMount(char letter);
-    bool use(const UdisksVolume& volume, bool byProgram);
+    bool use(UdisksVolume& volume, std::optional<QDBusPendingCall> asked = std::nullopt);
+    static bool isOwn(Mounted& mounted);
     bool unmount(UdisksVolume& volume);
     void waitForLabel(char letter, const std::string& before, std::string_view wanted);
 
+    std::string mounts_;
     std::vector<UdisksVolume> volumes_;
     std::map<QString, Mounted> mounted_; ///< by object
     DriveLetters letters_;

@@ -16,9 +16,20 @@ namespace platform::posix {
 
 namespace {
 
-struct MountsCloser {
-    void operator()(FILE* mounts) const { endmntent(mounts); }
+struct TableCloser {
+    void operator()(FILE* table) const { endmntent(table); }
 };
+
+/// In the order in which they were mounted.
+template <typename Visitor>
+void forEachMount(const std::string& table, Visitor visit) {
+    const std::unique_ptr<FILE, TableCloser> entries(setmntent(table.c_str(), "re"));
+    if (!entries) return;
+    struct mntent entry = {};
+    std::array<char, 4096> text{};
+    while (getmntent_r(entries.get(), &entry, text.data(), static_cast<int>(text.size())) != nullptr)
+        visit(entry);
+}
 
 } // namespace
 
@@ -64,14 +75,21 @@ std::optional<std::uint64_t> deviceOf(const std::string& folder) {
     return status.st_dev;
 }
 
+std::optional<std::string> mountPointOf(const std::string& blockDevice, std::uint64_t number,
+                                        const std::string& table) {
+    std::optional<std::string> folder;
+    forEachMount(table, [&](const struct mntent& entry) {
+        if (!folder && blockDevice == entry.mnt_fsname && deviceOf(entry.mnt_dir) == number)
+            folder = entry.mnt_dir;
+    });
+    return folder;
+}
+
 std::string mountedFileSystem(const std::string& folder) {
-    const std::unique_ptr<FILE, MountsCloser> mounts(setmntent("/proc/self/mounts", "re"));
-    if (!mounts) return {};
     std::string kind;
-    struct mntent entry = {};
-    std::array<char, 4096> text{};
-    while (getmntent_r(mounts.get(), &entry, text.data(), static_cast<int>(text.size())) != nullptr)
+    forEachMount(mountTable, [&](const struct mntent& entry) {
         if (folder == entry.mnt_dir) kind = entry.mnt_type; // a later mount hides an earlier one
+    });
     return kind;
 }
 

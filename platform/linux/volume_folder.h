@@ -23,6 +23,14 @@ bool syncFolder(const std::string& folder);
 /// Number of the device that the folder lies on; no value when there is no such folder.
 std::optional<std::uint64_t> deviceOf(const std::string& folder);
 
+/// The kernel's list of what is mounted where, as this process sees it.
+inline constexpr const char* mountTable = "/proc/self/mounts";
+
+/// Folder that the block device ("/dev/sdb1") is mounted on by such a list. One that lies on another device
+/// does not count, nor does one that this user may not look into.
+std::optional<std::string> mountPointOf(const std::string& blockDevice, std::uint64_t number,
+                                        const std::string& table = mountTable);
+
 /// Kind of the file system that is mounted on the folder ("ext4"); empty when none is.
 std::string mountedFileSystem(const std::string& folder);
 

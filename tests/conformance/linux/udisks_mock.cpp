@@ -6,9 +6,12 @@
 #include <QDBusMetaType>
 
 #include <sys/prctl.h>
+#include <sys/stat.h>
 
 #include <csignal>
+#include <fstream>
 #include <stdexcept>
+#include <string>
 #include <utility>
 
 namespace conformance {
@@ -138,6 +141,20 @@ void UdisksMock::showMounts() {
     showLateMounts();
 }
 
+void UdisksMock::holdMounts() {
+    const std::lock_guard lock(mutex_);
+    holdMounts_ = true;
+}
+
+void UdisksMock::answerMounts() {
+    const std::lock_guard lock(mutex_);
+    holdMounts_ = false;
+    for (const QDBusMessage& answer : std::exchange(heldAnswers_, {})) {
+        calls_ << "answer";
+        bus_.send(answer);
+    }
+}
+
 void UdisksMock::mountBehindTheBack(const QDBusObjectPath& object, const QString& error) {
     const std::lock_guard lock(mutex_);
     mountedByOther_ = object;
@@ -168,13 +185,35 @@ std::filesystem::path UdisksMock::mountFolder(const QString& name) const {
     return folder_.path() / name.toStdString();
 }
 
+quint64 UdisksMock::mountDevice() const {
+    struct stat status = {};
+    if (stat(folder_.path().c_str(), &status) != 0) throw std::runtime_error("no folder");
+    return status.st_dev;
+}
+
+std::filesystem::path UdisksMock::mountTable() const {
+    return folder_.path() / "mounts";
+}
+
+std::string UdisksMock::mountInKernel(const QString& name) {
+    const std::filesystem::path folder = mountFolder(name);
+    std::filesystem::create_directories(folder);
+    std::ofstream(mountTable(), std::ios::app)
+        << "/dev/" << name.toStdString() << ' ' << folder.string() << " vfat rw,nosuid 0 0\n";
+    return folder;
+}
+
 QString UdisksMock::introspect(const QString& /*path*/) const {
     return {};
 }
 
 bool UdisksMock::handleMessage(const QDBusMessage& message, const QDBusConnection& connection) {
     const std::lock_guard lock(mutex_);
-    connection.send(answer(message));
+    const QDBusMessage reply = answer(message);
+    if (holdMounts_ && message.member() == "Mount")
+        heldAnswers_ << reply;
+    else
+        connection.send(reply);
     return true;
 }
 
@@ -220,8 +259,7 @@ QDBusMessage UdisksMock::mount(const QDBusMessage& message) {
     if (!objects_.value(object).contains(fileSystemInterface)) return failure(message, "Failed");
     if (isMounted(object)) return failure(message, "AlreadyMounted");
     if (lateMounts_.contains(object)) return failure(message, "Failed");
-    const std::filesystem::path folder = mountFolder(lastName(object));
-    std::filesystem::create_directories(folder);
+    const std::string folder = mountInKernel(lastName(object));
     lateMounts_[object] = QByteArray::fromStdString(folder);
     if (mountDelay_ <= 0) showLateMounts();
     if (object == mountedByOther_) return failure(message, errorOfOther_);

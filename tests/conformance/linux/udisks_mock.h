@@ -57,6 +57,10 @@ public:
     /// told to show. Until then the service does not know of the mount.
     void delayMounts(int lists);
     void showMounts();
+    /// From now on the answer to a mount waits until it is asked for, though the volume is mounted. It is
+    /// then among the calls, "answer".
+    void holdMounts();
+    void answerMounts();
     /// When told to mount, someone else has just done it.
     void mountBehindTheBack(const QDBusObjectPath& object, const QString& error = "AlreadyMounted");
 
@@ -68,6 +72,12 @@ public:
     bool wasQuiet();
     QVariant property(const QDBusObjectPath& object, const QString& interface, const QString& name);
     std::filesystem::path mountFolder(const QString& name) const;
+    /// Number of the device that volumes are "mounted" from.
+    quint64 mountDevice() const;
+    /// A list of the mounts as the kernel keeps one: it is up to date before the service's properties are.
+    std::filesystem::path mountTable() const;
+    /// Adds the volume to it and makes its folder.
+    std::string mountInKernel(const QString& name);
 
     QString introspect(const QString& path) const override;
     bool handleMessage(const QDBusMessage& message, const QDBusConnection& connection) override;
@@ -95,6 +105,8 @@ private:
     std::map<QDBusObjectPath, QString> lateLabels_;
     int mountDelay_ = 0;
     std::map<QDBusObjectPath, QByteArray> lateMounts_;
+    bool holdMounts_ = false;
+    QList<QDBusMessage> heldAnswers_;
     QDBusObjectPath mountedByOther_;
     QString errorOfOther_;
 };

@@ -1,6 +1,7 @@
 // The drive table over UDisks2: what it asks, mounts, unmounts and labels.
 #include "platform/device_events.h"
 #include "platform/linux/udisks_drives.h"
+#include "platform/linux/volume_folder.h"
 #include "platform/volumes.h"
 
 #include "tests/conformance/linux/event_loop.h"
@@ -14,14 +15,19 @@
 
 #include <sys/statvfs.h>
 
+#include <chrono>
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
+#include <string>
 #include <string_view>
+#include <thread>
 #include <tuple>
 
 using namespace conformance;
 using namespace platform;
 using posix::UdisksDrives;
+using namespace std::chrono_literals;
 
 namespace {
 
@@ -190,6 +196,88 @@ TEST_F(UdisksTable, DesktopThatMountsAtTheSameMomentShowsLate) {
     }
     drives.release();
     EXPECT_EQ(calls(), QStringList()) << "they are the desktop's";
+}
+
+TEST_F(UdisksTable, VolumeIsUsedAsSoonAsItIsMounted) {
+    UdisksDrives eager(mock.mountTable());
+    addStick("sdb1", mock.mountDevice());
+    mock.holdMounts();
+    EXPECT_EQ(eager.folder('D'), mock.mountFolder("sdb1"));
+    EXPECT_TRUE(eager.space('D'));
+    eager.refresh();
+    EXPECT_EQ(eager.folder('D'), mock.mountFolder("sdb1"));
+    EXPECT_EQ(calls(), QStringList{"Mount sdb1"});
+    // What comes next has to wait for the service.
+    std::thread service([this] {
+        std::this_thread::sleep_for(50ms);
+        mock.answerMounts();
+    });
+    eager.release();
+    service.join();
+    EXPECT_EQ(calls(), (QStringList{"answer", "Unmount sdb1"}));
+    EXPECT_FALSE(isMounted("sdb1"));
+}
+
+TEST_F(UdisksTable, LabelWaitsForTheAnswerToTheMount) {
+    UdisksDrives eager(mock.mountTable());
+    addStick("sdb1", mock.mountDevice());
+    mock.holdMounts();
+    ASSERT_TRUE(eager.folder('D'));
+    calls();
+    std::thread service([this] {
+        std::this_thread::sleep_for(50ms);
+        mock.answerMounts();
+    });
+    EXPECT_TRUE(eager.setLabel('D', "OTHER"));
+    service.join();
+    EXPECT_EQ(calls(), (QStringList{"answer", "Unmount sdb1", "SetLabel sdb1", "Mount sdb1"}));
+    eager.release();
+    EXPECT_EQ(calls(), QStringList{"Unmount sdb1"}) << "it is still the program's";
+}
+
+TEST_F(UdisksTable, MountOfTheDesktopThatTheAnswerTells) {
+    UdisksDrives eager(mock.mountTable());
+    addStick("sdb1", mock.mountDevice());
+    eager.refresh();
+    mock.holdMounts();
+    mock.mountBehindTheBack(blockPath("sdb1"));
+    EXPECT_EQ(eager.folder('D'), mock.mountFolder("sdb1"));
+    mock.answerMounts();
+    eager.release();
+    EXPECT_EQ(calls(), (QStringList{"Mount sdb1", "answer"}));
+    EXPECT_TRUE(isMounted("sdb1"));
+}
+
+TEST_F(UdisksTable, MountOfTheDesktopThatOnlyTheKernelShows) {
+    UdisksDrives eager(mock.mountTable());
+    addStick("sdb1", mock.mountDevice());
+    eager.refresh();
+    mock.mountInKernel("sdb1");
+    EXPECT_EQ(eager.folder('D'), mock.mountFolder("sdb1"));
+    eager.release();
+    EXPECT_EQ(calls(), QStringList());
+}
+
+/// A stick that was pulled without notice may still be in the kernel's list under the name of the next one.
+TEST_F(UdisksTable, MountOfAnotherDeviceOfThatNameIsNotUsed) {
+    UdisksDrives eager(mock.mountTable());
+    addStick("sdb1", mock.mountDevice() + 1);
+    const std::string stale = mock.mountInKernel("sdb1");
+    EXPECT_TRUE(eager.folder('D'));
+    EXPECT_EQ(calls(), QStringList{"Mount sdb1"});
+    EXPECT_EQ(posix::mountPointOf("/dev/sdb1", mock.mountDevice(), mock.mountTable()), stale);
+    EXPECT_EQ(posix::mountPointOf("/dev/sdb1", mock.mountDevice() + 1, mock.mountTable()), std::nullopt);
+    EXPECT_EQ(posix::mountPointOf("/dev/sdb", mock.mountDevice(), mock.mountTable()), std::nullopt);
+    EXPECT_EQ(posix::mountPointOf("/dev/sdb1", mock.mountDevice(), "/no/such/list"), std::nullopt);
+}
+
+TEST_F(UdisksTable, MountPointWithABlank) {
+    const std::filesystem::path folder = mock.mountFolder("STICK ONE");
+    std::filesystem::create_directories(folder);
+    std::string escaped = folder;
+    escaped.replace(escaped.find(' '), 1, "\\040");
+    std::ofstream(mock.mountTable()) << "/dev/sdb1 " << escaped << " vfat rw 0 0\n";
+    EXPECT_EQ(posix::mountPointOf("/dev/sdb1", mock.mountDevice(), mock.mountTable()), folder);
 }
 
 TEST_F(UdisksTable, MountThatShowsLateStaysTheProgramsOwn) {
