@@ -15,6 +15,7 @@ struct Table {
     UdisksDrives volumes;
     DriveLinks links;
     std::function<void(const std::string&)> listener;
+    bool listAtHand = false;
 };
 
 Table& table() {
@@ -45,6 +46,18 @@ void mirrorDriveTable() {
     for (const char letter : drives.letters())
         if (const std::string target = drives.target(letter); !target.empty()) targets[letter] = target;
     table().links.show(targets);
+}
+
+void listDrives() {
+    if (!std::exchange(table().listAtHand, false)) driveSource().refresh();
+}
+
+ListAtHand::ListAtHand() {
+    table().listAtHand = true;
+}
+
+ListAtHand::~ListAtHand() {
+    table().listAtHand = false;
 }
 
 void drivesListed(const std::string& letters) {

@@ -21,6 +21,19 @@ DriveSource& driveSource();
 /// below the user's runtime directory. Sets right what somebody changed; a few system calls when nothing did.
 void mirrorDriveTable();
 
+/// Asks anew what drives there are.
+void listDrives();
+
+/// While it exists, the first listDrives() takes the list that has just been made: whoever is told of a new
+/// drive lists them all before anything else.
+class ListAtHand {
+public:
+    ListAtHand();
+    ListAtHand(const ListAtHand&) = delete;
+    ListAtHand& operator=(const ListAtHand&) = delete;
+    ~ListAtHand();
+};
+
 /// Somebody was told these letters, and may act on it.
 void drivesListed(const std::string& letters);
 

@@ -57,9 +57,8 @@ DriveWatch::DriveWatch(Listener listener, QObject* parent)
         fileNotifier_.setEnabled(true);
     }
     listenToBus();
-    DriveSource& drives = driveSource();
-    drives.refresh();
-    known_ = drives.present();
+    listDrives();
+    known_ = driveSource().present();
     onDrivesListed([this](const std::string& letters) { listed(letters); });
 }
 
@@ -115,17 +114,18 @@ void DriveWatch::checkWithin(std::chrono::milliseconds delay) {
 
 void DriveWatch::check() {
     listenToBus();
-    DriveSource& drives = driveSource();
-    drives.refresh();
+    listDrives();
     mirrorDriveTable();
-    std::vector<PresentDrive> present = usableDrives(drives.present());
+    std::vector<PresentDrive> present = usableDrives(driveSource().present());
     const bool gone = hasMore(known_, present);
     const bool came = hasMore(present, known_);
     known_ = std::move(present);
     const Listener listener = listener_;
     const QPointer<DriveWatch> self(this); // the listener may run an event loop of its own
     if (gone) listener(DriveChange::Removal);
-    if (came && self && !self->stopped_) listener(DriveChange::Arrival);
+    if (!came || !self || self->stopped_) return;
+    const ListAtHand list;
+    listener(DriveChange::Arrival);
 }
 
 /// A drive may be pulled, looked for in vain, and plugged in again before the next check, which would find it

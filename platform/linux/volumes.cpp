@@ -42,9 +42,8 @@ void store(std::string_view text, std::span<char> buffer) {
 } // namespace
 
 std::uint32_t logicalDriveStrings(std::span<char> buffer) {
-    posix::DriveSource& drives = posix::driveSource();
-    drives.refresh();
-    const std::string letters = drives.letters();
+    posix::listDrives();
+    const std::string letters = posix::driveSource().letters();
     std::string roots;
     for (const char letter : letters)
         roots += {letter, ':', '\\', '\0'};

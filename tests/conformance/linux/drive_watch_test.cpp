@@ -104,6 +104,22 @@ TEST_F(DeviceEvents, StickComesAndGoes) {
     EXPECT_EQ(received, (Messages{arrival, removal}));
 }
 
+TEST_F(DeviceEvents, ArrivalAndItsScanAreOneRoundTrip) {
+    std::vector<int> lists; // after each of two scans
+    setDeviceEventDelivery([this, &lists](const std::function<void()>& message) {
+        for (int scan = 0; scan < 2; ++scan) {
+            EXPECT_TRUE(isThere('D'));
+            lists.push_back(mock.takeLists());
+        }
+        message();
+    });
+    mock.takeLists();
+    mock.add(blockPath("sdb1"), fileSystemBlock("sdb1", 17, "stick"));
+    ASSERT_TRUE(waitForMessages(1));
+    EXPECT_EQ(lists, (std::vector<int>{1, 1}))
+        << "only the first is served by the list that told of the stick";
+}
+
 TEST_F(DeviceEvents, DiskWithTwoPartitionsArrivesOnce) {
     mock.add(blockPath("sdb"), withTable(blankBlock("sdb", 16, "stick")));
     mock.add(blockPath("sdb1"), onTable(fileSystemBlock("sdb1", 17, "stick"), "sdb"));
