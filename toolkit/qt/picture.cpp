@@ -9,6 +9,7 @@
 #include <QPixmap>
 
 #include <array>
+#include <map>
 #include <utility>
 
 namespace toolkit {
@@ -61,10 +62,14 @@ const LoadedPicture* loaded(const Picture& picture) {
 }
 
 QIcon programIcon(int number) {
-    QIcon icon;
-    if (number != 103 && number != 104) return icon;
-    for (const int size : iconSizes)
-        icon.addFile(QStringLiteral(":/icon/%1/%2.png").arg(number).arg(size), QSize(size, size));
+    if (number != 103 && number != 104) return {};
+    // Kept, as an icon opens its files when they are named; and left to the process, as pictures must not
+    // outlive the application.
+    static auto* const icons = new std::map<int, QIcon>;
+    QIcon& icon = (*icons)[number];
+    if (icon.isNull())
+        for (const int size : iconSizes)
+            icon.addFile(QStringLiteral(":/icon/%1/%2.png").arg(number).arg(size), QSize(size, size));
     return icon;
 }
 
