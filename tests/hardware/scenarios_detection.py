@@ -13,11 +13,11 @@ REPETITIONS = 5
 MOST_REPETITIONS = 12  # on a machine that does other things, too, for those in which it does least of them
 QUIET = 0.1  # share of the time in which the guest's processors may wait for one of this machine's
 # Seconds from the kernel's announcement of a volume to the stick in the window, by the guest's clock, less the time in
-# which its processors had none of this machine's; the median, as the first one loads drivers. The same program needed
-# 0.80 s at one time and 1.07 s at another, in the same guest on the same machine, and it is not known why: a missed goal
-# is told, and what is far from it fails.
-GOAL = 1.0
-LIMIT = 2.0
+# which its processors had none of this machine's; the median, as the first one loads drivers.
+LIMIT = 1.0
+# A machine that shares its processors with others can be half as fast for a while, and does not know of it: a series
+# of plugs above the limit is followed by another, and the fastest counts. All are told.
+MOST_SERIES = 3
 
 
 def offset_of_clocks(ring):
@@ -53,10 +53,32 @@ def starved(figure):
     return waited / kernel
 
 
+def usual(figures):
+    """The median of what the machine can be held to."""
+    return statistics.median(kernel - waited for kernel, _, waited in figures)
+
+
 def detect(ring, agent, who):
     image = ring.stick("stick", "STICK ONE")
     program = ring.loaded_program(agent)
     expect_equal(program.facts()["StatusBar1_1"], "No Stick", "before the stick is plugged")
+    series = []
+    while len(series) < MOST_SERIES and all(usual(figures) > LIMIT for figures in series):
+        series.append(plugs(ring, program, image, who))
+    program.end()
+    figures = min(series, key=usual)
+    slowest = max(kernel - waited for kernel, _, waited in figures)
+    clock, udev, waited = (statistics.median(values) for values in zip(*figures))
+    told = (f"shown {usual(figures):.2f} s after the kernel announced it, at worst {slowest:.2f} s (on the clock "
+            f"{clock:.2f} s, {udev:.2f} s since udev's; {waited:.2f} s without a processor)")
+    if len(series) > 1:
+        told += f"; the fastest of {', '.join(f'{usual(figures):.2f}' for figures in series)} s"
+    expect(usual(figures) <= LIMIT, told)
+    return told
+
+
+def plugs(ring, program, image, who):
+    """Figures of a series of plugs; the window shows the right facts at each."""
     figures = []
     while len(figures) < MOST_REPETITIONS and sum(starved(figure) <= QUIET for figure in figures) < REPETITIONS:
         name, figure = time_to_show(ring, program, image, "STICK ONE")
@@ -71,16 +93,7 @@ def detect(ring, agent, who):
             ring.picture(program, f"stick-shown-{who}")
         ring.guest.pull(name)
         program.wait_no_stick()
-    program.end()
-    figures = sorted(figures, key=starved)[:REPETITIONS]
-    usual = statistics.median(kernel - waited for kernel, _, waited in figures)
-    slowest = max(kernel - waited for kernel, _, waited in figures)
-    clock, udev, waited = (statistics.median(values) for values in zip(*figures))
-    told = (f"goal of {GOAL:.0f} s {'reached' if usual <= GOAL else 'MISSED'}: shown {usual:.2f} s after the kernel "
-            f"announced it, at worst {slowest:.2f} s (on the clock {clock:.2f} s, "
-            f"{udev:.2f} s since udev's; {waited:.2f} s without a processor)")
-    expect(usual <= LIMIT, told)
-    return told
+    return sorted(figures, key=starved)[:REPETITIONS]
 
 
 @scenario("1", "stick plugged, automatic detection, user", timed=True)
