@@ -87,16 +87,6 @@ class Program(PluginWindow, LocalProgram):
             elif source.is_file():
                 shutil.copy2(source, target)
 
-    def write(self, name, contents):
-        """Puts a file into the program folder at once, so that the program never sees half of it."""
-        target = self.folder / name
-        if contents is None:
-            target.unlink(missing_ok=True)
-            return
-        part = target.with_name(target.name + ".part")
-        part.write_bytes(contents)
-        part.replace(target)
-
     def set_drives(self, drives):
         self.write("Drives.ini", "".join(drive.section() for drive in drives).encode("cp1252"))
 

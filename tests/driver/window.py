@@ -190,7 +190,8 @@ class PluginWindow(Window):
 
 
 class LocalProgram(Window):
-    """Base of the drivers whose program is a process of this machine, with a folder `home` that goes with it."""
+    """Base of the drivers whose program is a process of this machine, with a folder `home` that goes with it, and the
+    program's own `folder` in there."""
 
     process = None
     _output = None
@@ -201,6 +202,17 @@ class LocalProgram(Window):
         self.started = time.monotonic()
         self.process = subprocess.Popen(command, env=environment, cwd=self.home, stdin=subprocess.DEVNULL,
                                         stdout=self._output, stderr=subprocess.STDOUT)
+
+    def write(self, name, contents):
+        """Puts a file into the program folder at once, so that the program never sees half of it.
+        None takes it away."""
+        target = self.folder / name
+        if contents is None:
+            target.unlink(missing_ok=True)
+            return
+        part = target.with_name(target.name + ".part")
+        part.write_bytes(contents)
+        part.replace(target)
 
     def start(self):
         raise NotImplementedError

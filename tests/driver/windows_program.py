@@ -45,16 +45,6 @@ class WindowsProgram(LocalProgram):
 
     # Life
 
-    def write(self, name, contents):
-        """Puts a file into the program folder at once, so that the program never sees half of it."""
-        target = self.folder / name
-        if contents is None:
-            target.unlink(missing_ok=True)
-            return
-        part = target.with_name(target.name + ".part")
-        part.write_bytes(contents)
-        part.replace(target)
-
     def set_drives(self, drives, announce=True):
         """C: and Z: are those of the prefix. A running program gets the messages that Windows sends."""
         wanted = {drive.letter: drive for drive in drives if drive.letter not in "CZ"}
