@@ -41,8 +41,20 @@ std::intptr_t ignoreMessage(std::intptr_t /*window*/, std::uint32_t /*message*/,
     return 0;
 }
 
+/// The same with that list of mounts, as soon as the stick is in it.
+int useStickAtOnceAndEnd(int argc, char** argv) {
+    UdisksDrives drives(argv[2]);
+    {
+        const QCoreApplication application(argc, argv);
+        if (!drives.folder('D')) return EXIT_FAILURE;
+    }
+    drives.release();
+    return EXIT_SUCCESS;
+}
+
 /// Only a process of its own can lose its application: the stand-in's thread would not survive that.
 int useStickAndEnd(int argc, char** argv) {
+    if (argc == 3) return useStickAtOnceAndEnd(argc, argv);
     {
         const QCoreApplication application(argc, argv);
         setWindowProcedure(1, ignoreMessage); // so the bus is listened to, as for the main window
@@ -70,6 +82,12 @@ protected:
         return !qdbus_cast<QByteArrayList>(folders).isEmpty();
     }
     QStringList calls() { return mock.takeCalls(); }
+    std::thread answerMountsSoon() {
+        return std::thread([this] {
+            std::this_thread::sleep_for(50ms);
+            mock.answerMounts();
+        });
+    }
 
     UdisksMock mock;
     UdisksDrives drives;
@@ -208,10 +226,7 @@ TEST_F(UdisksTable, VolumeIsUsedAsSoonAsItIsMounted) {
     EXPECT_EQ(eager.folder('D'), mock.mountFolder("sdb1"));
     EXPECT_EQ(calls(), QStringList{"Mount sdb1"});
     // What comes next has to wait for the service.
-    std::thread service([this] {
-        std::this_thread::sleep_for(50ms);
-        mock.answerMounts();
-    });
+    std::thread service = answerMountsSoon();
     eager.release();
     service.join();
     EXPECT_EQ(calls(), (QStringList{"answer", "Unmount sdb1"}));
@@ -224,10 +239,7 @@ TEST_F(UdisksTable, LabelWaitsForTheAnswerToTheMount) {
     mock.holdMounts();
     ASSERT_TRUE(eager.folder('D'));
     calls();
-    std::thread service([this] {
-        std::this_thread::sleep_for(50ms);
-        mock.answerMounts();
-    });
+    std::thread service = answerMountsSoon();
     EXPECT_TRUE(eager.setLabel('D', "OTHER"));
     service.join();
     EXPECT_EQ(calls(), (QStringList{"answer", "Unmount sdb1", "SetLabel sdb1", "Mount sdb1"}));
@@ -316,6 +328,22 @@ TEST_F(UdisksTable, ReleaseNeedsNoApplication) {
     addStick("sdb1", 17);
     EXPECT_EQ(QProcess::execute(QCoreApplication::applicationFilePath(), {asProgram}), EXIT_SUCCESS);
     EXPECT_EQ(calls(), (QStringList{"Mount sdb1", "Unmount sdb1"}));
+    EXPECT_FALSE(isMounted("sdb1"));
+}
+
+TEST_F(UdisksTable, ReleaseWithoutApplicationWaitsForTheAnswerToTheMount) {
+    addStick("sdb1", mock.mountDevice());
+    mock.holdMounts();
+    QProcess program;
+    program.start(QCoreApplication::applicationFilePath(),
+                  {asProgram, QString::fromStdString(mock.mountTable())});
+    QStringList all;
+    ASSERT_TRUE(waitFor([this, &all] { return (all += calls()).contains("Mount sdb1"); }));
+    EXPECT_FALSE(program.waitForFinished(200));
+    mock.answerMounts();
+    ASSERT_TRUE(program.waitForFinished());
+    EXPECT_EQ(program.exitCode(), EXIT_SUCCESS);
+    EXPECT_EQ(all += calls(), (QStringList{"Mount sdb1", "answer", "Unmount sdb1"}));
     EXPECT_FALSE(isMounted("sdb1"));
 }
 
@@ -461,7 +489,7 @@ TEST_F(UdisksTable, WithoutTheServiceOnlyTheSystemDrives) {
 }
 
 int main(int argc, char** argv) {
-    if (argc == 2 && argv[1] == std::string_view(asProgram)) return useStickAndEnd(argc, argv);
+    if (argc >= 2 && argv[1] == std::string_view(asProgram)) return useStickAndEnd(argc, argv);
     testing::InitGoogleTest(&argc, argv);
     return RUN_ALL_TESTS();
 }
