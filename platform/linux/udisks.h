@@ -32,10 +32,12 @@ struct MountAnswer {
 std::optional<Objects> managedObjects();
 
 // `object` is the path of a block device. None of them asks the user for a password.
+
 /// A mount in two parts, since the service answers late: the volume is mounted by then, and udev has looked
 /// at it anew.
 QDBusPendingCall startMount(const QString& object);
 MountAnswer mountAnswer(QDBusPendingCall& asked);
+
 Outcome unmount(const QString& object);
 Outcome setLabel(const QString& object, const QString& label);
 

@@ -3,7 +3,6 @@
 
 #include "platform/linux/drive_letters.h"
 #include "platform/linux/drive_source.h"
-
 #include "platform/linux/volume_folder.h"
 
 #include <QDBusPendingCall>

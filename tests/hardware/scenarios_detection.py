@@ -72,7 +72,7 @@ def detect(ring, agent, who):
     told = (f"shown {usual(figures):.2f} s after the kernel announced it, at worst {slowest:.2f} s (on the clock "
             f"{clock:.2f} s, {udev:.2f} s since udev's; {waited:.2f} s without a processor)")
     if len(series) > 1:
-        told += f"; the fastest of {', '.join(f'{usual(figures):.2f}' for figures in series)} s"
+        told += f"; the fastest of {', '.join(f'{usual(one):.2f}' for one in series)} s"
     expect(usual(figures) <= LIMIT, told)
     return told
 
