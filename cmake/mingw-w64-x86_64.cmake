@@ -13,12 +13,7 @@ set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
 
-# The same bytes whenever and wherever it is built: no folder of this machine and no time goes into the program.
-# packaging/windows/make_zip.py --check proves it.
-get_filename_component(source_folder ${CMAKE_CURRENT_LIST_DIR} DIRECTORY)
-foreach(renamed ${CMAKE_BINARY_DIR}=build ${source_folder}=.)
-  string(APPEND CMAKE_CXX_FLAGS_INIT " \"-ffile-prefix-map=${renamed}\"")
-endforeach()
+# The same bytes whenever it is built: no time goes into the program. packaging/windows/make_zip.py --check proves it.
 string(APPEND CMAKE_EXE_LINKER_FLAGS_INIT " -Wl,--no-insert-timestamp")
 
 # What nobody calls of the libraries that are linked in stays out.
