@@ -4,7 +4,9 @@ add_compile_options(-fstack-protector-strong -D_GLIBCXX_ASSERTIONS)
 # The same bytes whichever folder it is built in; no folder of the builder's machine goes into the program.
 add_compile_options(-ffile-prefix-map=${CMAKE_BINARY_DIR}=build -ffile-prefix-map=${PROJECT_SOURCE_DIR}=.)
 
-if(NOT WIN32)
+if(WIN32)
+  add_link_options(-fstack-protector-strong) # it is a library there, linked in like all others
+else()
   add_compile_options(-fstack-clash-protection -fcf-protection)
   # It checks what an optimising compiler knows the size of, and does not go with the sanitizers' own checks.
   if(NOT ORVANTA_SANITIZE)
