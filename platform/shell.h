@@ -26,6 +26,11 @@ enum ShellCode : int {
 int shellExecute(ShellOwner owner, std::string_view verb, std::string_view file, std::string_view parameters,
                  std::string_view directory, int showCommand);
 
+/// Shows a folder in the desktop's file browser, as shellExecute() with the verb "open" does, and returns its
+/// codes. For anything that is no folder nothing is started: ShellPathNotFound. The folder is handed over in
+/// a form that can mean nothing else, whatever it is called ("Fotos.exe") and whatever lies beside it.
+int showFolder(ShellOwner owner, std::string_view folder);
+
 /// Starts the shell's open-with chooser by its command line, "rundll32.exe shell32.dll,OpenAs_RunDLL " and
 /// the file, in a normal window with the focus; false when it could not be started.
 bool startOpenWithChooser(std::string_view commandLine);

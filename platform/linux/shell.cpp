@@ -4,6 +4,7 @@
 
 #include "platform/http_address.h"
 #include "platform/linux/desktop_command.h"
+#include "platform/linux/file_browser.h"
 #include "platform/linux/file_io.h"
 #include "platform/linux/open_with_portal.h"
 #include "platform/linux/path.h"
@@ -69,13 +70,20 @@ int find(std::string_view file, posix::Place& place) {
     return place.info ? ShellAccessDenied : ShellFileNotFound; // a pipe or a device is nothing to open
 }
 
+/// The slash at the end makes it a folder for whoever is given it: some openers look at the end of the name
+/// only, and start what is called "Fotos.desktop".
+int show(const posix::Place& folder) {
+    const std::string path = folder.isRoot ? folder.folderPath : folder.folderPath + folder.name + "/";
+    return posix::askFileBrowserToShow(path) ? ShellAccepted : start(path);
+}
+
 int openPath(std::string_view file) {
     posix::Place place;
     const int found = find(file, place);
     if (found != ShellAccepted) return found;
-    const std::string path = place.isRoot ? place.folderPath : place.folderPath + place.name;
-    if (!place.isFolder() && !hasProgram(path)) return ShellNoAssociation;
-    return start(path);
+    if (place.isFolder()) return show(place);
+    const std::string path = place.folderPath + place.name;
+    return hasProgram(path) ? start(path) : ShellNoAssociation;
 }
 
 } // namespace
@@ -90,6 +98,13 @@ int shellExecute(ShellOwner /*owner*/, std::string_view verb, std::string_view f
     if (hasScheme(file))
         return ShellNoAssociation; // nothing that a server can send may start more than a browser
     return openPath(file);
+}
+
+int showFolder(ShellOwner /*owner*/, std::string_view folder) {
+    posix::Place place;
+    const int found = find(folder, place);
+    if (found != ShellAccepted) return found;
+    return place.isFolder() ? show(place) : ShellPathNotFound;
 }
 
 bool startOpenWithChooser(std::string_view commandLine) {

@@ -224,6 +224,10 @@ int shellExecute(ShellOwner owner, std::string_view verb, std::string_view file,
     return code == computer().shellCodes.end() ? int{ShellAccepted} : code->second;
 }
 
+int showFolder(ShellOwner owner, std::string_view folder) {
+    return shellExecute(owner, "open", folder, "", "", showNormal);
+}
+
 bool startOpenWithChooser(std::string_view commandLine) {
     computer().choosers.emplace_back(commandLine);
     return true;

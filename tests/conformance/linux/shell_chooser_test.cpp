@@ -2,6 +2,7 @@
 #include "platform/shell.h"
 
 #include "tests/conformance/environment.h"
+#include "tests/conformance/linux/session_bus.h"
 
 #include <gtest/gtest.h>
 
@@ -12,7 +13,6 @@
 #include <QDBusObjectPath>
 #include <QDBusUnixFileDescriptor>
 #include <QDBusVirtualObject>
-#include <QProcess>
 #include <QThread>
 
 #include <unistd.h>
@@ -23,6 +23,7 @@
 #include <optional>
 
 using conformance::Drives;
+using conformance::SessionBus;
 using namespace platform;
 
 namespace {
@@ -80,29 +81,6 @@ private:
     std::mutex mutex_;
     Manner manner_ = Manner::Accepts;
     std::optional<Request> request_;
-};
-
-/// A session bus that lives as long as this object and is this process's own from before its first use.
-class SessionBus {
-public:
-    SessionBus() {
-        daemon_.start("dbus-daemon", {"--session", "--nofork", "--nopidfile", "--print-address=1"});
-        while (!daemon_.canReadLine())
-            if (!daemon_.waitForReadyRead(20000)) throw std::runtime_error("the session bus does not start");
-        address = QString::fromUtf8(daemon_.readLine().trimmed());
-        qputenv("DBUS_SESSION_BUS_ADDRESS", address.toUtf8());
-    }
-    SessionBus(const SessionBus&) = delete;
-    SessionBus& operator=(const SessionBus&) = delete;
-    ~SessionBus() {
-        daemon_.kill();
-        daemon_.waitForFinished();
-    }
-
-    QString address;
-
-private:
-    QProcess daemon_;
 };
 
 class ShellChooser : public testing::Test {

@@ -55,6 +55,8 @@ protected:
         fs::create_directory(folder_.path() / "bin");
         addCommand("xdg-open", openCommand);
         addCommand("xdg-mime", mimeCommand);
+        // No file browser of the desktop's that these tests run on.
+        setenv("DBUS_SESSION_BUS_ADDRESS", ("unix:path=" + (folder_.path() / "none").string()).c_str(), 1);
         setenv("RECORDS", folder_.path().c_str(), 1);
         setenv("PATH", (folder_.path() / "bin:").string().append(path_).c_str(), 1);
     }
@@ -151,10 +153,27 @@ TEST_F(ShellStart, WhatIsNeitherAddressNorPathStartsNothing) {
 TEST_F(ShellStart, FolderGoesToTheFileBrowser) {
     fs::create_directory(stick / "-a folder");
     EXPECT_EQ(open("E:\\-A FOLDER"), ShellAccepted);
-    EXPECT_EQ(starts(1), Lines{"1<" + (stick / "-a folder").string() + ">"});
+    EXPECT_EQ(starts(1), Lines{"1<" + (stick / "-a folder" / "").string() + ">"});
     EXPECT_EQ(open("E:\\"), ShellAccepted);
     EXPECT_EQ(fs::path(starts(2).back().substr(2)).parent_path(), stick);
     EXPECT_TRUE(records("mime").empty());
+}
+
+TEST_F(ShellStart, FolderIsShownAsOneWhateverItIsCalled) {
+    fs::create_directory(stick / "Fotos.desktop");
+    EXPECT_EQ(showFolder(0, "E:\\Fotos.desktop"), ShellAccepted);
+    EXPECT_EQ(starts(1), Lines{"1<" + (stick / "Fotos.desktop" / "").string() + ">"});
+    EXPECT_EQ(showFolder(0, "E:\\"), ShellAccepted);
+    EXPECT_EQ(starts(2).back(), "1<" + (stick / "").string() + ">");
+}
+
+TEST_F(ShellStart, NothingButAFolderIsShown) {
+    addFile("Fotos.desktop");
+    fs::create_directory_symlink("/etc", stick / "away");
+    for (const char* path : {"", "E:\\Fotos.desktop", "E:\\Fotos.desktop\\", "E:\\missing", "E:\\away",
+                             "Q:\\", "/etc", "file:///etc", "http://host.example"})
+        EXPECT_LE(showFolder(0, path), 32) << path;
+    expectNoStartBefore();
 }
 
 TEST_F(ShellStart, DocumentGoesToItsProgram) {
@@ -241,6 +260,5 @@ TEST_F(ShellStart, NoDesktopCommands) {
 
 TEST_F(ShellStart, NoChooserWithoutASessionBus) {
     addFile("file.odd");
-    setenv("DBUS_SESSION_BUS_ADDRESS", ("unix:path=" + (folder_.path() / "none").string()).c_str(), 1);
     EXPECT_FALSE(startOpenWithChooser("rundll32.exe shell32.dll,OpenAs_RunDLL E:\\file.odd"));
 }

@@ -11,6 +11,7 @@
 
 #include <windows.h>
 
+#include <array>
 #include <stdexcept>
 #include <vector>
 
@@ -54,6 +55,41 @@ private:
     std::string name_;
 };
 
+/// While it lives the test's child opens what belongs to a class of the system's own, and notes it with a bar
+/// behind it.
+class Opener {
+public:
+    Opener(std::string name, const fs::path& note) : name_(std::move(name)) {
+        DWORD size = sizeof before_;
+        if (RegGetValueA(HKEY_CLASSES_ROOT, (name_ + command).c_str(), nullptr, RRF_RT_ANY | RRF_NOEXPAND,
+                         &type_, before_.data(), &size) == ERROR_SUCCESS)
+            size_ = size;
+        const std::string line =
+            "\"" + programFolder() + "\\process_child.exe\" note \"" + note.string() + "\" \"%1|\"";
+        set(REG_SZ, line.c_str(), static_cast<DWORD>(line.size() + 1));
+    }
+    Opener(const Opener&) = delete;
+    Opener& operator=(const Opener&) = delete;
+    ~Opener() {
+        if (size_ > 0)
+            set(type_, before_.data(), size_);
+        else
+            RegDeleteTreeA(HKEY_CLASSES_ROOT, (name_ + "\\shell").c_str());
+    }
+
+private:
+    static constexpr const char* command = "\\shell\\open\\command";
+
+    void set(DWORD type, const char* value, DWORD size) const {
+        RegSetKeyValueA(HKEY_CLASSES_ROOT, (name_ + command).c_str(), nullptr, type, value, size);
+    }
+
+    std::string name_;
+    DWORD type_ = 0;
+    DWORD size_ = 0; ///< 0: there was none
+    std::array<char, 1000> before_ = {};
+};
+
 class ShellStart : public testing::Test {
 protected:
     static int open(std::string_view file) { return shellExecute(0, "open", file, "", "", showNormal); }
@@ -93,6 +129,39 @@ TEST_F(ShellStart, ANameOutsideTheCodePageIsNotTakenForAnother) {
     const Association association(".orvtest", note);
     put(stick / named("日.orvtest"), "text");
     EXPECT_EQ(open("E:\\日.orvtest"), ShellFileNotFound);
+    EXPECT_FALSE(fs::exists(note));
+}
+
+TEST_F(ShellStart, AnAddressHasNoCharacterThatEndsIt) {
+    const Opener opener("http", note);
+    EXPECT_GT(open("http://host/a b\" -c calc \\?<&>"), 32);
+    EXPECT_EQ(noted(), "http://host/a%20b%22%20-c%20calc%20%5C?%3C&%3E|");
+    EXPECT_EQ(open("http:"), ShellFileNotFound);
+    EXPECT_EQ(open("https://"), ShellFileNotFound);
+}
+
+/// The program of the class of folders gets what has a folder's form alone.
+TEST_F(ShellStart, AFolderIsShownWhateverItIsCalled) {
+    fs::create_directory(stick / "Fotos.exe");
+    fs::create_directory(stick / "Fotos");
+    fs::copy_file(fs::path(programFolder()) / "process_child.exe", stick / "Fotos.com");
+    const Opener opener("Folder", note);
+    for (const std::string name : {"Fotos.exe", "Fotos"}) {
+        fs::remove(note);
+        EXPECT_GT(showFolder(0, "E:\\" + name), 32) << name;
+        EXPECT_EQ(noted(), "E:\\" + name + "\\|");
+    }
+}
+
+TEST_F(ShellStart, NothingButAFolderIsShown) {
+    fs::create_directory(stick / "folder");
+    fs::copy_file(fs::path(programFolder()) / "process_child.exe", stick / "Fotos.exe");
+    const Association association(".orvtest", note);
+    put(stick / "file.orvtest", "text");
+    for (const char* path :
+         {"", "E:\\Fotos.exe", "E:\\Fotos.exe\\", "E:\\Fotos", "E:\\Fotos\\", "E:\\file.orvtest",
+          "E:\\missing", "Q:\\", "file:///C:/", "http://host.example", "folder"})
+        EXPECT_LE(showFolder(0, path), 32) << path;
     EXPECT_FALSE(fs::exists(note));
 }
 
