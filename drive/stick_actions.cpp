@@ -4,13 +4,22 @@
 #include "app/program_path.h"
 #include "drive/cDrive.h"
 #include "platform/basINI.h"
+#include "platform/files.h"
 #include "platform/shell.h"
 
 namespace drive {
 
+namespace {
+
+bool isFolder(const std::string& path) {
+    return (platform::fileAttributes(path).value_or(0) & platform::FileDirectory) != 0;
+}
+
+} // namespace
+
 void OpenDir(frmMain& window, const std::string& spath) {
-    if (window.program().Drive->mp_PathExists(spath))
-        platform::shellExecute(window.handle(), "open", spath, "", "", platform::showNormal);
+    if (window.program().Drive->mp_PathExists(spath) && isFolder(spath))
+        platform::showFolder(window.handle(), spath);
 }
 
 void SavePath(frmMain& window) {

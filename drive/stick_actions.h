@@ -9,7 +9,8 @@ class frmMain;
 
 namespace drive {
 
-/// Opens a folder or file in the desktop's file browser; nothing happens when it does not exist.
+/// Opens a folder in the desktop's file browser. Nothing happens when it does not exist, or is a file: what
+/// is on a stick, nobody has asked to run.
 void OpenDir(frmMain& window, const std::string& spath);
 
 /// Writes the standard path into the stick's profile file.

@@ -157,3 +157,12 @@ TEST_F(DeviceMonitor, TheStandardFolderOpensOnArrivalOnlyWhenTheFlagIsSet) {
     ASSERT_EQ(computer().shellCalls.size(), 1U);
     EXPECT_EQ(computer().shellCalls[0].file, "D:\\Filme");
 }
+
+TEST_F(DeviceMonitor, AStandardPathThatIsAFileIsNotOpenedOnArrival) {
+    putFile("D:\\USB.ini", "[Open]\r\nDir=Filme.exe\r\n");
+    putFile("D:\\Filme.exe", "MZ");
+    startDetecting();
+    program.OpenOnArrival = true;
+    deviceArrives();
+    EXPECT_TRUE(computer().shellCalls.empty());
+}

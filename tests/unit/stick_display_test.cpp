@@ -226,6 +226,26 @@ TEST_F(OpenStick, AFolderThatDoesNotExistIsNotOpened) {
     EXPECT_TRUE(computer().messages.empty());
 }
 
+TEST_F(OpenStick, AFileIsNotOpened) {
+    for (const char* name : {"Fotos.exe", "Fotos.desktop", "liste.txt"}) {
+        putFile("D:\\USB.ini", std::string("[Open]\r\nDir=") + name + "\r\n");
+        putFile(std::string("D:\\") + name, "MZ");
+        start();
+        click(window().cmdOpen);
+        EXPECT_TRUE(computer().shellCalls.empty()) << name;
+        EXPECT_TRUE(computer().messages.empty());
+    }
+}
+
+TEST_F(OpenStick, AFolderMayBeCalledLikeAProgram) {
+    putFile("D:\\USB.ini", "[Open]\r\nDir=Fotos.exe\r\n");
+    folder("D:\\Fotos.exe");
+    start();
+    click(window().cmdOpen);
+    ASSERT_EQ(computer().shellCalls.size(), 1U);
+    EXPECT_EQ(computer().shellCalls[0].file, "D:\\Fotos.exe");
+}
+
 TEST_F(OpenStick, DoesNothingUntilAScanFindsExactlyOne) {
     start();
     plugIn("E:\\");

@@ -166,11 +166,18 @@ class StandardPath(Hostile):
     def test_not_opened(self, path):
         (self.stick / "USB.ini").write_bytes(f"[Open]\r\nDir={path}\r\n".encode("cp1252"))
         (self.stick / "away").symlink_to(self.home)
+        script = self.stick / "sub" / "run.sh"
+        script.write_bytes(b"#!/bin/sh\n")
+        script.chmod(0o755)
         program = self.start()
         program.wait_for("txtOpenPath", "text", lambda text: text != "")
         program.click("cmdOpen")
-        program.text("txtOpenPath")  # the click has been dealt with
-        self.assertEqual(self.opened(), [])
+        (self.stick / "USB.ini").write_bytes(b"[Open]\r\nDir=\r\n")
+        program.click("cmdSearch")
+        program.wait_for("txtOpenPath", "text", "")
+        program.click("cmdOpen")
+        program.wait_until(self.opened)
+        self.assertEqual([path.rstrip("/") for path in self.opened()], [str(self.stick)])  # and nothing before
 
     def test_above_is_the_stick_itself(self):
         (self.stick / "USB.ini").write_bytes(b"[Open]\r\nDir=..\\..\r\n")

@@ -61,12 +61,31 @@ class Opening(ActionsCase):
         program.click("cmdOpen")
         self.wait_opened(program, self.folder("E"))  # and nothing before
 
-    def test_a_file(self):
-        (self.folder("E") / "liste.txt").write_bytes(b"x")
-        program = self.start_with(b"[Open]\r\nDir=liste.txt\r\n")
-        program.wait_for("txtOpenPath", "text", "liste.txt")
+    @each({"a document": "liste.txt", "a starter": "Fotos.desktop", "a program": "Fotos.exe", "a script": "sub\\run.sh",
+           "a document, asked for as a folder": "liste.txt\\", "a program, asked for as a folder": "Fotos.exe\\."})
+    def test_a_file_is_never_opened(self, path):
+        file = self.folder("E").joinpath(*path.rstrip("\\.").split("\\"))
+        file.parent.mkdir(exist_ok=True)
+        file.write_bytes(b"#!/bin/sh\n[Desktop Entry]\nType=Application\nExec=true\n")
+        file.chmod(0o755)
+        program = self.start_with(b"[Open]\r\nDir=" + path.encode("cp1252") + b"\r\n")
+        program.wait_for("txtOpenPath", "text", path)
         program.click("cmdOpen")
-        self.wait_opened(program, self.folder("E") / "liste.txt")
+        self.assertIsNone(program.message())
+        (self.folder("E") / "USB.ini").write_bytes(b"[Open]\r\nDir=\r\n")
+        program.click("cmdSearch")
+        program.wait_for("txtOpenPath", "text", "")
+        program.click("cmdOpen")
+        self.wait_opened(program, self.folder("E"))  # and nothing before
+
+    @each({"a starter": "Fotos.desktop", "a program": "Fotos.exe", "a script": "run.sh"})
+    def test_a_folder_that_is_called_like_a_program(self, name):
+        (self.folder("E") / name).mkdir()
+        program = self.start_with(b"[Open]\r\nDir=" + name.encode() + b"\r\n")
+        program.wait_for("txtOpenPath", "text", name)
+        program.click("cmdOpen")
+        self.wait_opened(program, self.folder("E") / name)
+        self.assertTrue(self.opened()[0].endswith("/"), "said in such a way that only a folder can be meant")
 
     def test_no_stick(self):
         program = self.start_detecting()

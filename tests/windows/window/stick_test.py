@@ -1,8 +1,9 @@
 """The stick's figures, label and standard path; the settings; the question at the end."""
 
+import shutil
 import unittest
 
-from windows_case import LABEL, Drive, WindowsCase, only
+from windows_case import LABEL, TOOLS, Drive, WindowsCase, only
 
 import stick_and_settings_test as shared
 import stick_faults_test
@@ -124,6 +125,33 @@ class Stick(WindowsCase, only(shared.Stick, "test_searching")):
         program.click("cmdOpen")
         shown = program.wait_until(lambda: self.file_managers(program), what="the file manager")
         self.assertIn("E:", shown[0])
+
+    def test_a_program_is_not_started(self):
+        """Neither the one that the stick names, nor the one beside a folder of that name."""
+        for name in ("Fotos.exe", "Filme.exe"):
+            shutil.copyfile(TOOLS / "formatter.exe", self.stick / name)  # it would leave a note that it was called
+        (self.stick / "Filme").mkdir()
+        (self.stick / "USB.ini").write_bytes(b"[Open]\r\nDir=Fotos.exe\r\n")
+        program = self.start()
+        program.wait_for("txtOpenPath", "text", "Fotos.exe")
+        program.click("cmdOpen")
+        self.show(program, "Filme")
+        self.show(program, "")
+        self.assertFalse((self.stick / "called").exists())
+        self.assertIsNone(program.message())
+
+    def test_a_folder_that_is_called_like_a_program(self):
+        (self.stick / "Fotos.exe").mkdir()
+        program = self.start()
+        self.show(program, "Fotos.exe")
+
+    def show(self, program, path):
+        """The stick names that folder, and the file manager shows it."""
+        (self.stick / "USB.ini").write_bytes(f"[Open]\r\nDir={path}\r\n".encode("cp1252"))
+        program.click("cmdSearch")
+        program.wait_for("txtOpenPath", "text", path)
+        program.click("cmdOpen")
+        program.wait_until(lambda: any((path or "E:") in title for title in self.file_managers(program)), what=path)
 
     def file_managers(self, program):
         return [title for kind, title in program.other_windows() if kind == "ExplorerWClass" and title]
