@@ -3,6 +3,8 @@
 
 #include "platform/volumes.h"
 
+#include <sys/stat.h>
+
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -48,6 +50,11 @@ public:
     virtual DriveType type(char letter) = 0;
     /// What the drive is for the system, a device node or a folder; empty when nothing stands for it.
     virtual std::string target(char letter) = 0;
+    /// Tells the drive's volume from every other one, see drive_identity.h; empty without a medium. It is as
+    /// true as the list is new.
+    virtual std::string identity(char letter) = 0;
+    /// Whether an open folder, of which these are the facts, is the root of the volume that has that letter.
+    virtual bool isRoot(char letter, const struct stat& folder) = 0;
     /// Folder of the drive's root; mounts it when need be.
     virtual std::optional<std::string> folder(char letter) = 0;
     virtual std::optional<VolumeSpace> space(char letter) = 0;

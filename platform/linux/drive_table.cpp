@@ -29,6 +29,14 @@ char upper(char letter) {
 
 } // namespace
 
+char driveLetter(std::string_view root) {
+    root = root.substr(0, root.find('\0'));
+    if (root.size() == 3 && (root[2] == '\\' || root[2] == '/')) root.remove_suffix(1);
+    if (root.size() != 2 || root[1] != ':') return 0;
+    const char letter = upper(root[0]);
+    return letter >= 'A' && letter <= 'Z' ? letter : '\0';
+}
+
 DriveSource& driveSource() {
     if (table().file.load()) return table().file;
     return table().volumes;

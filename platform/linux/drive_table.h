@@ -4,10 +4,15 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <string_view>
 
 namespace platform::posix {
 
 class DriveSource;
+
+/// Letter of a drive root (`E:\` or `E:`; what follows the first NUL does not count), in upper case; 0 when
+/// it is none.
+char driveLetter(std::string_view root);
 
 /// Folder that the drive's root stands for, absolute, without a slash at the end (except "/"). Mounts the
 /// volume when it is not mounted yet. No value when there is no such drive, no medium, or it cannot be

@@ -171,6 +171,17 @@ std::string IniDrives::target(char letter) {
     return drive != nullptr ? drive->folder : std::string();
 }
 
+std::string IniDrives::identity(char letter) {
+    struct stat status = {};
+    const IniDrive* drive = find(letter);
+    if (drive == nullptr || stat(drive->folder.c_str(), &status) != 0 || !S_ISDIR(status.st_mode)) return {};
+    return folderIdentity(status);
+}
+
+bool IniDrives::isRoot(char letter, const struct stat& folder) {
+    return identity(letter) == folderIdentity(folder);
+}
+
 std::optional<std::string> IniDrives::folder(char letter) {
     const IniDrive* drive = find(letter);
     if (drive == nullptr || !isFolder(drive->folder)) return std::nullopt;

@@ -46,6 +46,8 @@ public:
     std::string letters() override;
     DriveType type(char letter) override;
     std::string target(char letter) override;
+    std::string identity(char letter) override;
+    bool isRoot(char letter, const struct stat& folder) override;
     std::optional<std::string> folder(char letter) override;
     std::optional<VolumeSpace> space(char letter) override;
     std::optional<VolumeNames> names(char letter) override;

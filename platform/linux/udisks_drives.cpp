@@ -1,5 +1,8 @@
 #include "platform/linux/udisks_drives.h"
 
+#include <sys/stat.h>
+#include <sys/sysmacros.h>
+
 #include <algorithm>
 #include <chrono>
 #include <thread>
@@ -92,6 +95,30 @@ std::string UdisksDrives::target(char letter) {
     if (letter == treeLetter) return tree;
     const UdisksVolume* volume = find(letter);
     return volume != nullptr ? volume->device : std::string();
+}
+
+/// The letter and its mount point may have passed on to a stick with the same names in the same port; the
+/// sequence number of the disk has not.
+std::string UdisksDrives::identity(char letter) {
+    const UdisksVolume* volume = find(letter);
+    if (volume == nullptr) {
+        struct stat root = {};
+        return standsForTree(letter) && stat(tree, &root) == 0 ? folderIdentity(root) : std::string();
+    }
+    if (volume->size == 0) return {};
+    const QString names = volume->object + '\n' + volume->driveSerial + '\n' + volume->uuid + '\n';
+    return names.toStdString() + std::to_string(volume->deviceNumber) + '\n' + std::to_string(volume->size) +
+           '\n' + diskSequence(volume->deviceNumber, devices_);
+}
+
+/// Some file systems (btrfs) have a device number of their own making, of the kind that stands for no device.
+bool UdisksDrives::isRoot(char letter, const struct stat& folder) {
+    if (standsForTree(letter)) return deviceOf(tree) == folder.st_dev;
+    const UdisksVolume* volume = find(letter);
+    if (volume == nullptr) return false;
+    if (volume->deviceNumber == folder.st_dev) return true;
+    const auto mounted = mounted_.find(volume->object);
+    return major(folder.st_dev) == 0 && mounted != mounted_.end() && mounted->second.device == folder.st_dev;
 }
 
 bool UdisksDrives::isStillMounted(const UdisksVolume& volume) const {

@@ -20,8 +20,10 @@ namespace platform::posix {
 /// alone.
 class UdisksDrives : public DriveSource {
 public:
-    /// `mounts` is a list as the kernel keeps it, and its own one but for tests.
-    explicit UdisksDrives(std::string mounts = mountTable) : mounts_(std::move(mounts)) {}
+    /// `mounts` is a list as the kernel keeps it, `devices` a folder as it shows its devices: its own ones
+    /// but for tests.
+    explicit UdisksDrives(std::string mounts = mountTable, std::string devices = deviceFolder)
+        : mounts_(std::move(mounts)), devices_(std::move(devices)) {}
 
     /// One round trip to UDisks2. Everything else works with the list of that moment, unless it turns out to
     /// be wrong.
@@ -29,6 +31,8 @@ public:
     std::string letters() override;
     DriveType type(char letter) override;
     std::string target(char letter) override;
+    std::string identity(char letter) override;
+    bool isRoot(char letter, const struct stat& folder) override;
     std::optional<std::string> folder(char letter) override;
     std::optional<VolumeSpace> space(char letter) override;
     std::optional<VolumeNames> names(char letter) override;
@@ -62,6 +66,7 @@ private:
     void waitForLabel(char letter, const std::string& before, std::string_view wanted);
 
     std::string mounts_;
+    std::string devices_;
     std::vector<UdisksVolume> volumes_;
     std::map<QString, Mounted> mounted_; ///< by object
     DriveLetters letters_;

@@ -4,11 +4,13 @@
 #include <mntent.h>
 #include <sys/stat.h>
 #include <sys/statvfs.h>
+#include <sys/sysmacros.h>
 #include <unistd.h>
 
 #include <array>
 #include <cstdio>
 #include <filesystem>
+#include <fstream>
 #include <memory>
 #include <system_error>
 
@@ -73,6 +75,19 @@ std::optional<std::uint64_t> deviceOf(const std::string& folder) {
     struct stat status = {};
     if (stat(folder.c_str(), &status) != 0) return std::nullopt;
     return status.st_dev;
+}
+
+std::string folderIdentity(const struct stat& folder) {
+    return std::to_string(folder.st_dev) + ' ' + std::to_string(folder.st_ino);
+}
+
+std::string diskSequence(std::uint64_t deviceNumber, const std::string& devices) {
+    const std::string device =
+        devices + '/' + std::to_string(major(deviceNumber)) + ':' + std::to_string(minor(deviceNumber));
+    std::string sequence;
+    for (const char* file : {"/diskseq", "/../diskseq"}) // the latter: of the disk that holds the partition
+        if (sequence.empty()) std::getline(std::ifstream(device + file), sequence);
+    return sequence;
 }
 
 std::optional<std::string> mountPointOf(const std::string& blockDevice, std::uint64_t number,

@@ -23,6 +23,17 @@ bool syncFolder(const std::string& folder);
 /// Number of the device that the folder lies on; no value when there is no such folder.
 std::optional<std::uint64_t> deviceOf(const std::string& folder);
 
+/// Tells a folder from every other one that is there at this moment.
+std::string folderIdentity(const struct stat& folder);
+
+/// Where the kernel shows each block device by its number.
+inline constexpr const char* deviceFolder = "/sys/dev/block";
+
+/// The number that the kernel gave the disk of a block device when it was plugged in, and gives no other one
+/// until the next start: device numbers and names are given again. Empty before Linux 5.15.
+/// https://www.kernel.org/doc/Documentation/ABI/testing/sysfs-block
+std::string diskSequence(std::uint64_t deviceNumber, const std::string& devices = deviceFolder);
+
 /// The kernel's list of what is mounted where, as this process sees it.
 inline constexpr const char* mountTable = "/proc/self/mounts";
 

@@ -11,16 +11,6 @@ namespace platform {
 
 namespace {
 
-/// Letter of a drive root (`E:\` or `E:`), in upper case; 0 when it is none.
-char letterOf(std::string_view root) {
-    root = root.substr(0, root.find('\0'));
-    if (root.size() == 3 && (root[2] == '\\' || root[2] == '/')) root.remove_suffix(1);
-    if (root.size() != 2 || root[1] != ':') return 0;
-    const char letter = root[0];
-    if (letter >= 'a' && letter <= 'z') return static_cast<char>(letter - 'a' + 'A');
-    return letter >= 'A' && letter <= 'Z' ? letter : '\0';
-}
-
 DiskFreeSpace::Bytes littleEndian(std::uint64_t value) {
     DiskFreeSpace::Bytes bytes{};
     for (std::uint8_t& byte : bytes) {
@@ -56,13 +46,13 @@ std::uint32_t logicalDriveStrings(std::span<char> buffer) {
 }
 
 std::uint32_t driveType(std::string_view root) {
-    const DriveType type = posix::driveSource().type(letterOf(root));
+    const DriveType type = posix::driveSource().type(posix::driveLetter(root));
     if (type == DriveNoRootDir) posix::driveMissed();
     return type;
 }
 
 bool diskFreeSpace(std::string_view root, DiskFreeSpace& space) {
-    const auto measured = posix::driveSource().space(letterOf(root));
+    const auto measured = posix::driveSource().space(posix::driveLetter(root));
     if (!measured) {
         posix::driveMissed();
         return false;
@@ -74,7 +64,7 @@ bool diskFreeSpace(std::string_view root, DiskFreeSpace& space) {
 }
 
 bool volumeInformation(std::string_view root, std::span<char> label, std::span<char> fileSystem) {
-    const auto names = posix::driveSource().names(letterOf(root));
+    const auto names = posix::driveSource().names(posix::driveLetter(root));
     if (!names) {
         posix::driveMissed();
         return false;
@@ -85,11 +75,11 @@ bool volumeInformation(std::string_view root, std::span<char> label, std::span<c
 }
 
 bool setVolumeLabel(std::string_view root, std::string_view label) {
-    return posix::driveSource().setLabel(letterOf(root), label);
+    return posix::driveSource().setLabel(posix::driveLetter(root), label);
 }
 
 bool settleVolume(std::string_view root) {
-    return posix::driveSource().settle(letterOf(root));
+    return posix::driveSource().settle(posix::driveLetter(root));
 }
 
 void releaseVolumes() {

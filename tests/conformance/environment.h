@@ -31,6 +31,10 @@ public:
     /// Takes the drive's medium out and puts it in again: what the system knows of it, it reads anew.
     void readAgain(char letter);
 
+    /// Puts another medium, which is empty, into the drive and returns its folder; the old one's is at
+    /// `.old` beside it.
+    std::filesystem::path exchangeMedium(char letter);
+
     /// Takes the drive away; the folder goes, too.
     void remove(char letter);
 

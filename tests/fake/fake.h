@@ -23,6 +23,7 @@ struct Drive {
     std::uint64_t free = 0;
     std::string label;
     std::string fileSystem;
+    std::string medium = {}; ///< what tells it from others; empty: there is one for each root
 };
 
 struct File {

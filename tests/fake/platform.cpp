@@ -2,6 +2,7 @@
 
 #include "fake.h"
 
+#include "platform/drive_identity.h"
 #include "platform/http.h"
 #include "platform/program_folder.h"
 #include "platform/shell.h"
@@ -71,6 +72,13 @@ bool volumeInformation(std::string_view root, std::span<char> label, std::span<c
     copyText(drive->label, label);
     copyText(drive->fileSystem, fileSystem);
     return true;
+}
+
+DriveIdentity driveIdentity(std::string_view root) {
+    const fake::Drive* const drive = driveOf(root);
+    if (drive == nullptr) return {};
+    if (!drive->medium.empty()) return {drive->medium};
+    return {drive->total == 0 ? std::string() : untilNul(root)};
 }
 
 bool setVolumeLabel(std::string_view root, std::string_view label) {

@@ -61,6 +61,13 @@ std::optional<fs::path> Drives::addSmall(char letter, std::uint64_t bytes) {
 /// What was written into the table is what the program reads.
 void Drives::readAgain(char /*letter*/) {}
 
+fs::path Drives::exchangeMedium(char letter) {
+    const fs::path folder = drives_.at(letter).folder;
+    fs::rename(folder, folder.string() + ".old");
+    fs::create_directory(folder);
+    return folder;
+}
+
 void Drives::remove(char letter) {
     release(drives_.at(letter));
     drives_.erase(letter);

@@ -5,6 +5,7 @@
 #include "platform/volumes.h"
 
 #include "tests/conformance/linux/event_loop.h"
+#include "tests/conformance/linux/temporary_folder.h"
 #include "tests/conformance/linux/udisks_mock.h"
 
 #include <gtest/gtest.h>
@@ -470,6 +471,83 @@ TEST_F(UdisksTable, LabelOfABusyVolume) {
     EXPECT_FALSE(drives.setLabel('D', "NEU"));
     EXPECT_FALSE(calls().contains("SetLabel sdb1"));
     EXPECT_TRUE(isMounted("sdb1"));
+}
+
+/// A stick in that port, a copy of every other one: only the kernel's number tells them apart.
+TEST_F(UdisksTable, IdentityOfCopiesThatFollowEachOther) {
+    const TemporaryFolder devices;
+    const auto plugIn = [&devices](const char* sequence) {
+        std::filesystem::create_directories(devices.path() / "0:17");
+        std::ofstream(devices.path() / "0:17" / "diskseq") << sequence << '\n';
+    };
+    UdisksDrives table("/proc/self/mounts", devices.path());
+    addStick("sdb1", 17);
+    plugIn("5");
+    table.refresh();
+    const std::string first = table.identity('D');
+    EXPECT_NE(first, "");
+    plugIn("6");
+    EXPECT_NE(table.identity('D'), first) << "also before the service has noticed";
+    plugIn("5");
+    EXPECT_EQ(table.identity('D'), first);
+}
+
+TEST_F(UdisksTable, SequenceOfAPartitionIsThatOfItsDisk) {
+    const TemporaryFolder devices;
+    std::filesystem::create_directories(devices.path() / "sdb" / "sdb1");
+    std::filesystem::create_directory_symlink("sdb", devices.path() / "8:16");
+    std::filesystem::create_directory_symlink("sdb/sdb1", devices.path() / "8:17");
+    std::ofstream(devices.path() / "sdb" / "diskseq") << "12\n";
+    EXPECT_EQ(posix::diskSequence(8 * 256 + 16, devices.path()), "12");
+    EXPECT_EQ(posix::diskSequence(8 * 256 + 17, devices.path()), "12");
+    EXPECT_EQ(posix::diskSequence(8 * 256 + 18, devices.path()), "");
+}
+
+TEST_F(UdisksTable, IdentityChangesWithWhatIsInTheDrive) {
+    addStick("sdb1", 17);
+    const std::string first = drives.identity('D');
+    mock.change(blockPath("sdb1"), blockInterface, {{"IdLabel", "NEW"}});
+    drives.refresh();
+    EXPECT_EQ(drives.identity('D'), first) << "a label is no other stick";
+    const QVariantMap changes = {
+        {"IdUUID", "BBBB-0002"}, {"DeviceNumber", quint64{18}}, {"Size", quint64{5'000'000'000}}};
+    for (auto change = changes.begin(); change != changes.end(); ++change) {
+        const std::string before = drives.identity('D');
+        mock.change(blockPath("sdb1"), blockInterface, {{change.key(), change.value()}});
+        drives.refresh();
+        EXPECT_NE(drives.identity('D'), before) << change.key().toStdString();
+    }
+    mock.change(blockPath("sdb1"), blockInterface, {{"Size", quint64{0}}});
+    drives.refresh();
+    EXPECT_EQ(drives.identity('D'), "") << "without a medium";
+    EXPECT_EQ(drives.identity('E'), "");
+    EXPECT_NE(drives.identity('C'), "");
+}
+
+TEST_F(UdisksTable, BlankDiskHasAnIdentity) {
+    mock.add(drivePath("disk"), drive("BLANK"));
+    mock.add(blockPath("sdb"), blankBlock("sdb", 16, "disk"));
+    const std::string blank = drives.identity('D');
+    EXPECT_NE(blank, "");
+    mock.remove(blockPath("sdb"));
+    mock.remove(drivePath("disk"));
+    mock.add(drivePath("other"), drive("OTHER"));
+    mock.add(blockPath("sdb"), blankBlock("sdb", 16, "other"));
+    drives.refresh();
+    ASSERT_EQ(drives.target('D'), "/dev/sdb");
+    EXPECT_NE(drives.identity('D'), blank);
+}
+
+TEST_F(UdisksTable, RootOfAVolumeIsKnownByItsDevice) {
+    addStick("sdb1", mock.mountDevice());
+    addStick("sdc1", mock.mountDevice() + 1);
+    struct stat folder = {};
+    ASSERT_EQ(stat(drives.folder('D')->c_str(), &folder), 0);
+    EXPECT_TRUE(drives.isRoot('D', folder));
+    EXPECT_FALSE(drives.isRoot('E', folder));
+    EXPECT_FALSE(drives.isRoot('F', folder));
+    ASSERT_EQ(stat("/", &folder), 0);
+    EXPECT_TRUE(drives.isRoot('C', folder));
 }
 
 TEST_F(UdisksTable, WithoutTheServiceOnlyTheSystemDrives) {

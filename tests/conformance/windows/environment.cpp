@@ -6,6 +6,8 @@
 
 #include <windows.h>
 
+#include <fstream>
+
 namespace fs = std::filesystem;
 
 namespace conformance {
@@ -73,6 +75,16 @@ void Drives::readAgain(char letter) {
     const Drive& drive = drives_.at(letter);
     wine::undefineDrive(letter);
     wine::defineDrive(letter, drive.type, hostPath(drive.folder.wstring()));
+}
+
+fs::path Drives::exchangeMedium(char letter) {
+    const fs::path folder = drives_.at(letter).folder;
+    fs::rename(folder, folder.string() + ".old");
+    fs::create_directory(folder);
+    std::ofstream(folder / ".windows-serial")
+        << "0815CAFE\n"; // where Wine keeps the serial number of a folder
+    readAgain(letter);
+    return folder;
 }
 
 void Drives::remove(char letter) {

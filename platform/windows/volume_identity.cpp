@@ -1,0 +1,89 @@
+#include "platform/windows/volume_identity.h"
+
+#include "platform/windows/unique_handle.h"
+
+#include <windows.h>
+#include <winioctl.h>
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <optional>
+#include <string_view>
+
+namespace platform::windows {
+
+namespace {
+
+/// The serial number that formatting gave the volume, "-" when it has no file system; no value without a
+/// medium.
+std::optional<std::string> volumeSerial(const std::string& root) {
+    DWORD serial = 0;
+    if (GetVolumeInformationA(root.c_str(), nullptr, 0, &serial, nullptr, nullptr, nullptr, 0) == FALSE) {
+        if (GetLastError() != ERROR_UNRECOGNIZED_VOLUME) return std::nullopt;
+        return "-";
+    }
+    // Not every system finds the medium missing when it is asked for the serial number.
+    if (GetFileAttributesA(root.c_str()) == INVALID_FILE_ATTRIBUTES) return std::nullopt;
+    return std::to_string(serial);
+}
+
+template <typename Answer>
+bool ask(HANDLE device, DWORD question, Answer& answer) {
+    DWORD size = 0;
+    return DeviceIoControl(device, question, nullptr, 0, &answer, sizeof answer, &size, nullptr) != FALSE &&
+           size >= sizeof answer;
+}
+
+std::string deviceNumber(HANDLE device) {
+    STORAGE_DEVICE_NUMBER number{};
+    if (!ask(device, IOCTL_STORAGE_GET_DEVICE_NUMBER, number)) return {};
+    return std::to_string(number.DeviceType) + '.' + std::to_string(number.DeviceNumber) + '.' +
+           std::to_string(number.PartitionNumber);
+}
+
+std::string geometry(HANDLE device) {
+    DISK_GEOMETRY disk{};
+    if (!ask(device, IOCTL_DISK_GET_DRIVE_GEOMETRY, disk)) return {};
+    return std::to_string(disk.Cylinders.QuadPart) + '.' + std::to_string(disk.TracksPerCylinder) + '.' +
+           std::to_string(disk.SectorsPerTrack) + '.' + std::to_string(disk.BytesPerSector);
+}
+
+/// The serial number that the manufacturer gave the disk; empty when it has none.
+std::string diskSerial(HANDLE device) {
+    STORAGE_PROPERTY_QUERY query{};
+    query.PropertyId = StorageDeviceProperty;
+    query.QueryType = PropertyStandardQuery;
+    alignas(STORAGE_DEVICE_DESCRIPTOR) std::array<char, 1024> answer{};
+    DWORD size = 0;
+    if (DeviceIoControl(device, IOCTL_STORAGE_QUERY_PROPERTY, &query, sizeof query, answer.data(),
+                        static_cast<DWORD>(answer.size()), &size, nullptr) == FALSE)
+        return {};
+    STORAGE_DEVICE_DESCRIPTOR descriptor{};
+    if (size < sizeof descriptor) return {};
+    std::memcpy(&descriptor, answer.data(), sizeof descriptor);
+    const std::size_t start = descriptor.SerialNumberOffset;
+    if (start == 0 || start >= size) return {};
+    const std::string_view text(answer.data() + start, std::min<std::size_t>(size, answer.size()) - start);
+    return std::string(text.substr(0, text.find('\0')));
+}
+
+} // namespace
+
+std::string volumeIdentity(char letter) {
+    const std::string root = {letter, ':', '\\'};
+    const auto serial = volumeSerial(root);
+    if (!serial) return {};
+    const std::string name = {'\\', '\\', '.', '\\', letter, ':'};
+    // Who only asks needs no right to read the device.
+    const UniqueHandle device(
+        CreateFileA(name.c_str(), 0, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING, 0, nullptr));
+    std::string identity = *serial;
+    if (device)
+        for (const std::string& fact :
+             {deviceNumber(device.get()), geometry(device.get()), diskSerial(device.get())})
+            identity += '\n' + fact;
+    return identity;
+}
+
+} // namespace platform::windows
