@@ -64,6 +64,9 @@ struct Computer {
     std::function<void()> onPump;
     /// Runs when a window is shown modally, in place of the user.
     std::function<void(toolkit::Form&)> onModal;
+    /// Runs when a window gets a procedure, and when something is done to a tray icon.
+    std::function<void()> onProcedure;
+    std::function<void(platform::NotifyIcon)> onTray;
     /// Shell code by file; 33 where there is none.
     std::map<std::string, int> shellCodes;
     /// What writing to a path comes to.
@@ -90,6 +93,7 @@ struct Computer {
     /// All of it in order: "fetch address", "read address", "load path", "write path", "copy path", "delete
     /// path", "settle root", "pump", "message title", "open file".
     std::vector<std::string> journal;
+    std::map<std::string, std::string> owners; ///< name of the owner of a window that was shown, by its name
     int pumps = 0;
     int quits = 0;
     int driveScans = 0;

@@ -243,6 +243,7 @@ bool startOpenWithChooser(std::string_view commandLine) {
 
 bool shellNotifyIcon(NotifyIcon message, const NotifyIconRecord& record) {
     computer().trayCalls.push_back({message, record});
+    if (computer().onTray) computer().onTray(message);
     return false;
 }
 
@@ -257,6 +258,7 @@ std::intptr_t defaultProcedure(std::intptr_t, std::uint32_t message, std::uintpt
 
 WindowProcedure setWindowProcedure(std::intptr_t window, WindowProcedure next) {
     computer().routedWindows.push_back(window);
+    if (computer().onProcedure) computer().onProcedure();
     const WindowProcedure previous =
         computer().procedure == nullptr ? defaultProcedure : computer().procedure;
     computer().procedure = next;

@@ -19,9 +19,13 @@ public:
     explicit Window(toolkit::Form& form) : form_(form), name_(form.name()) {}
 
     void show(toolkit::Property) override {}
-    void open(FormView*) override { computer().windows.push_back("open " + name_); }
-    void openModal(FormView*) override {
+    void open(FormView* owner) override {
+        computer().windows.push_back("open " + name_);
+        noteOwner(owner);
+    }
+    void openModal(FormView* owner) override {
         computer().windows.push_back("modal " + name_);
+        noteOwner(owner);
         const auto user = computer().onModal;
         if (user) user(form_);
     }
@@ -30,6 +34,11 @@ public:
     toolkit::WindowHandle handle() const override { return windowHandle; }
 
 private:
+    void noteOwner(const FormView* owner) const {
+        const auto* const window = dynamic_cast<const Window*>(owner);
+        computer().owners[name_] = window == nullptr ? "" : window->name_;
+    }
+
     toolkit::Form& form_;
     std::string name_;
 };

@@ -96,6 +96,36 @@ TEST_F(Closing, GoesInOrder) {
         << "the window's own procedure is back";
 }
 
+TEST_F(Closing, TheSettingsAreSavedBeforeTheWindowsOwnProcedureIsBack) {
+    start();
+    const std::size_t hooked = computer().routedWindows.size();
+    std::size_t whenSaved = 0;
+    computer().fails = [&](const std::string& operation) {
+        if (operation.ends_with("Settings.ini")) whenSaved = computer().routedWindows.size();
+        return false;
+    };
+    close();
+    EXPECT_EQ(whenSaved, hooked);
+    EXPECT_EQ(computer().routedWindows.size(), hooked + 1);
+}
+
+TEST_F(Closing, TheRegistryGoesBeforeTheTrayIconAndTheDrivesAfterIt) {
+    start();
+    bool registry = true;
+    bool drives = false;
+    bool mainWindow = false;
+    computer().onTray = [&](platform::NotifyIcon message) {
+        if (message != platform::NotifyIcon::Delete) return;
+        registry = program.Registry != nullptr;
+        drives = program.Drive != nullptr;
+        mainWindow = program.MainWindow != nullptr;
+    };
+    close();
+    EXPECT_FALSE(registry);
+    EXPECT_TRUE(drives);
+    EXPECT_TRUE(mainWindow);
+}
+
 TEST_F(Closing, ReleasesTheProgramWideObjectsAndTheTrayIcon) {
     start();
     close();

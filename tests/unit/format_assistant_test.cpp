@@ -159,6 +159,7 @@ TEST_F(FormatAssistant, BackFromTheSecondStepRetakesTheSnapshot) {
     EXPECT_FALSE(assistant.Command2.enabled());
     computer().drives.erase("D:\\");
     goToSecondStep();
+    EXPECT_TRUE(assistant.Command2.enabled());
     plug("E:\\");
     assistant.Timer1.tick();
     expectThirdStep();

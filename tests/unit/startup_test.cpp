@@ -122,6 +122,18 @@ TEST_F(Startup, TheUpdateCheckRunsOnce) {
     EXPECT_EQ(computer().fetched.size(), fetched);
 }
 
+TEST_F(Startup, TheTimerIsOffAfterTheUpdateCheck) {
+    start();
+    bool running = false;
+    computer().fails = [&](const std::string& operation) {
+        if (operation.starts_with("fetch ")) running = window().Timer1.enabled();
+        return false;
+    };
+    tick();
+    EXPECT_TRUE(running);
+    EXPECT_FALSE(window().Timer1.enabled());
+}
+
 TEST_F(Startup, TheUpdateCheckRunsOnceThoughItsMessageStandsLonger) {
     computer().web.clear();
     start();
@@ -138,6 +150,18 @@ TEST_F(Startup, TheWindowIsRoutedThroughTheProgramsProcedure) {
     start();
     EXPECT_EQ(computer().routedWindows, std::vector<std::intptr_t>{fake::windowHandle});
     EXPECT_NE(computer().procedure, nullptr);
+}
+
+TEST_F(Startup, TheSearchIsShownOnceDevicesAreListenedTo) {
+    std::string state;
+    std::string button;
+    computer().onProcedure = [&] {
+        state = program.MainWindow->StatusBar1.panel(2).text();
+        button = program.MainWindow->cmdChoose.caption();
+    };
+    start();
+    EXPECT_EQ(state, "");
+    EXPECT_EQ(button, "Starte Update");
 }
 
 TEST_F(Startup, AMissingPictureIsTheEnd) {
@@ -170,6 +194,15 @@ TEST_F(Startup, EveryControlCanBeFoundByItsName) {
           "cmdSaveOnStick", "chkAuto",       "Frame4",         "cmdtest",         "mnuPopup_0",
           "mnuPopup_3"})
         EXPECT_NE(window().find(name), nullptr) << name;
+}
+
+TEST_F(Startup, TheMainWindowOwnsTheAssistantAndTheDriveDialog) {
+    plugIn("E:\\");
+    start();
+    click(window().cmdtest);
+    EXPECT_EQ(computer().owners["frmMain"], "");
+    EXPECT_EQ(computer().owners["Form1"], "frmMain");
+    EXPECT_EQ(computer().owners["frmAuswahl"], "frmMain");
 }
 
 class PopupMenu : public MainWindow {};

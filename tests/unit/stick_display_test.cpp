@@ -64,6 +64,15 @@ TEST_F(StickDisplay, ShowsThatThereIsNoStickAndKeepsTheLetter) {
     EXPECT_EQ(computer().trayCalls.size(), trayCalls);
 }
 
+TEST_F(StickDisplay, ShowsTheFileSystemOfTheStickWhoseLabelItShows) {
+    start();
+    computer().drives["D:\\"].label = "NEW";
+    computer().drives["D:\\"].fileSystem = "exFAT";
+    search();
+    EXPECT_EQ(window().txtDT_Cap.text(), "NEW");
+    EXPECT_EQ(window().txtFAT.text(), "exFAT");
+}
+
 TEST_F(StickDisplay, AStickEnablesTheButtonWhateverTheOnlineState) {
     computer().web.clear();
     startOnline();
@@ -112,6 +121,16 @@ TEST_F(StandardPath, OfAnEmptyProfileIsEmpty) {
     EXPECT_EQ(path(), "");
 }
 
+TEST_F(StandardPath, OfAnEmptyProfileIsEmptyAlsoAfterAFilledOne) {
+    putFile("D:\\USB.ini", "[Open]\r\nDir=a\r\n");
+    start();
+    ASSERT_EQ(path(), "a");
+    putFile("D:\\USB.ini", "");
+    search();
+    EXPECT_EQ(path(), "");
+    EXPECT_EQ(drive().mp_StandardPfad(), "");
+}
+
 TEST_F(StandardPath, OfTheLastStickStaysWhenTheNextHasNone) {
     putFile("D:\\USB.ini", "[Open]\r\nDir=a\r\n");
     start();
@@ -149,6 +168,14 @@ TEST_F(StandardPath, OfAStickChosenInTheDialogIsThatOfAnEarlierPass) {
     plugIn("E:\\");
     putFile("E:\\USB.ini", "[Open]\r\nDir=e\r\n");
     computer().onModal = [this](toolkit::Form&) { drive().ChooseUSB_Info("E:\\"); };
+    search();
+    EXPECT_EQ(path(), "d");
+}
+
+TEST_F(StandardPath, IsTheSticksAlthoughTheSettingsWereReadBefore) {
+    putFile("/opt/tool\\Settings.ini", "[USB Tool]\r\nchkAuto=1\r\ncmbSize=0\r\n");
+    start();
+    putFile("D:\\USB.ini", "[Open]\r\nDir=d\r\n");
     search();
     EXPECT_EQ(path(), "d");
 }

@@ -248,6 +248,15 @@ TEST_F(StickUpdate, WithoutAReceiverItIsAnError) {
     EXPECT_EQ(computer().messages.size(), 1U) << "it is not even asked";
 }
 
+TEST_F(StickUpdate, TheSpaceIsLookedAtBeforeTheReceiver) {
+    window().SelectedFirmware = -1;
+    free(4 * MB);
+    update();
+    ASSERT_EQ(computer().messages.size(), 1U);
+    EXPECT_EQ(box(0).title, "Zuwenig Speicher verfügbar !");
+    EXPECT_FALSE(ended());
+}
+
 TEST_F(StickUpdate, AChannelListOutOfBoundsIsAnError) {
     window().SelectedSettings = 5;
     update();

@@ -60,6 +60,16 @@ TEST_F(UpdateCheck, WithoutAStickTheButtonStaysDisabled) {
     EXPECT_FALSE(window().cmdChoose.enabled());
 }
 
+TEST_F(UpdateCheck, OfAStickThatIsGoneTheLetterIsLeftAndTheButtonStaysDisabled) {
+    start();
+    event([this] { window().chkAuto.setValue(1); });
+    deviceGoes();
+    ASSERT_EQ(window().lblLW.caption(), "D:\\");
+    tick();
+    EXPECT_EQ(window().cmdChoose.caption(), "Starte Update");
+    EXPECT_FALSE(window().cmdChoose.enabled());
+}
+
 TEST_F(UpdateCheck, TheButtonIsDisabledWhileItRuns) {
     start();
     window().cmdChoose.setEnabled(true);
@@ -190,6 +200,26 @@ TEST_F(UpdateCheck, NoConnectionIsReportedAndTheRestKeepsWorking) {
         EXPECT_FALSE(window().Firm_Option[i].enabled());
     click(window().cmdSearch);
     EXPECT_FALSE(ended());
+}
+
+TEST_F(UpdateCheck, NoConnectionIsShownAlsoWhenAStickComesWhileTheBoxIsUp) {
+    computer().web.clear();
+    pullOut("D:\\");
+    start();
+    event([this] { window().chkAuto.setValue(1); });
+    bool shown = false;
+    computer().answer = [&](const fake::Message&) {
+        plugIn("D:\\");
+        deviceArrives();
+        shown = window().cmdChoose.enabled() && window().cmdChoose.caption() == "Starte Update";
+        return 1;
+    };
+    tick();
+    EXPECT_TRUE(shown);
+    EXPECT_EQ(window().lblLW.caption(), "D:\\");
+    EXPECT_EQ(panel().text(), "Keine Internetverbindung");
+    EXPECT_EQ(window().cmdChoose.caption(), "Keine Verbindung");
+    EXPECT_FALSE(window().cmdChoose.enabled());
 }
 
 TEST_F(UpdateCheck, AnEmptyVersionFileIsNoConnection) {

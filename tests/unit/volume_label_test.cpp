@@ -1,6 +1,7 @@
 // A drive's facts, and giving the stick another label.
 
 #include "main_window.h"
+#include "recording_view.h"
 
 using unit::GB;
 using unit::MainWindow;
@@ -46,6 +47,15 @@ TEST_F(VolumeLabel, TwelveCharactersAreRefusedAndSelectedFromTheTwelfthOn) {
     rename("ÄÖÜäöüßÄÖÜäöüß");
     EXPECT_EQ(window().txtDT_Cap.selection(), (toolkit::TextBox::Selection{11, 3}));
     EXPECT_EQ(label(), "STICK");
+}
+
+TEST_F(VolumeLabel, ARefusedOneHasTheKeyboardAfterItsSelection) {
+    unit::RecordingView view;
+    window().txtDT_Cap.setText("123456789012");
+    window().txtDT_Cap.attach(&view);
+    click(window().Command1);
+    window().txtDT_Cap.attach(nullptr);
+    EXPECT_EQ(view.shown, (std::vector{toolkit::Property::Selection, toolkit::Property::Focus}));
 }
 
 TEST_F(VolumeLabel, CharactersAreNotChecked) {
