@@ -117,7 +117,7 @@ int RegistryFile::adopt(UniqueFd file) {
 }
 
 int RegistryFile::readFrom(std::uint64_t position, std::string& bytes) const {
-    bytes.resize(size_ > position ? size_ - position : 0);
+    bytes.resize(size_ > position ? static_cast<std::size_t>(size_ - position) : 0);
     std::size_t filled = 0;
     while (filled < bytes.size()) {
         const ssize_t got = pread(file_.get(), bytes.data() + filled, bytes.size() - filled,
