@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Installs what a task needs and this machine lacks: scripts/setup.sh GROUP...
-# Groups: program, tests, style, windows, hardware. Every package the project uses is named here, once; README.md tells
-# what each is for.
+# Groups: program, tests, style, windows, hardware, portability, makefiles. Every package the project uses is named here,
+# once; README.md tells what each is for.
 set -euo pipefail
 
 declare -A packages=(
@@ -11,6 +11,8 @@ declare -A packages=(
   [style]="clang-format-14 clang-tidy-14"
   [windows]="g++-mingw-w64-x86-64-posix googletest wine wine64 xvfb xauth imagemagick"
   [hardware]="qemu-system-x86 debootstrap dosfstools mtools e2fsprogs exfatprogs ntfs-3g fdisk"
+  [portability]="debootstrap clang-14"
+  [makefiles]="make"
 )
 
 missing=()
@@ -33,9 +35,21 @@ if [ "$(id -u)" -ne 0 ]; then
 fi
 log=$(mktemp)
 trap 'rm -f "$log"' EXIT
-if ! { "${as_root[@]}" apt-get update &&
-       "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive \
-         apt-get install -y --no-install-recommends "${missing[@]}"; } >"$log" 2>&1; then
+
+# Another package manager may be at work, as on a machine that has just been set up; this is how long it is waited for.
+patience=900 # seconds
+
+# apt itself waits for what dpkg locks, but not for its own lists and packages.
+apt() {
+  local end=$((SECONDS + patience))
+  until "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive LC_ALL=C \
+    apt-get -o DPkg::Lock::Timeout="$patience" "$@" >"$log" 2>&1; do
+    grep -q '^E: Could not get lock' "$log" && [ "$SECONDS" -lt "$end" ] || return 1
+    sleep 1
+  done
+}
+
+if ! { apt update && apt install -y --no-install-recommends "${missing[@]}"; }; then
   cat "$log" >&2
   echo "The packages could not be installed: ${missing[*]}" >&2
   exit 1
