@@ -27,11 +27,11 @@ ROOT = Path(__file__).resolve().parent.parent.parent
 PROGRAM = "orvanta-usbtool.exe"
 TOOLS = "x86_64-w64-mingw32-"
 LARGEST_PROGRAM = 3_000_000  # bytes
-# Parts of Windows 10 and 11 itself.
+# Libraries of Windows 10 and 11 that are never looked for beside the program: Windows keeps them on its list of known
+# ones, or, COMCTL32, the program's manifest binds them. All others are loaded when they are first used.
 SYSTEM_LIBRARIES = {
-    "activeds.dll", "advapi32.dll", "comctl32.dll", "comdlg32.dll", "gdi32.dll", "gdiplus.dll", "kernel32.dll",
-    "msvcrt.dll", "ole32.dll", "oleaut32.dll", "oleacc.dll", "shell32.dll", "shlwapi.dll", "user32.dll",
-    "uxtheme.dll", "windowscodecs.dll", "wininet.dll",
+    "advapi32.dll", "comctl32.dll", "comdlg32.dll", "gdi32.dll", "gdiplus.dll", "kernel32.dll", "msvcrt.dll",
+    "ole32.dll", "oleaut32.dll", "shell32.dll", "shlwapi.dll", "user32.dll",
 }
 FIRST_TIME = 315_532_800  # 1980; a ZIP archive knows none before
 

@@ -39,6 +39,13 @@ private:
     HRESULT result_;
 };
 
+/// From here on libraries come from the system's folder: never from the program's, where a download may have
+/// put one, and never from the current one.
+/// https://learn.microsoft.com/windows/win32/api/libloaderapi/nf-libloaderapi-setdefaultdlldirectories
+void trustSystemLibrariesOnly() {
+    SetDefaultDllDirectories(LOAD_LIBRARY_SEARCH_SYSTEM32);
+}
+
 void loadControlClasses() {
     INITCOMMONCONTROLSEX classes{};
     classes.dwSize = sizeof classes;
@@ -49,6 +56,7 @@ void loadControlClasses() {
 } // namespace
 
 Ending run(int /*argc*/, char** /*argv*/, const std::function<void()>& start) {
+    trustSystemLibrariesOnly();
     resetEnding();
     win32::startLoops();
     const ComApartment apartment;
