@@ -90,7 +90,8 @@ class Program(PluginWindow, LocalProgram):
     def set_drives(self, drives):
         self.write("Drives.ini", "".join(drive.section() for drive in drives).encode("cp1252"))
 
-    def _make_environment(self):
+    def environment(self):
+        """What the program is started with."""
         values = dict(os.environ)
         for name in ("DISPLAY", "WAYLAND_DISPLAY", "http_proxy", "https_proxy", "all_proxy", "HTTP_PROXY",
                      "HTTPS_PROXY", "ALL_PROXY", "SESSION_MANAGER", "QT_STYLE_OVERRIDE", "QT_QPA_PLATFORMTHEME"):
@@ -110,6 +111,10 @@ class Program(PluginWindow, LocalProgram):
                 values[name] = str(value)
         return values
 
+    def set_environment(self, changes):
+        """For the next start; arguments as of the constructor."""
+        self._environment |= changes
+
     def _screen(self):
         description = self.home / "screen.json"
         description.write_text(json.dumps({
@@ -121,7 +126,7 @@ class Program(PluginWindow, LocalProgram):
 
     def start(self):
         (self.home / "runtime").mkdir(mode=0o700, exist_ok=True)
-        self._launch([str(self.executable)], self._make_environment())
+        self._launch([str(self.executable)], self.environment())
         self._connect()
 
     def _connect(self):

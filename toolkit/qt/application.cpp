@@ -6,6 +6,7 @@
 #include "toolkit/qt/form.h"
 #include "toolkit/qt/german_texts.h"
 #include "toolkit/qt/picture.h"
+#include "toolkit/qt/plugin_folders.h"
 
 #include <QApplication>
 #include <QSessionManager>
@@ -51,6 +52,7 @@ Ending run(int argc, char** argv, const std::function<void()>& start) {
     resetEnding();
     quitting = false;
     loadResources();
+    qt::distrustPluginsBesideTheProgram();
     QApplication application(argc, argv);
     describe(application);
     qt::GermanTexts germanTexts;
