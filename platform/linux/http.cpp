@@ -3,7 +3,7 @@
 #include "platform/http.h"
 
 #include "platform/http_address.h"
-#include "platform/linux/http_timeouts.h"
+#include "platform/http_timeouts.h"
 
 #include <curl/curl.h>
 
@@ -48,11 +48,6 @@ private:
 
 } // namespace
 
-posix::HttpTimeouts& posix::httpTimeouts() {
-    static HttpTimeouts timeouts;
-    return timeouts;
-}
-
 struct InternetSession::State {
     std::string agent;
     bool systemProxy = true;
@@ -81,7 +76,7 @@ struct InternetRequest::State {
     CURLM* multi = nullptr; // of its own: one request's reading moves no other
     CURL* easy = nullptr;
     std::unique_ptr<curl_slist, ListDeleter> headers;
-    posix::HttpTimeouts timeouts = posix::httpTimeouts();
+    HttpTimeouts timeouts = httpTimeouts();
     std::string received;
     std::size_t handedOut = 0;
     std::size_t limit = readAhead; ///< of what is received and not handed out; at least what is asked for

@@ -2,7 +2,7 @@
 #include "platform/http.h"
 
 #include "platform/http_address.h"
-#include "platform/linux/http_timeouts.h"
+#include "platform/http_timeouts.h"
 #include "tests/conformance/environment_server.h"
 
 #include <dlfcn.h>
@@ -61,11 +61,11 @@ HangingResolver hangingResolver;
 class HttpLimits : public testing::Test {
 protected:
     void SetUp() override {
-        posix::httpTimeouts() = {.connect = 1s, .silence = 1s};
+        httpTimeouts() = {.connect = 1s, .silence = 1s};
         begin_ = std::chrono::steady_clock::now();
     }
     void TearDown() override {
-        posix::httpTimeouts() = {};
+        httpTimeouts() = {};
         unsetenv("http_proxy");
         unsetenv("no_proxy");
         EXPECT_LT(elapsed(), longTime);
@@ -103,8 +103,8 @@ extern "C" int getaddrinfo(const char* name, const char* service, const addrinfo
 }
 
 TEST(HttpTimeouts, AreThoseTheProgramPromises) {
-    EXPECT_EQ(posix::httpTimeouts().connect, 60s);
-    EXPECT_EQ(posix::httpTimeouts().silence, 30s);
+    EXPECT_EQ(httpTimeouts().connect, 60s);
+    EXPECT_EQ(httpTimeouts().silence, 30s);
 }
 
 TEST_F(HttpLimits, ServerThatAcceptsAndSaysNothing) {
@@ -118,7 +118,7 @@ TEST_F(HttpLimits, ServerThatFallsSilentInMidFile) {
 }
 
 TEST_F(HttpLimits, SlowServerIsNotASilentOne) {
-    posix::httpTimeouts().silence = 2s;
+    httpTimeouts().silence = 2s;
     EXPECT_EQ(fetch(server.url("/slow/8/1/400")).size(), 8U);
     EXPECT_GE(elapsed(), 2s) << "longer than the time-out in all, never at a stretch";
 }

@@ -3,7 +3,7 @@
 
 #include <chrono>
 
-namespace platform::posix {
+namespace platform {
 
 struct HttpTimeouts {
     /// From the look-up of the name to a connection that can be used.
@@ -16,4 +16,4 @@ struct HttpTimeouts {
 /// long.
 HttpTimeouts& httpTimeouts();
 
-} // namespace platform::posix
+} // namespace platform
