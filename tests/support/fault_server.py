@@ -3,17 +3,23 @@
 
 As a module: a FaultServer whose paths are given behaviours (`server.set("/a.txt", body(b"..."))`) and which keeps the
 requests it was sent. As a program: the behaviours of PATHS by the first part of the path ("/bytes/1000"); it prints its
-own port, a port that refuses connections and a port that never answers one, and ends when its standard input does.
+own port, a port that refuses connections, a port that never answers one and a port for https, then on a line of its own
+the file of the certificate to trust there, and ends when its standard input does.
 """
 
 import fcntl
+import gzip
 import http.server
 import socket
+import ssl
 import struct
+import subprocess
 import sys
+import tempfile
 import termios
 import threading
 import time
+from pathlib import Path
 from typing import NamedTuple
 
 PATTERN_PERIOD = 251  # a prime: no piece of the body looks like its neighbour at a power of two
@@ -122,6 +128,46 @@ def redirect(location, status=302, content=b"moved"):
     return body(content, status, [("Location", location)])
 
 
+def redirect_nowhere(status=302, content=b"moved nowhere", headers=()):
+    """A redirect that does not say where to."""
+    return body(content, status, headers)
+
+
+def slow_head(interval):
+    """A header without end, a character every `interval` seconds; as fast as it is read when that is 0."""
+
+    def answer(handler):
+        handler.wfile.write(b"HTTP/1.1 200 OK\r\n")
+        piece = b"X-More: and more\r\n" * (1 if interval else 1000)
+        while not handler.server.stopping.is_set():
+            for part in ([piece[i : i + 1] for i in range(len(piece))] if interval else [piece]):
+                handler.wfile.write(part)
+                if handler.server.stopping.wait(interval):
+                    return
+
+    return answer
+
+
+def transfer_gzip(content):
+    """Compressed for the way, which nobody asked for."""
+
+    def answer(handler):
+        handler.send_head(None, headers=[("Transfer-Encoding", "gzip")])
+        handler.wfile.write(content)
+
+    return answer
+
+
+def login(scheme):
+    """A page for those who have logged in; any other is asked to, and told what came of the login."""
+
+    def answer(handler):
+        given = handler.headers.get("Authorization", "none")
+        body(b"login: " + given.encode("latin-1"), 401, [("WWW-Authenticate", scheme)])(handler)
+
+    return answer
+
+
 def slow(content, piece, interval):
     """`piece` bytes every `interval` seconds."""
 
@@ -143,6 +189,11 @@ def headless(content):
 # Behaviours by path, for who cannot set them: "/name/argument/argument...".
 
 
+def compressed(length):
+    """gzip of a body of `length` bytes, the same bytes each time."""
+    return gzip.compress(pattern(length), mtime=0)
+
+
 def _redirect_chain(count):
     return redirect("/redirects/%d" % (int(count) - 1) if int(count) > 1 else "/bytes/100")
 
@@ -153,6 +204,8 @@ PATHS = {
     "status": lambda status: body(b"page of status " + status.encode(), int(status)),
     "echo": lambda *_: echo(),
     "encoded": lambda length: body(pattern(int(length)), headers=[("Content-Encoding", "gzip")]),
+    "gzip": lambda length: body(compressed(int(length)), headers=[("Content-Encoding", "gzip")]),
+    "transfer-gzip": lambda length: transfer_gzip(compressed(int(length))),
     "silent": silent,
     "silent-after": lambda length: silent(pattern(int(length)), int(length) + 1),
     "truncated": lambda length: truncated(pattern(int(length)), int(length) + 1000),
@@ -163,13 +216,23 @@ PATHS = {
     "redirect-loop": lambda: redirect("/redirect-loop"),
     "redirect-file": lambda: redirect("file:///etc/passwd"),
     "redirect-ftp": lambda: redirect("ftp://127.0.0.1/file"),
+    "redirect-nowhere": lambda status: redirect_nowhere(int(status)),
+    "redirect-empty": lambda status: redirect_nowhere(int(status), headers=[("Location", "")]),
+    "redirect-status": lambda status: redirect("/bytes/100", int(status)),
+    "cookie": lambda: body(b"here is a cookie", headers=[("Set-Cookie", "crumb=sweet; path=/; max-age=3600")]),
+    "cacheable": lambda: body(b"keep this", headers=[("Cache-Control", "public, max-age=3600")]),
+    "login": login,
+    "announced": lambda length, announced: truncated(pattern(int(length)), int(announced)),
+    "slow-head": lambda milliseconds: slow_head(int(milliseconds) / 1000),
     "slow": lambda length, piece, milliseconds: slow(pattern(int(length)), int(piece), int(milliseconds) / 1000),
     "headless": lambda: headless(b"no status line\r\n\r\nand no header"),
 }
 
 
 def behaviour_of_path(path):
-    """The behaviour that a path of PATHS names; an error page for any other."""
+    """The behaviour that a path of PATHS names, or "/redirect-to?ADDRESS"; an error page for any other."""
+    if path.startswith("/redirect-to?"):
+        return redirect(path.partition("?")[2])
     name, *arguments = path.partition("?")[0].strip("/").split("/")
     try:
         return PATHS[name](*arguments)
@@ -226,11 +289,16 @@ class _Server(http.server.ThreadingHTTPServer):
     daemon_threads = True
     request_queue_size = 64
 
-    def __init__(self, owner, port):
+    def __init__(self, owner, port, certificate):
         self.owner = owner
         self.stopping = threading.Event()
         self.reset_sockets = set()
         super().__init__(("127.0.0.1", port), _Handler)
+        if certificate is not None:
+            context = ssl.SSLContext(ssl.PROTOCOL_TLS_SERVER)
+            context.load_cert_chain(*certificate)
+            # The handshake is left to the connection's own thread.
+            self.socket = context.wrap_socket(self.socket, server_side=True, do_handshake_on_connect=False)
 
     def behaviour(self, path):
         return self.owner.behaviour(path)
@@ -252,14 +320,25 @@ class _Server(http.server.ThreadingHTTPServer):
         pass  # a client that goes away is what the tests are about
 
 
-class FaultServer:
-    """The server, in a thread of its own from the moment it is made until stop() or the end of a `with` block."""
+def make_certificate(folder):
+    """A certificate for this machine that nobody has signed but itself, and its key: two files, good for two days."""
+    certificate, key = Path(folder) / "certificate.pem", Path(folder) / "key.pem"
+    subprocess.run(["openssl", "req", "-x509", "-newkey", "ec", "-pkeyopt", "ec_paramgen_curve:prime256v1", "-nodes",
+                    "-subj", "/CN=localhost", "-addext", "subjectAltName=DNS:localhost", "-days", "2",
+                    "-keyout", key, "-out", certificate], check=True, capture_output=True)
+    return certificate, key
 
-    def __init__(self, behaviours=None, port=0):
+
+class FaultServer:
+    """The server, in a thread of its own from the moment it is made until stop() or the end of a `with` block. With a
+    certificate, as make_certificate() returns it, it is one for https."""
+
+    def __init__(self, behaviours=None, port=0, certificate=None):
         self._lock = threading.Lock()
         self._behaviours = dict(behaviours or {})
         self._requests = []
-        self._server = _Server(self, port)
+        self._scheme_and_host = "http://127.0.0.1" if certificate is None else "https://localhost"
+        self._server = _Server(self, port, certificate)
         self.port = self._server.server_address[1]
         self._thread = threading.Thread(target=self._server.serve_forever, args=(0.05,), daemon=True)
         self._thread.start()
@@ -271,7 +350,7 @@ class FaultServer:
         self.stop()
 
     def url(self, path=""):
-        return "http://127.0.0.1:%d%s" % (self.port, path)
+        return "%s:%d%s" % (self._scheme_and_host, self.port, path)
 
     def set(self, path, behaviour):
         """What a path (with its query, if it has one) answers from now on; bytes stand for a regular body."""
@@ -341,10 +420,14 @@ class DeafPort:
 
 
 def main():
-    with FaultServer() as server:
+    with tempfile.TemporaryDirectory(prefix="fault-server-") as folder, FaultServer() as server:
+        certificate = make_certificate(folder)
+        secure = FaultServer(certificate=certificate)
         refused, deaf = RefusedPort(), DeafPort()
-        print(server.port, refused.port, deaf.port, flush=True)
+        print(server.port, refused.port, deaf.port, secure.port)
+        print(certificate[0], flush=True)
         sys.stdin.read()
+        secure.stop()
         refused.close()
         deaf.close()
 

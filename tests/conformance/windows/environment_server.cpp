@@ -26,7 +26,8 @@ std::string serverCommand(const std::string& folder) {
 
 struct FaultServer::State {
     fs::path folder;
-    std::array<std::string, 3> ports; // its own, one that refuses, one that is deaf
+    std::array<std::string, 4> ports; // its own, one that refuses, one that is deaf, one for https
+    std::string certificate;
 
     State() : folder(fs::temp_directory_path() / ("server-" + std::to_string(GetCurrentProcessId()))) {
         fs::remove_all(folder);
@@ -48,7 +49,8 @@ struct FaultServer::State {
         constexpr DWORD pause = 5; // milliseconds
         for (int i = 0; i < looks; ++i) {
             std::ifstream file(folder / "ports");
-            if (file >> ports[0] >> ports[1] >> ports[2] && file.get() == '\n') return;
+            file >> ports[0] >> ports[1] >> ports[2] >> ports[3] >> std::ws;
+            if (std::getline(file, certificate) && !file.eof()) return;
             Sleep(pause);
         }
         throw std::runtime_error("the fault server does not name its ports");
@@ -65,6 +67,14 @@ FaultServer::~FaultServer() = default;
 
 std::string FaultServer::url(std::string_view path) const {
     return state_->url(0, path);
+}
+
+std::string FaultServer::secureUrl(std::string_view path) const {
+    return "https://localhost:" + state_->ports[3] + std::string(path);
+}
+
+std::string FaultServer::certificate() const {
+    return "Z:" + state_->certificate;
 }
 
 std::string FaultServer::refusedUrl() const {
