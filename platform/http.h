@@ -1,5 +1,7 @@
 // Fetching by HTTP. Time-outs: 60 s to connect, 30 s without a byte. Redirects are followed, 10 at the most;
-// nothing but http and https is fetched, redirects included. An error page is content like any other.
+// nothing but http and https is fetched, redirects included, and none leads from https to http. An error page
+// is content like any other, and so is a redirect that does not say where to. What is compressed stays so.
+// Nothing is kept of what a server says: no cookies, no cached files; and nobody logs in by itself.
 #pragma once
 
 #include <cstddef>

@@ -43,6 +43,11 @@ bool startsWithNoCase(std::string_view text, std::string_view prefix) {
                       [](char left, char right) { return lower(left) == lower(right); });
 }
 
+bool mayLeadTo(std::string_view from, std::string_view to) {
+    constexpr std::string_view secure = "https://";
+    return !startsWithNoCase(from, secure) || startsWithNoCase(to, secure);
+}
+
 std::optional<std::string> httpAddress(std::string_view address) {
     for (const std::string_view scheme : {"http://", "https://"})
         if (startsWithNoCase(address, scheme) && address.size() > scheme.size()) return escaped(address);

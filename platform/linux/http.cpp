@@ -23,6 +23,7 @@ constexpr long receiveBufferSize = 512L * 1024;  // few calls a megabyte
 constexpr std::size_t readAhead = 1024UL * 1024; // a fast server fills many times curl's buffer in one go
 constexpr long maxRedirects = 10;
 constexpr const char* allowedProtocols = "http,https";
+constexpr const char* secureProtocol = "https";
 
 struct ListDeleter {
     void operator()(curl_slist* list) const { curl_slist_free_all(list); }
@@ -69,6 +70,7 @@ struct InternetRequest::State {
 
     void configure(const std::string& address, const std::string& agent, bool systemProxy);
     void forgetCaches();
+    void stayOnSecureServers();
     void begin();
     void fill(std::size_t wanted);
     std::size_t take(std::span<char> buffer);
@@ -122,6 +124,8 @@ void InternetRequest::State::configure(const std::string& address, const std::st
     curl_easy_setopt(easy, CURLOPT_FOLLOWLOCATION, 1L);
     curl_easy_setopt(easy, CURLOPT_MAXREDIRS, maxRedirects);
     curl_easy_setopt(easy, CURLOPT_NOSIGNAL, 1L);
+    // What a server compresses unasked stays so, also when it says that it is for the way only.
+    curl_easy_setopt(easy, CURLOPT_HTTP_CONTENT_DECODING, 0L);
     curl_easy_setopt(easy, CURLOPT_BUFFERSIZE, receiveBufferSize);
     curl_easy_setopt(easy, CURLOPT_CONNECTTIMEOUT_MS, static_cast<long>(timeouts.connect.count()));
     // A name server that says nothing holds its thread longer than the time-out; do not wait for that thread.
@@ -136,6 +140,14 @@ void InternetRequest::State::forgetCaches() {
             headers.reset(longer);
         }
     curl_easy_setopt(easy, CURLOPT_HTTPHEADER, headers.get());
+}
+
+/// Once a server is one by https, no redirect leads to one that is not.
+void InternetRequest::State::stayOnSecureServers() {
+    const char* scheme = nullptr;
+    curl_easy_getinfo(easy, CURLINFO_SCHEME, &scheme);
+    if (scheme != nullptr && startsWithNoCase(scheme, secureProtocol))
+        curl_easy_setopt(easy, CURLOPT_REDIR_PROTOCOLS_STR, secureProtocol);
 }
 
 void InternetRequest::State::begin() {
@@ -182,8 +194,10 @@ int InternetRequest::State::onSocket(void* request, curl_socket_t /*socket*/, cu
 
 int InternetRequest::State::onConnected(void* request, char* /*remote*/, char* /*local*/, int /*remotePort*/,
                                         int /*localPort*/) {
-    static_cast<State*>(request)->connecting = false;
-    static_cast<State*>(request)->noteArrival();
+    auto& self = *static_cast<State*>(request);
+    self.connecting = false;
+    self.noteArrival();
+    self.stayOnSecureServers();
     return CURL_PREREQFUNC_OK;
 }
 

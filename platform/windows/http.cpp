@@ -8,7 +8,6 @@
 #include <wininet.h>
 
 #include <algorithm>
-#include <array>
 #include <optional>
 #include <string>
 #include <utility>
@@ -50,29 +49,35 @@ DWORD status(HINTERNET request) {
 }
 
 bool isRedirect(DWORD status) {
-    constexpr std::array<DWORD, 5> redirects = {301, 302, 303, 307, 308};
-    return std::find(redirects.begin(), redirects.end(), status) != redirects.end();
+    return status / 100 == 3;
 }
 
-/// Where a redirect leads; no value when it names nothing.
-std::optional<std::string> redirectTarget(HINTERNET request, const std::string& address) {
-    std::string location(longestAddress, '\0');
+/// A header of the answer; empty when it has none of that kind.
+std::string header(HINTERNET request, DWORD which) {
+    std::string text(longestAddress, '\0');
     DWORD size = longestAddress;
-    if (HttpQueryInfoA(request, HTTP_QUERY_LOCATION, location.data(), &size, nullptr) == FALSE)
-        return std::nullopt;
+    if (HttpQueryInfoA(request, which, text.data(), &size, nullptr) == FALSE) return {};
+    text.resize(size);
+    return text;
+}
+
+/// Where a redirect leads; no value when that is nowhere it may lead.
+std::optional<std::string> redirectTarget(const std::string& location, const std::string& address) {
     std::string target(longestAddress, '\0');
     DWORD length = longestAddress;
     if (InternetCombineUrlA(address.c_str(), location.c_str(), target.data(), &length, ICU_BROWSER_MODE) ==
         FALSE)
         return std::nullopt;
     target.resize(length);
-    return httpAddress(target);
+    return mayLeadTo(address, target) ? httpAddress(target) : std::nullopt;
 }
 
-/// "Past every cache" means those on the way, too, which the library does not ask for on every system.
+/// "Past every cache" means those on the way, too, which the library does not ask for on every system. And it
+/// keeps nothing of what it sees: no cookies, no files, and no name is given to a server that asks for one.
 DWORD libraryFlags(std::uint32_t flags) {
     const DWORD reload = (flags & internetFlagReload) != 0 ? INTERNET_FLAG_PRAGMA_NOCACHE : 0;
-    return flags | reload | INTERNET_FLAG_NO_AUTO_REDIRECT;
+    return flags | reload | INTERNET_FLAG_NO_AUTO_REDIRECT | INTERNET_FLAG_NO_COOKIES |
+           INTERNET_FLAG_NO_CACHE_WRITE | INTERNET_FLAG_NO_AUTH;
 }
 
 } // namespace
@@ -102,14 +107,14 @@ InternetRequest::InternetRequest(InternetSession& session, std::string_view url,
         Handle handle(InternetOpenUrlA(session.state_->handle.get(), address->c_str(), nullptr, 0,
                                        libraryFlags(flags), 0));
         if (!handle) return;
-        const bool leadsOn = isRedirect(status(handle.get()));
-        const auto target = leadsOn ? redirectTarget(handle.get(), *address) : std::nullopt;
-        if (!leadsOn) {
+        const std::string location =
+            isRedirect(status(handle.get())) ? header(handle.get(), HTTP_QUERY_LOCATION) : std::string();
+        if (location.empty()) {
             state_ = std::make_unique<State>();
             state_->handle = std::move(handle);
             return;
         }
-        address = target;
+        address = redirectTarget(location, *address);
     }
 }
 

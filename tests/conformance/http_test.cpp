@@ -18,8 +18,14 @@ constexpr std::size_t readSize = 2048; // what the program reads at a time
 
 class Http : public testing::Test {
 protected:
-    static void SetUpTestSuite() { server = std::make_unique<FaultServer>(); }
-    static void TearDownTestSuite() { server.reset(); }
+    static void SetUpTestSuite() {
+        server = std::make_unique<FaultServer>();
+        trust = std::make_unique<conformance::TrustedCertificate>(server->certificate());
+    }
+    static void TearDownTestSuite() {
+        trust.reset();
+        server.reset();
+    }
 
     /// Everything an address gives, by reads of the program's size.
     static std::string fetch(const std::string& url, std::uint32_t flags = internetFlagReload) {
@@ -38,9 +44,12 @@ protected:
     }
 
     static std::unique_ptr<FaultServer> server;
+    /// From the start: a system may look at what it trusts only once.
+    static std::unique_ptr<conformance::TrustedCertificate> trust;
 };
 
 std::unique_ptr<FaultServer> Http::server;
+std::unique_ptr<conformance::TrustedCertificate> Http::trust;
 
 std::string pattern(std::size_t length) {
     std::string text(length, '\0');
@@ -169,6 +178,28 @@ TEST_F(Http, NoEncodingIsAskedForOrUndone) {
     EXPECT_EQ(fetchPath("/encoded/500"), pattern(500));
 }
 
+TEST_F(Http, WhatIsCompressedAllTheSameStaysSo) {
+    const std::string asContent = fetchPath("/gzip/100000");
+    EXPECT_TRUE(asContent.starts_with("\x1F\x8B")) << asContent.size();
+    EXPECT_LT(asContent.size(), 10000U);
+    EXPECT_EQ(fetchPath("/transfer-gzip/100000"), asContent);
+}
+
+TEST_F(Http, CookiesAreNotKept) {
+    InternetSession session("agent", internetOpenPreconfig);
+    std::array<char, readSize> buffer = {};
+    InternetRequest giver(session, server->url("/cookie"), internetFlagReload);
+    EXPECT_EQ(std::string(buffer.data(), giver.read(buffer)), "here is a cookie");
+    InternetRequest echo(session, server->url("/echo"), internetFlagReload);
+    EXPECT_FALSE(contains(std::string(buffer.data(), echo.read(buffer)), "Cookie:"));
+    EXPECT_FALSE(contains(fetchPath("/echo"), "Cookie:")) << "of another session";
+}
+
+TEST_F(Http, NobodyLogsInByItself) {
+    for (const char* scheme : {"NTLM", "Negotiate", "Basic"})
+        EXPECT_EQ(fetchPath(std::string("/login/") + scheme), "login: none") << scheme;
+}
+
 TEST_F(Http, CharactersThatNoAddressMayHoldAreEscaped) {
     EXPECT_EQ(arrivedAddress(fetchPath("/echo/a b")), "/echo/a%20b");
     EXPECT_EQ(arrivedAddress(fetchPath("/echo/Senderliste \xC3\xD6.txt")), "/echo/Senderliste%20%C3%D6.txt");
@@ -200,6 +231,41 @@ TEST_F(Http, TooManyRedirectsGiveNothing) {
 TEST_F(Http, RedirectLeadsNowhereButToTheWeb) {
     EXPECT_EQ(fetchPath("/redirect-file"), "");
     EXPECT_EQ(fetchPath("/redirect-ftp"), "");
+}
+
+TEST_F(Http, EveryKindOfRedirectIsFollowed) {
+    for (const char* status : {"300", "301", "302", "303", "305", "307", "308"})
+        EXPECT_EQ(fetchPath(std::string("/redirect-status/") + status), pattern(100)) << status;
+}
+
+TEST_F(Http, RedirectToNowhereIsContent) {
+    for (const char* status : {"300", "301", "302", "303", "307", "308"}) {
+        EXPECT_EQ(fetchPath(std::string("/redirect-nowhere/") + status), "moved nowhere") << status;
+        EXPECT_EQ(fetchPath(std::string("/redirect-empty/") + status), "moved nowhere") << status;
+    }
+}
+
+// By https.
+
+TEST_F(Http, CertificateOfAnotherNameReadsNothing) {
+    std::string url = server->secureUrl("/bytes/100");
+    url.replace(url.find("localhost"), 9, "127.0.0.2");
+    EXPECT_EQ(fetch(url), "");
+}
+
+TEST_F(Http, SecureServerIsRead) {
+    EXPECT_EQ(fetch(server->secureUrl("/bytes/5000")), pattern(5000));
+    EXPECT_EQ(fetch(server->secureUrl("/redirects/3")), pattern(100));
+}
+
+TEST_F(Http, RedirectMayLeadToASecureServer) {
+    EXPECT_EQ(fetchPath("/redirect-to?" + server->secureUrl("/bytes/100")), pattern(100));
+}
+
+TEST_F(Http, RedirectMayNotLeadAwayFromASecureServer) {
+    const std::string away = server->secureUrl("/redirect-to?" + server->url("/bytes/100"));
+    EXPECT_EQ(fetch(away), "");
+    EXPECT_EQ(fetchPath("/redirect-to?" + away), "") << "by way of a secure one";
 }
 
 // What came before the connection was lost counts; then the file ends.

@@ -161,6 +161,10 @@ TEST_F(HttpLimits, LargeFileIsNeverHeld) {
     EXPECT_LT(after.ru_maxrss - before.ru_maxrss, 16L * 1024) << "kilobytes";
 }
 
+TEST_F(HttpLimits, ServerWithoutATrustedCertificateReadsNothing) {
+    EXPECT_EQ(fetch(server.secureUrl("/bytes/100")), "");
+}
+
 TEST_F(HttpLimits, AnswerWithoutAHeadIsNone) {
     EXPECT_EQ(fetch(server.url("/headless")), "");
 }
