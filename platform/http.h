@@ -1,7 +1,8 @@
-// Fetching by HTTP. Time-outs: 60 s to connect, 30 s without a byte. Redirects are followed, 10 at the most;
-// nothing but http and https is fetched, redirects included, and none leads from https to http. An error page
-// is content like any other, and so is a redirect that does not say where to. What is compressed stays so.
-// Nothing is kept of what a server says: no cookies, no cached files; and nobody logs in by itself.
+// Fetching by HTTP. Time-outs: 60 s to connect, 30 s without a byte, 60 s with less than 1 KB of the file.
+// Redirects are followed, 10 at the most; nothing but http and https is fetched, redirects included, and none
+// leads from https to http. An error page is content like any other, and so is a redirect that does not say
+// where to. What is compressed stays so. Nothing is kept of what a server says: no cookies, no cached files;
+// and nobody logs in by itself.
 #pragma once
 
 #include <cstddef>
@@ -46,9 +47,16 @@ public:
     ~InternetRequest();
 
     /// Waits until the buffer is full or the file ends, and returns the number of bytes stored; 0 at the end
-    /// of the file. After a connection that was lost, what came before it is handed out, then 0. Windows:
-    /// `InternetReadFile`, https://learn.microsoft.com/windows/win32/api/wininet/nf-wininet-internetreadfile
+    /// of the file. After a connection that was lost or a time-out, what came before is handed out, then 0.
+    /// Windows: `InternetReadFile`,
+    /// https://learn.microsoft.com/windows/win32/api/wininet/nf-wininet-internetreadfile
     std::size_t read(std::span<char> buffer);
+
+    /// Whether the end of the file has been reached, and all of the file had come: false after a lost
+    /// connection or a time-out, and when less came than the server announced. A server that announces
+    /// nothing ends a file by closing the connection; and one that is cut in the middle of a chunk is told
+    /// from a whole one on Linux only.
+    bool complete() const;
 
     /// Length in bytes that the server announced; no value when it did not, or before the first read().
     /// Whether so much comes is another matter. Windows: `HttpQueryInfoA`, HTTP_QUERY_CONTENT_LENGTH.

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <chrono>
+#include <cstddef>
 
 namespace platform {
 
@@ -10,6 +11,9 @@ struct HttpTimeouts {
     std::chrono::milliseconds connect = std::chrono::seconds(60);
     /// Without a single byte, once connected.
     std::chrono::milliseconds silence = std::chrono::seconds(30);
+    /// In which at least `leastBytes` of the file have to come; headers do not count.
+    std::chrono::milliseconds floor = std::chrono::seconds(60);
+    std::size_t leastBytes = 1024;
 };
 
 /// The time-outs of every request opened from now on. The program leaves them alone; tests cannot wait that

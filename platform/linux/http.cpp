@@ -3,7 +3,7 @@
 #include "platform/http.h"
 
 #include "platform/http_address.h"
-#include "platform/http_timeouts.h"
+#include "platform/http_pace.h"
 
 #include <curl/curl.h>
 
@@ -19,8 +19,9 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-constexpr long receiveBufferSize = 512L * 1024;  // few calls a megabyte
-constexpr std::size_t readAhead = 1024UL * 1024; // a fast server fills many times curl's buffer in one go
+constexpr long receiveBufferSize = 512L * 1024;   // few calls a megabyte
+constexpr std::size_t readAhead = 1024UL * 1024;  // a fast server fills many times curl's buffer in one go
+constexpr std::size_t largestHead = 256UL * 1024; // all headers of a request, its redirects included
 constexpr long maxRedirects = 10;
 constexpr const char* allowedProtocols = "http,https";
 constexpr const char* secureProtocol = "https";
@@ -79,20 +80,22 @@ struct InternetRequest::State {
     CURL* easy = nullptr;
     std::unique_ptr<curl_slist, ListDeleter> headers;
     HttpTimeouts timeouts = httpTimeouts();
+    HttpPace pace{timeouts, Clock::now()};
     std::string received;
     std::size_t handedOut = 0;
     std::size_t limit = readAhead; ///< of what is received and not handed out; at least what is asked for
     bool paused = false;
     bool ended = false;
+    bool whole = false;
     bool connecting = true;
-    Clock::time_point lastByte;
+    std::size_t headBytes = 0;
 
 private:
     std::size_t available() const { return received.size() - handedOut; }
     void resume();
     void step();
     void wait();
-    void noteArrival() { lastByte = Clock::now(); }
+    bool arrivedWhole() const;
 
     static std::size_t onBody(char* data, std::size_t size, std::size_t count, void* request);
     static std::size_t onHeader(char* data, std::size_t size, std::size_t count, void* request);
@@ -171,13 +174,16 @@ std::size_t InternetRequest::State::onBody(char* data, std::size_t size, std::si
         return CURL_WRITEFUNC_PAUSE; // curl offers the same bytes again
     }
     self.received.append(data, size * count);
-    self.noteArrival();
+    self.pace.arrived(size * count, Clock::now());
     return size * count;
 }
 
 std::size_t InternetRequest::State::onHeader(char* /*data*/, std::size_t size, std::size_t count,
                                              void* request) {
-    static_cast<State*>(request)->noteArrival();
+    auto& self = *static_cast<State*>(request);
+    self.headBytes += size * count;
+    if (self.headBytes > largestHead) return 0; // an error
+    self.pace.arrived(0, Clock::now());
     return size * count;
 }
 
@@ -196,7 +202,7 @@ int InternetRequest::State::onConnected(void* request, char* /*remote*/, char* /
                                         int /*localPort*/) {
     auto& self = *static_cast<State*>(request);
     self.connecting = false;
-    self.noteArrival();
+    self.pace.restart(Clock::now());
     self.stayOnSecureServers();
     return CURL_PREREQFUNC_OK;
 }
@@ -205,12 +211,13 @@ void InternetRequest::State::fill(std::size_t wanted) {
     if (ended || available() >= wanted) return;
     received.erase(0, handedOut);
     handedOut = 0;
-    noteArrival(); // the time the caller was busy elsewhere is not the server's silence
     limit = std::max(wanted, readAhead);
+    pace.resume(Clock::now());
     const BrokenPipeIgnored guard;
     resume();
     while (!ended && received.size() < wanted)
         step();
+    pace.suspend(Clock::now());
 }
 
 void InternetRequest::State::resume() {
@@ -223,17 +230,24 @@ void InternetRequest::State::step() {
     const std::size_t before = received.size();
     int running = 0;
     ended = curl_multi_perform(multi, &running) != CURLM_OK || running == 0;
+    if (ended) whole = arrivedWhole();
     if (!ended && received.size() == before) wait();
+}
+
+/// libcurl counts what the server announced, and chunks.
+bool InternetRequest::State::arrivedWhole() const {
+    int left = 0;
+    const CURLMsg* const message = curl_multi_info_read(multi, &left);
+    return message != nullptr && message->msg == CURLMSG_DONE && message->data.result == CURLE_OK;
 }
 
 void InternetRequest::State::wait() {
     // Not curl's own low-speed limit: that judges a mean of several seconds, and a slow server is not a
     // silent one.
     auto left = std::chrono::milliseconds(1000);
-    if (!connecting) {
-        const auto silent = std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - lastByte);
-        left = std::min(left, timeouts.silence - silent);
-    }
+    if (!connecting)
+        left = std::min(
+            left, std::chrono::duration_cast<std::chrono::milliseconds>(pace.deadline() - Clock::now()));
     const int milliseconds = static_cast<int>(std::max<std::chrono::milliseconds::rep>(left.count(), 0));
     ended = milliseconds == 0 || curl_multi_poll(multi, nullptr, 0, milliseconds, nullptr) != CURLM_OK;
 }
@@ -260,6 +274,10 @@ std::size_t InternetRequest::read(std::span<char> buffer) {
     if (!state_) return 0;
     state_->fill(buffer.size());
     return state_->take(buffer);
+}
+
+bool InternetRequest::complete() const {
+    return state_ && state_->whole;
 }
 
 std::optional<std::uint64_t> InternetRequest::announcedLength() const {

@@ -1,6 +1,7 @@
 #include "platform/http.h"
 
 #include "platform/http_address.h"
+#include "platform/http_pace.h"
 #include "platform/windows/ansi_text.h"
 
 #include <windows.h>
@@ -8,14 +9,26 @@
 #include <wininet.h>
 
 #include <algorithm>
+#include <array>
+#include <charconv>
+#include <chrono>
+#include <condition_variable>
+#include <mutex>
+#include <new>
 #include <optional>
 #include <string>
+#include <system_error>
+#include <thread>
 #include <utility>
 
 namespace platform {
 
 namespace {
 
+using Clock = std::chrono::steady_clock;
+
+constexpr std::size_t readAhead = 1024UL * 1024;
+constexpr std::size_t blockSize = 16UL * 1024;
 constexpr int maxRedirects = 10;
 constexpr DWORD longestAddress = 64 * 1024;
 
@@ -80,6 +93,181 @@ DWORD libraryFlags(std::uint32_t flags) {
            INTERNET_FLAG_NO_CACHE_WRITE | INTERNET_FLAG_NO_AUTH;
 }
 
+/// Length in bytes that the server announced; as a text, because it may have more than 32 bits.
+std::optional<std::uint64_t> announcedLengthOf(HINTERNET request) {
+    const std::string text = header(request, HTTP_QUERY_CONTENT_LENGTH);
+    std::uint64_t length = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), length);
+    if (error != std::errc() || end == text.data()) return std::nullopt;
+    return length;
+}
+
+/// What the thread that waits in the library and the one that waits for it have in common. The library's own
+/// time-outs end a silence and nothing else, and no call of it can be asked to come back earlier: so a thread
+/// makes the calls, and is left to itself when they take too long.
+struct Transfer {
+    // The thread's side.
+
+    /// An address is asked for, the first one or that of a redirect; false when nobody waits for it any more.
+    bool beginOpening();
+    void beginReading(std::optional<std::uint64_t> length);
+    /// Waits until there is room; false when nobody waits for more.
+    bool store(std::string_view bytes);
+    void end(bool whole);
+    /// The last that the thread does.
+    void finish();
+
+    // The other side.
+
+    std::size_t read(std::span<char> buffer);
+    /// Leaves the thread to itself, which then closes what it has open as soon as the library lets it.
+    void abandon();
+
+    mutable std::mutex mutex;
+    std::condition_variable changed;
+    const HttpTimeouts timeouts = httpTimeouts();
+    HttpPace pace{timeouts, Clock::now()};
+    Clock::time_point opening = Clock::now();
+    bool opened = false;
+    std::string received;
+    std::size_t handedOut = 0;
+    std::size_t limit = readAhead; ///< of what is received and not handed out; at least what is asked for
+    std::uint64_t total = 0;
+    std::optional<std::uint64_t> announced;
+    bool ended = false;
+    bool whole = false;
+    bool abandoned = false;
+    bool finished = false;
+
+private:
+    std::size_t available() const { return received.size() - handedOut; }
+    Clock::time_point deadline() const;
+    std::size_t take(std::span<char> buffer);
+};
+
+bool Transfer::beginOpening() {
+    const std::lock_guard lock(mutex);
+    opening = Clock::now();
+    return !abandoned;
+}
+
+void Transfer::beginReading(std::optional<std::uint64_t> length) {
+    const std::lock_guard lock(mutex);
+    announced = length;
+    opened = true;
+    pace.restart(Clock::now());
+    changed.notify_all();
+}
+
+bool Transfer::store(std::string_view bytes) {
+    std::unique_lock lock(mutex);
+    changed.wait(lock, [this] { return abandoned || available() < limit; });
+    if (abandoned) return false;
+    if (handedOut > received.size() / 2) received.erase(0, std::exchange(handedOut, 0));
+    received += bytes;
+    total += bytes.size();
+    pace.arrived(bytes.size(), Clock::now());
+    changed.notify_all();
+    return true;
+}
+
+/// The library takes a connection that was closed too early for the end of the file.
+void Transfer::end(bool regular) {
+    const std::lock_guard lock(mutex);
+    whole = regular && !abandoned && total >= announced.value_or(0);
+}
+
+void Transfer::finish() {
+    const std::lock_guard lock(mutex);
+    ended = true;
+    finished = true;
+    changed.notify_all();
+}
+
+/// While an address is opened the library connects and reads the headers; which of both it does is not told.
+Clock::time_point Transfer::deadline() const {
+    return opened ? pace.deadline() : opening + timeouts.connect + timeouts.silence;
+}
+
+std::size_t Transfer::read(std::span<char> buffer) {
+    std::unique_lock lock(mutex);
+    limit = std::max(buffer.size(), readAhead);
+    changed.notify_all();
+    pace.resume(Clock::now());
+    while (!ended && available() < buffer.size()) {
+        if (Clock::now() < deadline())
+            changed.wait_until(lock, deadline());
+        else
+            ended = abandoned = true;
+    }
+    pace.suspend(Clock::now());
+    return take(buffer);
+}
+
+std::size_t Transfer::take(std::span<char> buffer) {
+    const std::size_t count = std::min(buffer.size(), available());
+    std::copy_n(received.data() + handedOut, count, buffer.data());
+    handedOut += count;
+    return count;
+}
+
+/// A thread that does not hang in the library is gone in no time.
+void Transfer::abandon() {
+    constexpr auto grace = std::chrono::seconds(1);
+    std::unique_lock lock(mutex);
+    const bool tooLate = std::exchange(abandoned, true);
+    changed.notify_all();
+    if (!tooLate) changed.wait_for(lock, grace, [this] { return finished; });
+}
+
+/// Redirects are followed here and not by the library, which would follow them to anywhere and any number of
+/// them.
+Handle open(Transfer& transfer, HINTERNET session, std::optional<std::string> address, DWORD flags) {
+    for (int redirects = 0; address && redirects <= maxRedirects; ++redirects) {
+        if (!transfer.beginOpening()) break;
+        Handle handle(InternetOpenUrlA(session, address->c_str(), nullptr, 0, flags, 0));
+        if (!handle) break;
+        const std::string location =
+            isRedirect(status(handle.get())) ? header(handle.get(), HTTP_QUERY_LOCATION) : std::string();
+        if (location.empty()) return handle;
+        address = redirectTarget(location, *address);
+    }
+    return Handle();
+}
+
+/// Only what is there already is read: a read of more would not return before all of it has come.
+void receive(Transfer& transfer, HINTERNET request) {
+    std::array<char, blockSize> block;
+    for (;;) {
+        DWORD available = 0;
+        DWORD count = 0;
+        if (InternetQueryDataAvailable(request, &available, 0, 0) == FALSE) return;
+        const DWORD wanted = std::min<DWORD>(std::max<DWORD>(available, 1), block.size());
+        const BOOL read = InternetReadFile(request, block.data(), wanted, &count);
+        if (count > 0 && !transfer.store({block.data(), count})) return;
+        if (read == FALSE || count == 0) return transfer.end(read != FALSE);
+    }
+}
+
+void run(const std::shared_ptr<Transfer>& transfer, HINTERNET session, const std::string& address,
+         DWORD flags) {
+    try {
+        const Handle handle = open(*transfer, session, address, flags);
+        if (handle) {
+            transfer->beginReading(announcedLengthOf(handle.get()));
+            receive(*transfer, handle.get());
+        }
+    } catch (const std::bad_alloc&) {
+        // what has been received is all there is
+    }
+    transfer->finish();
+}
+
+void setTimeout(HINTERNET session, DWORD option, std::chrono::milliseconds time) {
+    auto milliseconds = static_cast<DWORD>(time.count());
+    InternetSetOptionA(session, option, &milliseconds, sizeof milliseconds);
+}
+
 } // namespace
 
 struct InternetSession::State {
@@ -90,55 +278,47 @@ InternetSession::InternetSession(std::string_view agent, std::int32_t accessType
     : state_(std::make_unique<State>()) {
     state_->handle = Handle(InternetOpenA(windows::nearestAnsi(agent).c_str(), static_cast<DWORD>(accessType),
                                           nullptr, nullptr, 0));
+    setTimeout(state_->handle.get(), INTERNET_OPTION_CONNECT_TIMEOUT, httpTimeouts().connect);
+    setTimeout(state_->handle.get(), INTERNET_OPTION_RECEIVE_TIMEOUT, httpTimeouts().silence);
 }
 
 InternetSession::~InternetSession() = default;
 
 struct InternetRequest::State {
-    Handle handle;
-    bool ended = false;
+    std::shared_ptr<Transfer> transfer;
 };
 
-/// Redirects are followed here and not by the library, which would follow them to anywhere and any number of
-/// them.
 InternetRequest::InternetRequest(InternetSession& session, std::string_view url, std::uint32_t flags) {
-    std::optional<std::string> address = httpAddress(url);
-    for (int redirects = 0; address && redirects <= maxRedirects; ++redirects) {
-        Handle handle(InternetOpenUrlA(session.state_->handle.get(), address->c_str(), nullptr, 0,
-                                       libraryFlags(flags), 0));
-        if (!handle) return;
-        const std::string location =
-            isRedirect(status(handle.get())) ? header(handle.get(), HTTP_QUERY_LOCATION) : std::string();
-        if (location.empty()) {
-            state_ = std::make_unique<State>();
-            state_->handle = std::move(handle);
-            return;
-        }
-        address = redirectTarget(location, *address);
+    const std::optional<std::string> address = httpAddress(url);
+    if (!address) return;
+    auto transfer = std::make_shared<Transfer>();
+    try {
+        std::thread(run, transfer, session.state_->handle.get(), *address, libraryFlags(flags)).detach();
+    } catch (const std::system_error&) {
+        return; // the system has no thread to spare
     }
+    state_ = std::make_unique<State>();
+    state_->transfer = std::move(transfer);
 }
 
-InternetRequest::~InternetRequest() = default;
+InternetRequest::~InternetRequest() {
+    if (state_) state_->transfer->abandon();
+}
 
 std::size_t InternetRequest::read(std::span<char> buffer) {
-    std::size_t stored = 0;
-    while (state_ && !state_->ended && stored < buffer.size()) {
-        const auto wanted = static_cast<DWORD>(std::min<std::size_t>(buffer.size() - stored, MAXLONG));
-        DWORD count = 0;
-        const BOOL read = InternetReadFile(state_->handle.get(), buffer.data() + stored, wanted, &count);
-        stored += count; // also after a connection that was lost
-        state_->ended = read == FALSE || count == 0;
-    }
-    return stored;
+    return state_ ? state_->transfer->read(buffer) : 0;
+}
+
+bool InternetRequest::complete() const {
+    if (!state_) return false;
+    const std::lock_guard lock(state_->transfer->mutex);
+    return state_->transfer->whole;
 }
 
 std::optional<std::uint64_t> InternetRequest::announcedLength() const {
-    DWORD length = 0;
-    DWORD size = sizeof length;
-    constexpr DWORD what = HTTP_QUERY_CONTENT_LENGTH | HTTP_QUERY_FLAG_NUMBER;
-    if (!state_ || HttpQueryInfoA(state_->handle.get(), what, &length, &size, nullptr) == FALSE)
-        return std::nullopt;
-    return length;
+    if (!state_) return std::nullopt;
+    const std::lock_guard lock(state_->transfer->mutex);
+    return state_->transfer->announced;
 }
 
 } // namespace platform

@@ -1,5 +1,6 @@
 #include "platform/http.h"
 
+#include "platform/http_timeouts.h"
 #include "tests/conformance/environment_server.h"
 
 #include <gtest/gtest.h>
@@ -11,6 +12,7 @@
 
 using conformance::FaultServer;
 using namespace platform;
+using namespace std::chrono_literals;
 
 namespace {
 
@@ -37,6 +39,15 @@ protected:
             content.append(buffer.data(), count);
         EXPECT_EQ(request.read(buffer), 0U) << "something comes after the end";
         return content;
+    }
+
+    static bool isComplete(const std::string& url) {
+        InternetSession session("agent", internetOpenPreconfig);
+        InternetRequest request(session, url, internetFlagReload);
+        std::array<char, readSize> buffer = {};
+        while (request.read(buffer) > 0)
+            continue;
+        return request.complete();
     }
 
     static std::string fetchPath(const std::string& path, std::uint32_t flags = internetFlagReload) {
@@ -287,6 +298,75 @@ TEST_F(Http, Chunks) {
 
 TEST_F(Http, ConnectionClosedInTheMiddleOfAChunk) {
     EXPECT_EQ(fetchPath("/chunked-cut/3000"), pattern(3000) + "half");
+}
+
+TEST_F(Http, WholeFilesAreComplete) {
+    for (const char* path : {"/bytes/5000", "/empty", "/chunked/5000", "/status/404", "/redirects/3"})
+        EXPECT_TRUE(isComplete(server->url(path))) << path;
+}
+
+TEST_F(Http, CutFilesAreNotComplete) {
+    for (const char* path : {"/truncated/5000", "/truncated/0", "/reset/5000", "/reset/0", "/redirect-loop"})
+        EXPECT_FALSE(isComplete(server->url(path))) << path;
+    EXPECT_FALSE(isComplete(server->refusedUrl()));
+    EXPECT_FALSE(isComplete("nonsense"));
+}
+
+TEST_F(Http, AFileIsNotCompleteBeforeItsEnd) {
+    InternetSession session("agent", internetOpenPreconfig);
+    InternetRequest request(session, server->url("/bytes/10000000"), 0);
+    std::array<char, readSize> buffer = {};
+    EXPECT_EQ(request.read(buffer), readSize);
+    EXPECT_FALSE(request.complete());
+}
+
+TEST_F(Http, AnAnnouncedLengthMayBeAnyNumber) {
+    InternetSession session("agent", internetOpenPreconfig);
+    InternetRequest request(session, server->url("/announced/100/5000000000"), 0);
+    std::array<char, readSize> buffer = {};
+    EXPECT_EQ(request.read(buffer), 100U);
+    EXPECT_EQ(request.announcedLength(), 5000000000U);
+}
+
+// Servers that take their time. What they would give in all takes much longer than they are given.
+
+class HttpPatience : public Http {
+protected:
+    void SetUp() override { httpTimeouts() = {.connect = 1s, .silence = 3s, .floor = 1s}; }
+    void TearDown() override { httpTimeouts() = {}; }
+};
+
+TEST_F(HttpPatience, AServerThatAcceptsAndSaysNothing) {
+    httpTimeouts().silence = 1s;
+    EXPECT_EQ(fetchPath("/silent"), "");
+}
+
+TEST_F(HttpPatience, AServerThatFallsSilentInMidFile) {
+    httpTimeouts().silence = 1s;
+    EXPECT_EQ(fetchPath("/silent-after/5000"), pattern(5000));
+    EXPECT_FALSE(isComplete(server->url("/silent-after/5000")));
+}
+
+TEST_F(HttpPatience, AServerThatIsNotSilentAndHardlyMore) {
+    const std::string content = fetchPath("/slow/1000/1/100");
+    EXPECT_LT(content.size(), 1000U);
+    EXPECT_EQ(content, pattern(content.size())) << "what came is kept";
+    EXPECT_FALSE(isComplete(server->url("/slow/1000/1/100")));
+}
+
+TEST_F(HttpPatience, AServerThatFallsToThat) {
+    const std::string content = fetchPath("/burst/100000/1000/1/100");
+    EXPECT_GE(content.size(), 100000U);
+    EXPECT_LT(content.size(), 101000U);
+}
+
+TEST_F(HttpPatience, HeadersWithoutEnd) {
+    EXPECT_EQ(fetchPath("/slow-head/100"), "");
+    EXPECT_EQ(fetchPath("/slow-head/0"), "") << "as fast as they are read";
+}
+
+TEST_F(HttpPatience, RedirectsThatTakeTheirTime) {
+    EXPECT_EQ(fetchPath("/slow-redirects/3/600"), pattern(100)) << "each server has its own time";
 }
 
 // Requests that cannot be opened.

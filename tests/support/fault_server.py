@@ -181,6 +181,20 @@ def slow(content, piece, interval):
     return answer
 
 
+def burst(content, rest, piece, interval):
+    """All of `content` at once, then `rest` bytes more, `piece` bytes every `interval` seconds."""
+
+    def answer(handler):
+        handler.send_head(len(content) + rest)
+        handler.wfile.write(content)
+        for _ in range(rest // piece):
+            if handler.server.stopping.wait(interval):
+                return
+            handler.wfile.write(bytes(piece))
+
+    return answer
+
+
 def headless(content):
     """A body without a status line or a header."""
     return lambda handler: handler.wfile.write(content)
@@ -196,6 +210,19 @@ def compressed(length):
 
 def _redirect_chain(count):
     return redirect("/redirects/%d" % (int(count) - 1) if int(count) > 1 else "/bytes/100")
+
+
+def _slow_redirects(count, milliseconds):
+    """Each of them is thought about for a while."""
+
+    def answer(handler):
+        if int(count) > 0:
+            handler.server.stopping.wait(int(milliseconds) / 1000)
+            redirect("/slow-redirects/%d/%s" % (int(count) - 1, milliseconds))(handler)
+        else:
+            generated(100)(handler)
+
+    return answer
 
 
 PATHS = {
@@ -225,6 +252,9 @@ PATHS = {
     "announced": lambda length, announced: truncated(pattern(int(length)), int(announced)),
     "slow-head": lambda milliseconds: slow_head(int(milliseconds) / 1000),
     "slow": lambda length, piece, milliseconds: slow(pattern(int(length)), int(piece), int(milliseconds) / 1000),
+    "burst": lambda length, rest, piece, milliseconds: burst(pattern(int(length)), int(rest), int(piece),
+                                                             int(milliseconds) / 1000),
+    "slow-redirects": _slow_redirects,
     "headless": lambda: headless(b"no status line\r\n\r\nand no header"),
 }
 
