@@ -198,6 +198,8 @@ InternetSession::~InternetSession() = default;
 struct InternetRequest::State {
     std::string url;
     std::string_view rest; ///< of what the computer's web holds
+    std::uint64_t read = 0;
+    bool lost = true; ///< a connection; also one that there never was
 };
 
 InternetRequest::InternetRequest(InternetSession&, std::string_view url, std::uint32_t flags)
@@ -206,17 +208,27 @@ InternetRequest::InternetRequest(InternetSession&, std::string_view url, std::ui
     computer().fetchFlags.push_back(flags);
     state_->url = url;
     const auto found = computer().web.find(state_->url);
-    if (!fake::enter("fetch " + state_->url) && found != computer().web.end()) state_->rest = found->second;
+    if (fake::enter("fetch " + state_->url) || found == computer().web.end()) return;
+    state_->rest = found->second;
+    state_->lost = false;
 }
 
 InternetRequest::~InternetRequest() = default;
 
 std::size_t InternetRequest::read(std::span<char> buffer) {
-    if (fake::enter("read " + state_->url)) state_->rest = {};
+    if (fake::enter("read " + state_->url)) {
+        state_->rest = {};
+        state_->lost = true;
+    }
     const std::size_t length = std::min({buffer.size(), state_->rest.size(), computer().longestRead});
     std::copy_n(state_->rest.begin(), length, buffer.begin());
     state_->rest.remove_prefix(length);
+    state_->read += length;
     return length;
+}
+
+bool InternetRequest::complete() const {
+    return !state_->lost && state_->rest.empty() && state_->read >= computer().announcedLength.value_or(0);
 }
 
 std::optional<std::uint64_t> InternetRequest::announcedLength() const {
