@@ -1,6 +1,7 @@
 // Console programs: starting one, reading what it writes, answering its question.
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <memory>
 #include <span>
@@ -55,9 +56,16 @@ public:
     bool started() const noexcept { return state_ != nullptr; }
 
     /// Answers the question that the program asks, or will ask, as if the user had typed it. There is one
-    /// answer to a program. One that never reads is not disturbed by it. Windows: a keystroke, or standard
-    /// input.
+    /// answer to a program. One that never reads is not disturbed by it. A program that cannot take the
+    /// answer yet gets it in a later wait(). No other program ever gets it. Windows: keys that are typed into
+    /// the program's console (`WriteConsoleInput`,
+    /// https://learn.microsoft.com/windows/console/writeconsoleinput) and into its window when that is the
+    /// active one, and standard input.
     void answer(std::string_view text);
+
+    /// Waits until the program ends, or until that time is over, so that looking after it costs nothing. May
+    /// return earlier when the program writes.
+    void wait(std::chrono::milliseconds longest);
 
     /// Whether the program has ended; does not wait. Everything it wrote can be read by then. Windows:
     /// `WaitForSingleObject` with a time-out of 0,

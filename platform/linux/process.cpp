@@ -93,18 +93,21 @@ private:
     posix_spawnattr_t attributes_ = {};
 };
 
-/// Whether the process ends in time; it is not reaped.
-bool endsWithin(pid_t process, std::chrono::milliseconds time) {
+/// Becomes readable when the process ends; none where the system cannot tell.
+UniqueFd endOf(pid_t process) {
     // glibc's header does not declare its own function for C++.
-    const UniqueFd watched(static_cast<int>(syscall(SYS_pidfd_open, process, 0)));
-    if (!watched) return false;
+    return UniqueFd(static_cast<int>(syscall(SYS_pidfd_open, process, 0)));
+}
+
+/// Waits until one of the two can be read, which may be none; false when that does not happen in time.
+bool waitForEither(int first, int second, std::chrono::milliseconds time) {
     const auto deadline = std::chrono::steady_clock::now() + time;
     for (;;) {
         const auto left =
             std::chrono::ceil<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
         if (left <= 0ms) return false;
-        pollfd ending = {watched.get(), POLLIN, 0};
-        const int ready = poll(&ending, 1, static_cast<int>(left.count()));
+        std::array<pollfd, 2> files = {pollfd{first, POLLIN, 0}, pollfd{second, POLLIN, 0}};
+        const int ready = poll(files.data(), files.size(), static_cast<int>(left.count()));
         if (ready >= 0 || errno != EINTR) return ready > 0;
     }
 }
@@ -150,19 +153,22 @@ bool Pipe::read(std::span<char> buffer, std::uint32_t& count) {
 }
 
 struct Process::State {
-    State(pid_t child, PipeEnds pipe) : id(child), input(std::move(pipe)) {}
+    State(pid_t child, PipeEnds pipe, int readEnd)
+        : id(child), output(readEnd), end(endOf(child)), input(std::move(pipe)) {}
     State(const State&) = delete;
     State& operator=(const State&) = delete;
 
     ~State() {
         if (reaped) return;
         kill(-id, SIGTERM);
-        if (!endsWithin(id, graceTime)) kill(-id, SIGKILL);
+        if (!end || !waitForEither(end.get(), -1, graceTime)) kill(-id, SIGKILL);
         reap(id);
     }
 
     pid_t id;
     bool reaped = false;
+    int output; ///< what it writes can be read there
+    UniqueFd end;
     PipeEnds
         input; ///< its read end stays open here, so that no answer meets a broken pipe, and no SIGPIPE comes
 };
@@ -172,7 +178,7 @@ Process::Process(std::string_view commandLine, Pipe& output) {
     auto input = createPipe();
     if (!command || !input || !output.created()) return;
     const pid_t id = SpawnPlan(input->read.get(), output.state_->write.get()).start(*command);
-    if (id > 0) state_ = std::make_unique<State>(id, std::move(*input));
+    if (id > 0) state_ = std::make_unique<State>(id, std::move(*input), output.state_->read.get());
 }
 
 Process::~Process() = default;
@@ -185,6 +191,10 @@ void Process::answer(std::string_view text) {
     // A pipe that nobody has written to yet takes a line at once.
     [[maybe_unused]] const ssize_t written = write(state_->input.write.get(), line.data(), line.size());
     state_->input.write.close();
+}
+
+void Process::wait(std::chrono::milliseconds longest) {
+    if (state_ && !state_->reaped) waitForEither(state_->end.get(), state_->output, longest);
 }
 
 bool Process::ended() {

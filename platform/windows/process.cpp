@@ -1,6 +1,7 @@
 #include "platform/process.h"
 
 #include "platform/windows/ansi_text.h"
+#include "platform/windows/keystrokes.h"
 #include "platform/windows/quiet_errors.h"
 #include "platform/windows/unique_handle.h"
 
@@ -37,27 +38,6 @@ UniqueHandle endingJob() {
     limits.BasicLimitInformation.LimitFlags = JOB_OBJECT_LIMIT_KILL_ON_JOB_CLOSE;
     SetInformationJobObject(job.get(), JobObjectExtendedLimitInformation, &limits, sizeof limits);
     return job;
-}
-
-/// Types a text into the active window if that is one of the process. Any other window would take the keys,
-/// too, and what was meant for the program would be done to something else.
-void typeInto(DWORD process, std::string_view text) {
-    const HWND window = GetForegroundWindow();
-    DWORD owner = 0;
-    GetWindowThreadProcessId(window, &owner);
-    if (window == nullptr || owner != process) return;
-    for (const char c : text) {
-        INPUT key{};
-        key.type = INPUT_KEYBOARD;
-        key.ki.wScan = static_cast<WORD>(static_cast<unsigned char>(c));
-        key.ki.dwFlags = KEYEVENTF_UNICODE;
-        SendInput(1, &key, sizeof key);
-        key.ki.dwFlags |= KEYEVENTF_KEYUP;
-        SendInput(1, &key, sizeof key);
-    }
-    constexpr UINT patience = 1000; // milliseconds
-    DWORD_PTR result = 0;
-    SendMessageTimeoutA(window, WM_NULL, 0, 0, SMTO_ABORTIFHUNG, patience, &result);
 }
 
 } // namespace
@@ -99,6 +79,7 @@ struct Process::State {
     UniqueHandle thread;
     UniqueHandle process;
     DWORD id = 0;
+    std::string keys; ///< still to be typed
 
     State() = default;
     State(const State&) = delete;
@@ -130,6 +111,11 @@ struct Process::State {
         AssignProcessToJobObject(job.get(), process.get());
         return true;
     }
+
+    /// A fresh console takes a moment to be there.
+    void typeKeys() {
+        if (!keys.empty() && typeIntoConsole(id, keys)) keys.clear();
+    }
 };
 
 Process::Process(std::string_view commandLine, Pipe& output) {
@@ -142,15 +128,23 @@ Process::Process(std::string_view commandLine, Pipe& output) {
 
 Process::~Process() = default;
 
-/// By keystroke for a program that reads its console, and on standard input, which ends behind the line, for
-/// one that reads that; whichever it is, the other answer is never read.
+/// By keystroke for a program that reads its console or has a window, and on standard input, which ends
+/// behind the line, for one that reads that; whichever it is, the other answers are never read.
 void Process::answer(std::string_view text) {
     if (!state_ || !state_->inputWrite) return;
-    typeInto(state_->id, text);
+    typeIntoWindow(state_->id, text);
+    state_->keys = text;
+    state_->typeKeys();
     const std::string line = nearestAnsi(text) + "\r\n";
     DWORD written = 0;
     WriteFile(state_->inputWrite.get(), line.data(), static_cast<DWORD>(line.size()), &written, nullptr);
     state_->inputWrite.close();
+}
+
+void Process::wait(std::chrono::milliseconds longest) {
+    if (!state_) return;
+    state_->typeKeys();
+    WaitForSingleObject(state_->process.get(), static_cast<DWORD>(longest.count()));
 }
 
 bool Process::ended() {

@@ -108,6 +108,32 @@ TEST(Process, ProgramPathMayHoldBlanks) {
     EXPECT_EQ(outputOf("\"" + path + "\" arguments E:"), "[E:]");
 }
 
+// The child takes two seconds; whoever looks after it meanwhile leaves the processor to others.
+TEST(Process, WaitingForAProgramIsNoWork) {
+    constexpr auto pause = std::chrono::milliseconds(10);
+    Pipe pipe;
+    Process process(child("pause 2000"), pipe);
+    ASSERT_TRUE(process.started());
+    const auto begin = std::chrono::steady_clock::now();
+    int passes = 0;
+    for (; !process.ended() && std::chrono::steady_clock::now() < begin + conformance::deadline; ++passes)
+        process.wait(pause);
+    const auto time = std::chrono::steady_clock::now() - begin;
+    EXPECT_TRUE(process.ended());
+    EXPECT_LE(passes, time / pause * 3 / 2);
+    EXPECT_GT(passes, 1) << "it waits no longer than it is told";
+}
+
+TEST(Process, WaitingEndsWithTheProgram) {
+    Pipe pipe;
+    Process process(child("pause 200"), pipe);
+    ASSERT_TRUE(process.started());
+    const auto begin = std::chrono::steady_clock::now();
+    process.wait(conformance::deadline);
+    EXPECT_TRUE(process.ended());
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, conformance::deadline);
+}
+
 TEST(Process, RunningProgramHasNotEndedAndIsEndedWithItsObject) {
     Pipe pipe;
     {
@@ -158,6 +184,7 @@ TEST(Process, ProgramThatDidNotStartHasEnded) {
     Process process(beside("missing.exe"), pipe);
     ASSERT_FALSE(process.started());
     process.answer("y");
+    process.wait(conformance::deadline);
     EXPECT_TRUE(process.ended());
 }
 

@@ -1,6 +1,7 @@
 // The console programs and the accounts of the computer in memory.
 #pragma once
 
+#include <chrono>
 #include <functional>
 #include <map>
 #include <string>
@@ -27,6 +28,7 @@ struct Console {
     Child child;
 
     // What the program did.
+    std::vector<std::chrono::milliseconds> waits;
     std::vector<std::string> commandLines;
     std::vector<std::string>
         calls; ///< "pipe", "start", "answer y", "end" (of a running one), "close process", …

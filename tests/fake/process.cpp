@@ -77,6 +77,10 @@ void Process::answer(std::string_view text) {
     console().calls.push_back("answer " + std::string(text));
 }
 
+void Process::wait(std::chrono::milliseconds longest) {
+    console().waits.push_back(longest);
+}
+
 bool Process::ended() {
     if (console().onLook) console().onLook(console().child);
     return !console().child.running;

@@ -43,6 +43,8 @@ int main(int argc, char** argv) {
     if (mode == "answer") writeAnswer();
     if (mode == "errors") std::cerr << "to the error output";
     if (mode == "note" && argc > 3) note(argv[2], argv[3]);
+    if (mode == "pause" && argc > 2)
+        std::this_thread::sleep_for(std::chrono::milliseconds(std::strtoul(argv[2], nullptr, 10)));
     if (mode == "endless") goOnForEver();
     if (mode == "arguments") {
         for (int i = 2; i < argc; ++i)
