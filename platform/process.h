@@ -46,7 +46,8 @@ class Process {
 public:
     /// Starts the program that the command line, UTF-8, begins with; the rest are its arguments, separated by
     /// blanks, with double quotes around one that holds blanks. The program's own path is absolute and may
-    /// hold blanks without quotes.
+    /// hold blanks without quotes, if no argument holds a backslash: it ends somewhere behind the last one,
+    /// and never at a blank in the name of a folder.
     Process(std::string_view commandLine, Pipe& output);
     Process(const Process&) = delete;
     Process& operator=(const Process&) = delete;

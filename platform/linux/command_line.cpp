@@ -29,8 +29,9 @@ std::optional<Program> quotedProgram(std::string_view text) {
 }
 
 std::optional<Program> unquotedProgram(std::string_view text) {
+    const std::size_t lastFolder = text.rfind('\\');
     std::size_t end = text.size();
-    while (end != std::string_view::npos && end > 0) {
+    while (end != std::string_view::npos && lastFolder != std::string_view::npos && end > lastFolder) {
         if (auto file = existingFile(text.substr(0, end))) return Program(std::move(*file), text.substr(end));
         end = text.find_last_of(blanks, end - 1);
     }

@@ -1,6 +1,7 @@
 #include "platform/process.h"
 
 #include "platform/windows/ansi_text.h"
+#include "platform/windows/command_line.h"
 #include "platform/windows/keystrokes.h"
 #include "platform/windows/quiet_errors.h"
 #include "platform/windows/unique_handle.h"
@@ -120,8 +121,8 @@ struct Process::State {
 
 Process::Process(std::string_view commandLine, Pipe& output) {
     const QuietErrors quiet;
-    const auto command = exactAnsi(commandLine);
-    if (!command || command->empty() || !output.created()) return;
+    const auto command = quotedCommandLine(commandLine);
+    if (!command || !output.created()) return;
     auto state = std::make_unique<State>();
     if (state->start(*command, output.state_->write.get())) state_ = std::move(state);
 }

@@ -108,6 +108,20 @@ TEST(Process, ProgramPathMayHoldBlanks) {
     EXPECT_EQ(outputOf("\"" + path + "\" arguments E:"), "[E:]");
 }
 
+// Whoever may write to the folder above could have a program of its own run in the place of the right one.
+TEST(Process, ProgramCalledLikeTheBeginningOfThePathIsNotTheOne) {
+    const FileBeside program(fs::path("planted beside") / "tool.exe");
+    const FileBeside decoy("planted.exe");
+    const FileBeside decoyWithoutSuffix("planted");
+    const fs::path child = fs::path(platform::programFolder()) / "process_child.exe";
+    for (const FileBeside* file : {&program, &decoy, &decoyWithoutSuffix})
+        fs::copy_file(child, file->path(), fs::copy_options::overwrite_existing);
+    const std::string path = beside("planted beside\\tool.exe");
+    EXPECT_EQ(outputOf(path + " arguments E:"), "[E:]");
+    fs::remove(program.path());
+    EXPECT_FALSE(starts(path + " arguments E:"));
+}
+
 // The child takes two seconds; whoever looks after it meanwhile leaves the processor to others.
 TEST(Process, WaitingForAProgramIsNoWork) {
     constexpr auto pause = std::chrono::milliseconds(10);
