@@ -2,6 +2,7 @@
 
 #include "toolkit/backend.h"
 #include "toolkit/dispatch.h"
+#include "toolkit/scoped_flag.h"
 
 #include <algorithm>
 
@@ -51,6 +52,15 @@ void Form::showModal(Form& owner) {
 
 void Form::restore() {
     if (loaded()) view_->restore();
+}
+
+void Form::closeRequested() {
+    if (asked_) return;
+    if (onCloseRequested) {
+        const ScopedFlag asked(asked_);
+        if (!onCloseRequested()) return;
+    }
+    unload();
 }
 
 void Form::unload() {

@@ -41,7 +41,9 @@ public:
     ~Form() override;
 
     std::function<void()> onLoad;
-    /// The window is about to close; comes once, whoever closes it. Closing cannot be refused.
+    /// The user, or the desktop, asked to close the window; false keeps it. Without it nothing keeps it.
+    std::function<bool()> onCloseRequested;
+    /// The window is about to close; comes once, whoever closes it. Closing cannot be refused any more.
     std::function<void()> onQueryUnload;
     /// The window is gone.
     std::function<void()> onUnload;
@@ -70,8 +72,9 @@ public:
     /// Handle of the loaded window, else 0.
     WindowHandle handle() const { return loaded() ? view_->handle() : 0; }
 
-    /// The user, or the desktop, asked to close the window.
-    void closeRequested() { unload(); }
+    /// The user, or the desktop, asked to close the window. Does nothing while an earlier request is
+    /// answered.
+    void closeRequested();
 
 private:
     void load();
@@ -81,6 +84,7 @@ private:
     Picture icon_;
     std::unique_ptr<FormView> view_;
     bool unloading_ = false;
+    bool asked_ = false; ///< whether it may close, and has not answered yet
 };
 
 } // namespace toolkit

@@ -108,7 +108,7 @@ int showMessage(std::string_view text, int style, std::string_view title) {
     const auto answer = fake::computer().answer;
     const fake::Message message = fake::computer().messages.back();
     if (answer) return answer(message);
-    return style == YesNoInformation ? Yes : Ok;
+    return (style & YesNo) != 0 ? Yes : Ok;
 }
 
 void pumpEvents() {

@@ -24,7 +24,6 @@ struct Choice {
 
 constexpr int buttonMask = 0x0f;
 constexpr int iconMask = 0xf0;
-constexpr int yesNoButtons = 4;
 constexpr auto programTitle = "Orvanta USB-Stick Internetupdate Tool";
 
 /// A text of the server's may be of any length; a box must fit the screen.
@@ -35,7 +34,7 @@ std::vector<Choice> choices(int style) {
     switch (style & buttonMask) {
     case OkCancel:
         return {{Ok, "&OK", QMessageBox::AcceptRole}, {Cancel, "&Abbrechen", QMessageBox::RejectRole}};
-    case yesNoButtons:
+    case YesNo:
         return {{Yes, "&Ja", QMessageBox::YesRole}, {No, "&Nein", QMessageBox::NoRole}};
     default:
         return {{Ok, "&OK", QMessageBox::AcceptRole}};
@@ -93,7 +92,7 @@ int backend::showMessage(std::string_view text, int style, std::string_view titl
     buttons.reserve(choices.size());
     for (const qt::Choice& choice : choices)
         buttons.push_back(box.addButton(QString::fromLatin1(choice.caption), choice.role));
-    box.setDefaultButton(buttons.front());
+    box.setDefaultButton((style & SecondButtonFirst) != 0 ? buttons.at(1) : buttons.front());
     box.setEscapeButton(buttons.back());
     box.exec();
     for (std::size_t i = 0; i < buttons.size(); ++i)
