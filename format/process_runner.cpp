@@ -4,19 +4,30 @@
 #include "toolkit/message_box.h"
 #include "toolkit/pump.h"
 
+#include <chrono>
 #include <cstdint>
+
+using namespace std::chrono_literals;
 
 namespace Module1 {
 
 namespace {
 
-void appendAvailable(platform::Pipe& pipe, std::uint32_t available, std::string& output) {
+/// How long one look after the program waits for something to happen; window events wait as long.
+constexpr auto pause = 10ms;
+
+/// False when there is nothing to read.
+bool appendAvailable(platform::Pipe& pipe, std::string& output) {
+    std::uint32_t available = 0;
+    pipe.peek(available);
+    if (available == 0) return false;
     std::string buffer(available, '\0');
     std::uint32_t count = 0;
     if (pipe.read(buffer, count))
         output.append(buffer, 0, count);
     else
         toolkit::messageBox("Reading data from file failed!", toolkit::Exclamation);
+    return true;
 }
 
 /// The program may write and end between the look into the pipe and the look at the program, so an end counts
@@ -43,15 +54,15 @@ std::string runConsoleProgram(const std::string& commandLine, const std::functio
         return output;
     }
     process.answer("y");
-    do {
-        std::uint32_t available = 0;
-        pipe.peek(available);
-        if (available > 0)
-            appendAvailable(pipe, available, output);
-        else if (isOver(process, pipe))
-            break;
+    for (;;) {
+        const bool hasWritten = appendAvailable(pipe, output);
+        if (!hasWritten && isOver(process, pipe)) return output;
         toolkit::DoEvents();
-    } while (!goesOn || goesOn());
+        if (goesOn && !goesOn()) break;
+        if (!hasWritten) process.wait(pause);
+    }
+    if (!process.ended()) return {};
+    appendAvailable(pipe, output);
     return output;
 }
 

@@ -10,6 +10,7 @@ using fake::Child;
 using fake::computer;
 using fake::console;
 using Module1::runConsoleProgram;
+using namespace std::chrono_literals;
 using Calls = std::vector<std::string>;
 
 namespace {
@@ -83,6 +84,15 @@ TEST_F(ProcessRunner, WindowEventsAreHandledInEachPass) {
     EXPECT_EQ(computer().pumps, 100);
 }
 
+TEST_F(ProcessRunner, PassThatFindsNothingWaitsForABit) {
+    computer().onPump = [] {
+        if (computer().pumps == 2) console().child.write("x");
+        if (computer().pumps == 5) console().child.exit();
+    };
+    EXPECT_EQ(runConsoleProgram("tool.exe"), "x");
+    EXPECT_EQ(console().waits, std::vector<std::chrono::milliseconds>(4, 10ms));
+}
+
 TEST_F(ProcessRunner, NoPipe) {
     console().pipeFails = true;
     EXPECT_EQ(runConsoleProgram("tool.exe"), "");
@@ -126,9 +136,18 @@ TEST_F(ProcessRunner, EndOfTheProgramBehindAMessageEndsTheChild) {
     EXPECT_EQ(console().calls[3], "end");
 }
 
-TEST_F(ProcessRunner, WhoeverWaitsCanGiveUp) {
-    console().onStart = [](Child& child) { child.write("so far"); };
-    EXPECT_EQ(runConsoleProgram("endless.exe", [] { return computer().pumps < 5; }), "so far");
+TEST_F(ProcessRunner, WhatAProgramWroteThatIsEndedCountsForNothing) {
+    console().onStart = [](Child& child) { child.write("Done"); };
+    EXPECT_EQ(runConsoleProgram("endless.exe", [] { return computer().pumps < 5; }), "");
     EXPECT_EQ(computer().pumps, 5);
     EXPECT_EQ(console().calls[3], "end");
+}
+
+TEST_F(ProcessRunner, GivingUpAProgramThatHasEndedByThenKeepsWhatItWrote) {
+    computer().onPump = [] {
+        console().child.write("Done");
+        console().child.exit();
+    };
+    EXPECT_EQ(runConsoleProgram("tool.exe", [] { return false; }), "Done");
+    EXPECT_EQ(console().calls, (Calls{"pipe", "start", "answer y", "close process", "close pipe"}));
 }
