@@ -47,6 +47,8 @@ std::string question(const std::string& drive) {
                       "Für Datenverlust wird keine Haftung übernommen.", "", "Formatieren mit OK ?"});
 }
 
+constexpr const char* cancelQuestion = "Die Festplatte wird gerade formatiert. Wirklich abbrechen?";
+
 } // namespace
 
 Form1::Form1(frmMain& owner) : Form("Form1"), Timer1("Timer1", 4000ms, true), owner_(owner) {
@@ -54,6 +56,7 @@ Form1::Form1(frmMain& owner) : Form("Form1"), Timer1("Timer1", 4000ms, true), ow
          std::initializer_list<Control*>{&Label1, &Label2, &Label3, &Command1, &Command2, &Timer1})
         add(*control);
     onLoad = [this] { Form_Load(); };
+    onCloseRequested = [this] { return mayClose(); };
     onUnload = [this] { closed_ = true; };
     Command1.onClick = [this] { Command1_Click(); };
     Command2.onClick = [this] { Command2_Click(); };
@@ -80,7 +83,7 @@ void Form1::Command2_Click() {
 void Form1::Command1_Click() {
     if (!format::IsUserAdmin()) {
         toolkit::messageBox(refusal(), toolkit::Critical, refusalTitle);
-        endAssistant();
+        if (mayClose()) endAssistant();
         return;
     }
     if (state_ == WithoutDisk)
@@ -133,6 +136,12 @@ void Form1::formatDrive() {
     toolkit::messageBox(done ? "Formatierung abgeschlossen." : "Formatierung fehlgeschlagen.",
                         toolkit::OkOnly);
     endAssistant();
+}
+
+/// A disk that is half formatted is of no use, so nobody gets there by a slip. The formatter goes on behind
+/// the question.
+bool Form1::mayClose() {
+    return !formatting_ || toolkit::messageBox(cancelQuestion, toolkit::NoOrYesExclamation) == toolkit::Yes;
 }
 
 void Form1::endAssistant() {

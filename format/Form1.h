@@ -37,6 +37,7 @@ private:
     void beginWaiting();
     bool confirmFormat();
     void formatDrive();
+    bool mayClose();
     void endAssistant();
 
     frmMain& owner_;

@@ -323,8 +323,27 @@ TEST_F(FormatAssistant, BackWhileTheFormatterRuns) {
     expectEnded();
 }
 
-TEST_F(FormatAssistant, ClosingItEndsTheFormatter) {
+TEST_F(FormatAssistant, ClosingItAsksWhetherToCancelTheFormatter) {
     goToThirdStep();
+    computer().answer = [](const fake::Message& message) { return message.style == 1 ? 1 : 7; };
+    computer().onPump = [this] {
+        if (computer().pumps == 3) assistant.closeRequested();
+        if (computer().pumps == 5) console().child.write("Done");
+        if (computer().pumps == 6) console().child.exit();
+    };
+    assistant.Command1.click();
+    ASSERT_EQ(computer().messages.size(), 3U);
+    EXPECT_EQ(computer().messages[1].text, "Die Festplatte wird gerade formatiert. Wirklich abbrechen?");
+    EXPECT_EQ(computer().messages[1].style, 4 + 48 + 256) << "yes and no, an exclamation mark, no first";
+    EXPECT_EQ(computer().messages[1].title, "");
+    EXPECT_EQ(computer().messages[2].text, "Formatierung abgeschlossen.");
+    EXPECT_EQ(console().calls[3], "close process") << "not ended by the program";
+    expectEnded();
+}
+
+TEST_F(FormatAssistant, CancelledFormatterIsNoSuccess) {
+    goToThirdStep();
+    console().onStart = [](Child& child) { child.write("Done"); };
     computer().onPump = [this] {
         if (computer().pumps == 3) assistant.closeRequested();
     };
@@ -333,6 +352,63 @@ TEST_F(FormatAssistant, ClosingItEndsTheFormatter) {
     EXPECT_EQ(console().calls[3], "end");
     EXPECT_EQ(computer().messages.back().text, "Formatierung fehlgeschlagen.");
     expectEnded();
+}
+
+TEST_F(FormatAssistant, FormatterThatEndsBehindTheQuestionIsNotCancelled) {
+    goToThirdStep();
+    computer().answer = [](const fake::Message& message) {
+        if (message.style == 1) return 1;
+        console().child.write("Done");
+        console().child.exit();
+        return 6;
+    };
+    computer().onPump = [this] {
+        if (assistant.loaded()) assistant.closeRequested();
+    };
+    assistant.Command1.click();
+    EXPECT_EQ(computer().messages.back().text, "Formatierung abgeschlossen.");
+    expectEnded();
+}
+
+TEST_F(FormatAssistant, ClosingItTwiceAsksOnce) {
+    goToThirdStep();
+    computer().answer = [this](const fake::Message& message) {
+        if (message.style == 1) return 1;
+        assistant.closeRequested();
+        console().child.exit();
+        return 7;
+    };
+    computer().onPump = [this] {
+        if (computer().pumps == 1) assistant.closeRequested();
+    };
+    assistant.Command1.click();
+    EXPECT_EQ(computer().messages.size(), 3U);
+}
+
+TEST_F(FormatAssistant, ClosingItOtherwiseAsksNothing) {
+    goToThirdStep();
+    assistant.closeRequested();
+    EXPECT_TRUE(computer().messages.empty());
+    EXPECT_FALSE(assistant.loaded());
+}
+
+// Nobody but an administrator goes on, but the formatter is not ended unasked.
+TEST_F(FormatAssistant, LostRightsDoNotEndTheFormatterUnasked) {
+    goToThirdStep();
+    computer().answer = [](const fake::Message& message) { return message.style == 1 ? 1 : 7; };
+    computer().onPump = [this] {
+        if (computer().pumps == 1) {
+            setAdministrator(false);
+            assistant.Command1.click();
+            EXPECT_TRUE(assistant.loaded());
+        }
+        if (computer().pumps == 2) console().child.exit();
+    };
+    assistant.Command1.click();
+    EXPECT_EQ(console().calls[3], "close process");
+    ASSERT_EQ(computer().messages.size(), 4U);
+    EXPECT_EQ(computer().messages[1].style, 16);
+    EXPECT_EQ(computer().messages[2].style, 308);
 }
 
 TEST_F(FormatAssistant, ClosingAndOpeningItEndsTheFormatter) {

@@ -18,6 +18,7 @@ REFUSAL = ("Zum Formatieren benötigen Sie Administrator-Rechte\nMelden Sie sich
            "oder verständigen Sie Ihren Systemadministrator!")
 DONE = "Formatierung abgeschlossen."
 FAILED = "Formatierung fehlgeschlagen."
+CANCEL = "Die Festplatte wird gerade formatiert. Wirklich abbrechen?"
 NOT_STARTED = "New process could not be created!"
 FORMATTER = "fat32format.exe"
 
@@ -80,16 +81,21 @@ class AssistantCase(SticksCase):
         """The number of the formatter that runs."""
         return int(program.wait_until(lambda: self.note(program, "number"), what="the formatter"))
 
-    def wait_child_gone(self, program, number):
-        """Ended, even when nobody has asked after it yet."""
-        def gone():
-            try:
-                state = Path(f"/proc/{number}/stat").read_text().rsplit(")", 1)[1].split()[0]
-            except (FileNotFoundError, ProcessLookupError):
-                return True
-            return state == "Z"
+    def is_gone(self, number):
+        """Whether it has ended, even when nobody has asked after it yet."""
+        try:
+            state = Path(f"/proc/{number}/stat").read_text().rsplit(")", 1)[1].split()[0]
+        except (FileNotFoundError, ProcessLookupError):
+            return True
+        return state == "Z"
 
-        program.wait_until(gone, what="the formatter's end")
+    def wait_child_gone(self, program, number):
+        program.wait_until(lambda: self.is_gone(number), what="the formatter's end")
+
+    def cancel(self, program):
+        """Closes the assistant while the formatter runs, and means it."""
+        program.close("Form1")
+        self.drop_message(program, REPORT_TITLE, CANCEL, 48, ("Ja", "Nein"))
 
     def expect_result(self, program, text):
         self.drop_message(program, REPORT_TITLE, text, 0)

@@ -2,8 +2,9 @@
 
 import os
 import unittest
+from pathlib import Path
 
-from assistant import ANSWER, DONE, FAILED, FIRST, FORMATTER, NOT_STARTED, THIRD, AssistantCase
+from assistant import ANSWER, CANCEL, DONE, FAILED, FIRST, FORMATTER, NOT_STARTED, THIRD, AssistantCase
 from case import REPORT_TITLE, TITLE
 from side_by_side import each, side_by_side
 
@@ -96,18 +97,53 @@ class WhileItRuns(AssistantCase):
         program.wait_for("chkAuto", "checked", True, window="frmMain")
         self.picture(program, "assistant-running")
 
-    def test_closing_the_assistant_ends_it(self):
+    def test_closing_the_assistant_asks(self):
         program, number = self.start_endless()
         program.close("Form1")
+        box = program.wait_message()
+        self.assertEqual((box["title"], box["text"], box["icon"], box["buttons"]),
+                         (REPORT_TITLE, CANCEL, 48, ["Ja", "Nein"]))
+        self.picture(program, "assistant-cancel")
+        program.appearance(dark=True)
+        self.picture(program, "assistant-cancel-dark")
+        program.type("", "Return")
+        program.wait_until(lambda: program.message() is None, what="the answer no")
+        self.assertIn("Form1", program.windows())
+        self.assertFalse(self.is_gone(number), "the formatter goes on")
+        self.cancel(program)
         self.wait_child_gone(program, number)
-        self.expect_result(program, DONE)  # it had written the word
+        self.expect_result(program, FAILED)  # though it had written the word
         self.close(program)
+
+    def test_it_may_end_behind_the_question(self):
+        program = self.start_assistant(ANSWER + 'until [ -e go ]; do sleep 0.05; done\necho Done\n')
+        self.start_format(program)
+        number = self.child(program)
+        program.close("Form1")
+        program.wait_message()
+        program.write("go", b"")
+        self.wait_child_gone(program, number)
+        program.answer("Ja")
+        self.expect_result(program, DONE)
 
     def test_closing_the_main_window_ends_it(self):
         program, number = self.start_endless()
         program.close("frmMain")
         self.assertEqual(program.exit_status(), 0, program.output())
         self.wait_child_gone(program, number)
+
+    def test_it_leaves_the_processor_to_others(self):
+        program = self.start_assistant("sleep 2\n")
+        self.start_format(program)
+        number = self.child(program)
+        before = self.seconds_worked(program)
+        self.wait_child_gone(program, number)
+        self.assertLess(self.seconds_worked(program) - before, 0.4)
+
+    def seconds_worked(self, program):
+        """Of the processor's time, by the program itself."""
+        user, system = Path(f"/proc/{program.process.pid}/stat").read_text().rsplit(")", 1)[1].split()[11:13]
+        return (int(user) + int(system)) / os.sysconf("SC_CLK_TCK")
 
     def test_told_to_end(self):
         program, number = self.start_endless()
@@ -122,8 +158,8 @@ class WhileItRuns(AssistantCase):
         self.expect_step(program, 1, FIRST)
         self.assertIsNone(program.message())
         self.assertEqual(self.child(program), number)
-        program.close("Form1")
-        self.expect_result(program, DONE)
+        self.cancel(program)
+        self.expect_result(program, FAILED)
 
     def test_opened_again(self):
         program, number = self.start_endless()
@@ -136,8 +172,8 @@ class WhileItRuns(AssistantCase):
         program, _ = self.start_endless()
         self.plug(program, "")
         self.expect_step(program, 3, THIRD.format("H:"))
-        program.close("Form1")
-        self.expect_result(program, DONE)
+        self.cancel(program)
+        self.expect_result(program, FAILED)
 
     def test_the_check_for_updates_goes_on_beside_it(self):
         program, _ = self.start_endless()

@@ -120,12 +120,25 @@ class WhileItRuns(WindowsAssistant, AssistantCase):
         self.mark_of_input(program)
         self.picture(program, "assistant-running")
 
-    def test_closing_the_assistant_ends_it(self):
+    def test_closing_the_assistant_asks(self):
         program = self.start_endless()
         program.close("Form1")
+        program.wait_message()
+        self.picture(program, "assistant-cancel")
+        program.type("", "Return")
+        program.wait_until(lambda: program.message() is None, what="the answer no")
+        self.assertIn("Form1", program.windows())
+        self.assertTrue(self.is_running(), "the formatter goes on")
+        self.cancel(program)
         self.expect_gone(program)
-        self.expect_result(program, DONE)  # it had written the word
+        self.expect_result(program, FAILED)  # though it had written the word
         self.close(program)
+
+    def test_a_key_of_the_console(self):
+        program = self.start_assistant("key\nDone\n")
+        self.start_format(program)
+        self.expect_result(program, DONE)
+        self.assertEqual(self.note(program, "answered"), "y\n")
 
     def test_closing_the_main_window_ends_it(self):
         program = self.start_endless()
@@ -145,15 +158,15 @@ class WhileItRuns(WindowsAssistant, AssistantCase):
         program.click("Command2", "Form1")
         self.expect_step(program, 1, FIRST)
         self.assertIsNone(program.message())
-        program.close("Form1")
-        self.expect_result(program, DONE)
+        self.cancel(program)
+        self.expect_result(program, FAILED)
 
     def test_a_disk_that_goes(self):
         program = self.start_endless()
         self.plug(program, "")
         self.expect_step(program, 3, THIRD.format("H:"))
-        program.close("Form1")
-        self.expect_result(program, DONE)
+        self.cancel(program)
+        self.expect_result(program, FAILED)
 
     def test_the_check_for_updates_goes_on_beside_it(self):
         program = self.start_endless()

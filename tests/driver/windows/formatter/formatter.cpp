@@ -1,8 +1,10 @@
 // Plays the formatter of hard disks. What it does is told by the file "formatter.txt" beside it, a word a
-// line: it notes how it was called, then "answer" waits for the answer and notes it, "hang" never ends,
-// "status 3" sets its exit status, and any other line is written as it stands; "part " in front of it leaves
-// out the line end.
+// line: it notes how it was called, then "answer" waits for the answer and notes it, "key" does so at the
+// keyboard of its console, "hang" never ends, "status 3" sets its exit status, and any other line is written
+// as it stands; "part " in front of it leaves out the line end.
 #include <windows.h>
+
+#include <conio.h>
 
 #include <cstdio>
 #include <cstdlib>
@@ -51,6 +53,8 @@ int main(int count, char** arguments) {
         if (line == "answer") {
             std::cout << "Warning: all data will be lost. Proceed (y/n)?" << std::flush;
             note("answered", answer());
+        } else if (line == "key") {
+            note("answered", std::string(1, static_cast<char>(_getch())));
         } else if (line == "hang") {
             note("hanging", "");
             Sleep(INFINITE);
