@@ -20,6 +20,12 @@ bool isSame(const UdisksVolume& left, const UdisksVolume& right) {
            std::abs(left.driveDetected - right.driveDetected) <= moment;
 }
 
+/// The list may be older than what the kernel tells of the device by now: then that is another disk. But a
+/// drive whose medium can be changed stays when it is.
+void keepNote(const UdisksVolume& before, UdisksVolume& volume) {
+    if (volume.type == DriveFixed && !before.note.empty()) volume.note = before.note;
+}
+
 char lowestFree(const std::vector<UdisksVolume>& volumes, char first, char last) {
     for (char letter = first; letter <= last; ++letter)
         if (!isTaken(volumes, letter)) return letter;
@@ -48,6 +54,7 @@ void DriveLetters::assign(std::vector<UdisksVolume>& volumes) {
         const auto before = std::find_if(last_.begin(), last_.end(),
                                          [&volume](const UdisksVolume& old) { return isSame(old, volume); });
         volume.letter = before == last_.end() ? '\0' : before->letter;
+        if (before != last_.end()) keepNote(*before, volume);
     }
     for (UdisksVolume& volume : volumes)
         if (volume.letter == 0) volume.letter = letterFor(volume, volumes);

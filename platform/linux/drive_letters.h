@@ -15,6 +15,7 @@ public:
     /// meanwhile. A new floppy drive takes `A` or `B`; every other new volume the letter above the highest in
     /// use, from `D` on, and once `Y` is taken the lowest free one: new volumes stand behind older ones. `Z`
     /// is never given.
+    /// What was noted of the disk of a volume that keeps its letter stays, too.
     void assign(std::vector<UdisksVolume>& volumes);
 
 private:

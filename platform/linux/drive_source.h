@@ -50,6 +50,8 @@ public:
     virtual DriveType type(char letter) = 0;
     /// What the drive is for the system, a device node or a folder; empty when nothing stands for it.
     virtual std::string target(char letter) = 0;
+    /// Which disk that is, as diskNote() has it; empty where no disk stands for it.
+    virtual std::string disk(char letter) = 0;
     /// Tells the drive's volume from every other one, see drive_identity.h; empty without a medium. It is as
     /// true as the list is new.
     virtual std::string identity(char letter) = 0;

@@ -1,5 +1,7 @@
 #include "platform/linux/udisks_drives.h"
 
+#include "platform/linux/disk_note.h"
+
 #include <sys/stat.h>
 #include <sys/sysmacros.h>
 
@@ -47,6 +49,8 @@ void UdisksDrives::refresh() {
     // Letters and mounts are kept in mind when the service is away: it may come back with the same volumes.
     if (!objects) return;
     volumes_ = udisksVolumes(*objects);
+    for (UdisksVolume& volume : volumes_)
+        volume.note = diskNote(volume.deviceNumber, volume.driveSerial.toStdString(), devices_);
     letters_.assign(volumes_);
     forgetWhatIsGone();
 }
@@ -95,6 +99,11 @@ std::string UdisksDrives::target(char letter) {
     if (letter == treeLetter) return tree;
     const UdisksVolume* volume = find(letter);
     return volume != nullptr ? volume->device : std::string();
+}
+
+std::string UdisksDrives::disk(char letter) {
+    const UdisksVolume* volume = find(letter);
+    return volume != nullptr ? volume->note : std::string();
 }
 
 /// The letter and its mount point may have passed on to a stick with the same names in the same port; the

@@ -25,6 +25,7 @@ struct UdisksVolume {
     bool hasFileSystem = false;
     VolumeNames names;
     std::vector<std::string> folders; ///< mount points
+    std::string note;                 ///< which disk it is on, as diskNote() has it
 };
 
 /// In the order in which the kernel numbered the devices. Left out are: what UDisks2 says to ignore; loop

@@ -1,5 +1,6 @@
 // The drive table over UDisks2: what it asks, mounts, unmounts and labels.
 #include "platform/device_events.h"
+#include "platform/linux/disk_note.h"
 #include "platform/linux/udisks_drives.h"
 #include "platform/linux/volume_folder.h"
 #include "platform/volumes.h"
@@ -490,6 +491,68 @@ TEST_F(UdisksTable, IdentityOfCopiesThatFollowEachOther) {
     EXPECT_NE(table.identity('D'), first) << "also before the service has noticed";
     plugIn("5");
     EXPECT_EQ(table.identity('D'), first);
+}
+
+/// A disk in the place of another one, which the service takes notice of later.
+TEST_F(UdisksTable, DiskIsTheOneThatWasListedFirst) {
+    const TemporaryFolder devices;
+    std::filesystem::create_directories(devices.path() / "0:17");
+    std::ofstream(devices.path() / "0:17" / "size") << "1000\n";
+    const auto plugIn = [&devices](const char* sequence) {
+        std::ofstream(devices.path() / "0:17" / "diskseq") << sequence << '\n';
+    };
+    UdisksDrives table("/proc/self/mounts", devices.path());
+    plugIn("5");
+    mock.add(drivePath("disk"), drive("WD 1"));
+    mock.add(blockPath("sdb"), blankBlock("sdb", 17, "disk"));
+    table.refresh();
+    EXPECT_EQ(table.disk('D'), "sequence=5,size=512000,serial=WD%201");
+    plugIn("6");
+    table.refresh();
+    EXPECT_EQ(table.disk('D'), "sequence=5,size=512000,serial=WD%201");
+    mock.remove(blockPath("sdb"));
+    mock.remove(drivePath("disk"));
+    mock.add(drivePath("other"), drive("WD 1", {{"TimeDetected", quint64{1'700'000'060'000'000}}}));
+    mock.add(blockPath("sdb"), blankBlock("sdb", 17, "other"));
+    table.refresh();
+    const char letter = table.letters().at(1);
+    ASSERT_EQ(table.target(letter), "/dev/sdb");
+    EXPECT_EQ(table.disk(letter), "sequence=6,size=512000,serial=WD%201");
+    EXPECT_EQ(table.disk('C'), "");
+    EXPECT_EQ(table.disk('Z'), "");
+}
+
+/// A reader stays when its card is changed.
+TEST_F(UdisksTable, DiskOfAMediumThatCanBeChangedIsThePresentOne) {
+    const TemporaryFolder devices;
+    std::filesystem::create_directories(devices.path() / "0:17");
+    std::ofstream(devices.path() / "0:17" / "size") << "1000\n";
+    UdisksDrives table("/proc/self/mounts", devices.path());
+    addStick("sdb1", 17);
+    for (const std::string sequence : {"5", "6"}) {
+        std::ofstream(devices.path() / "0:17" / "diskseq") << sequence << '\n';
+        table.refresh();
+        EXPECT_TRUE(table.disk('D').starts_with("sequence=" + sequence + ',')) << table.disk('D');
+    }
+}
+
+TEST(DiskNote, IsThatOfTheWholeDisk) {
+    const TemporaryFolder devices;
+    std::filesystem::create_directories(devices.path() / "sdb" / "sdb1");
+    std::filesystem::create_directory_symlink("sdb", devices.path() / "8:16");
+    std::filesystem::create_directory_symlink("sdb/sdb1", devices.path() / "8:17");
+    std::ofstream(devices.path() / "sdb" / "diskseq") << "12\n";
+    std::ofstream(devices.path() / "sdb" / "size") << "2000\n";
+    std::ofstream(devices.path() / "sdb" / "sdb1" / "size") << "1000\n";
+    std::ofstream(devices.path() / "sdb" / "sdb1" / "partition") << "1\n";
+    const std::string note = "sequence=12,size=1024000,serial=";
+    EXPECT_EQ(posix::diskNote(8 * 256 + 16, "", devices.path()), note);
+    EXPECT_EQ(posix::diskNote(8 * 256 + 17, "", devices.path()), note);
+    EXPECT_EQ(posix::diskNote(8 * 256 + 17, "a,b=/%ü_Z.-9", devices.path()),
+              note + "a%2Cb%3D%2F%25%C3%BC_Z.-9");
+    EXPECT_EQ(posix::diskNote(8 * 256 + 18, "", devices.path()), "");
+    std::filesystem::remove(devices.path() / "sdb" / "diskseq");
+    EXPECT_EQ(posix::diskNote(8 * 256 + 17, "", devices.path()), "");
 }
 
 TEST_F(UdisksTable, SequenceOfAPartitionIsThatOfItsDisk) {
