@@ -52,7 +52,8 @@ void mirrorDriveTable() {
     DriveSource& drives = driveSource();
     DriveLinks::Targets targets;
     for (const char letter : drives.letters())
-        if (const std::string target = drives.target(letter); !target.empty()) targets[letter] = target;
+        if (const std::string target = drives.target(letter); !target.empty())
+            targets[letter] = {target, drives.disk(letter)};
     table().links.show(targets);
 }
 

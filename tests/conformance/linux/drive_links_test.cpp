@@ -5,8 +5,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
 #include <string>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -32,6 +34,24 @@ protected:
 
     fs::path folderOf(pid_t process) const { return common / std::to_string(process); }
     static bool isThere(const fs::path& path) { return fs::exists(fs::symlink_status(path)); }
+    /// One that a program like this one could have made, with the folders that lead there.
+    void makeFolder(const fs::path& path) const {
+        for (const fs::path& part : {common, path}) {
+            fs::create_directory(part);
+            fs::permissions(part, fs::perms::owner_all);
+        }
+    }
+    /// There are no links, and one line tells it, however often they are to be shown.
+    void expectRefused() {
+        testing::internal::CaptureStderr();
+        links.show({{'E', {"/dev/sdb1"}}});
+        links.show({{'E', {"/dev/sdb1"}}});
+        links.remove();
+        const std::string told = testing::internal::GetCapturedStderr();
+        EXPECT_EQ(std::count(told.begin(), told.end(), '\n'), 1) << told;
+        EXPECT_NE(told.find(runtime.path()), std::string::npos) << told;
+        EXPECT_FALSE(isThere(own));
+    }
 
     TemporaryFolder runtime;
     fs::path common = runtime.path() / "orvanta-usbtool";
@@ -42,7 +62,7 @@ protected:
 } // namespace
 
 TEST_F(DriveLinksOfAProcess, AreTheUsersAlone) {
-    links.show({{'E', "/dev/sdb1"}});
+    links.show({{'E', {"/dev/sdb1"}}});
     EXPECT_EQ(fs::read_symlink(own / "e:"), "/dev/sdb1");
     EXPECT_EQ(fs::status(common).permissions(), fs::perms::owner_all);
     EXPECT_EQ(fs::status(own).permissions(), fs::perms::owner_all);
@@ -57,9 +77,9 @@ TEST_F(DriveLinksOfAProcess, HaveAFolderWithoutADrive) {
 
 TEST_F(DriveLinksOfAProcess, LeaveThoseOfAnotherAlone) {
     const fs::path others = folderOf(getppid());
-    fs::create_directories(others);
+    makeFolder(others);
     fs::create_symlink("/dev/sdc1", others / "e:");
-    links.show({{'E', "/dev/sdb1"}});
+    links.show({{'E', {"/dev/sdb1"}}});
     EXPECT_EQ(fs::read_symlink(others / "e:"), "/dev/sdc1");
     links.remove();
     EXPECT_FALSE(isThere(own));
@@ -68,8 +88,9 @@ TEST_F(DriveLinksOfAProcess, LeaveThoseOfAnotherAlone) {
 
 TEST_F(DriveLinksOfAProcess, TakeThoseOfTheDeadAway) {
     const fs::path left = folderOf(deadProcess());
-    fs::create_directories(left);
-    fs::create_symlink("/dev/sdc1", left / "e:");
+    makeFolder(left);
+    for (const char* name : {"e:", "e:.disk", "e:new", "e:.disknew"})
+        fs::create_symlink("/dev/sdc1", left / name);
     fs::create_directory(common / "0");
     fs::create_directory(common / "12x");
     links.show({});
@@ -79,7 +100,7 @@ TEST_F(DriveLinksOfAProcess, TakeThoseOfTheDeadAway) {
 }
 
 TEST_F(DriveLinksOfAProcess, AreSetRightWhenSomebodyChangedThem) {
-    const DriveLinks::Targets targets = {{'E', "/dev/sdb1"}, {'F', "/dev/sdc1"}};
+    const DriveLinks::Targets targets = {{'E', {"/dev/sdb1"}}, {'F', {"/dev/sdc1"}}};
     links.show(targets);
     fs::remove(own / "e:");
     fs::remove(own / "f:");
@@ -95,16 +116,110 @@ TEST_F(DriveLinksOfAProcess, AreSetRightWhenSomebodyChangedThem) {
 }
 
 TEST_F(DriveLinksOfAProcess, AreSetWhateverAnEarlierTryLeftBehind) {
-    fs::create_directories(own);
+    makeFolder(own);
     fs::create_symlink("/dev/sda1", own / "e:new");
-    links.show({{'E', "/dev/sdb1"}});
+    links.show({{'E', {"/dev/sdb1"}}});
     EXPECT_EQ(fs::read_symlink(own / "e:"), "/dev/sdb1");
     EXPECT_FALSE(isThere(own / "e:new"));
 }
 
 TEST_F(DriveLinksOfAProcess, AreGoneInTheEnd) {
-    links.show({{'E', "/dev/sdb1"}});
+    links.show({{'E', {"/dev/sdb1"}}});
     fs::create_symlink("/dev/sda1", own / "f:new");
     links.remove();
     EXPECT_FALSE(isThere(common));
+}
+
+TEST_F(DriveLinksOfAProcess, TellWhichDiskIsMeant) {
+    links.show({{'E', {"/dev/sdb1", "sequence=7"}}, {'F', {"/srv"}}});
+    EXPECT_EQ(fs::read_symlink(own / "e:.disk"), "sequence=7");
+    EXPECT_FALSE(isThere(own / "f:.disk"));
+    links.show({{'E', {"/dev/sdb1", "sequence=8"}}});
+    EXPECT_EQ(fs::read_symlink(own / "e:"), "/dev/sdb1");
+    EXPECT_EQ(fs::read_symlink(own / "e:.disk"), "sequence=8");
+    links.show({{'E', {"/srv"}}});
+    EXPECT_EQ(fs::read_symlink(own / "e:"), "/srv");
+    EXPECT_FALSE(isThere(own / "e:.disk"));
+    links.show({{'E', {"/dev/sdb1", "sequence=8"}}});
+    links.show({});
+    EXPECT_TRUE(fs::is_empty(own));
+    links.show({{'E', {"/dev/sdb1", "sequence=8"}}});
+    links.remove();
+    EXPECT_FALSE(isThere(common));
+}
+
+TEST_F(DriveLinksOfAProcess, FollowNoLink) {
+    const TemporaryFolder elsewhere;
+    const fs::path precious = elsewhere.path() / std::to_string(deadProcess());
+    fs::create_directory(precious);
+    std::ofstream(precious / "file") << "text";
+    fs::create_directory_symlink(elsewhere.path(), common);
+    expectRefused();
+    EXPECT_TRUE(isThere(precious / "file"));
+    EXPECT_TRUE(isThere(common)) << "not its own";
+}
+
+TEST_F(DriveLinksOfAProcess, FollowNoLinkInTheirOwnPlace) {
+    const TemporaryFolder elsewhere;
+    makeFolder(common);
+    fs::create_symlink("/dev/sda1", elsewhere.path() / "e:");
+    fs::create_directory_symlink(elsewhere.path(), own);
+    links.show({{'F', {"/dev/sdb1"}}});
+    links.remove();
+    EXPECT_TRUE(isThere(elsewhere.path() / "e:"));
+    EXPECT_FALSE(isThere(elsewhere.path() / "f:"));
+}
+
+TEST_F(DriveLinksOfAProcess, NeedAFolderThatIsTheUsersAlone) {
+    makeFolder(common);
+    fs::permissions(common, fs::perms::group_write | fs::perms::others_all, fs::perm_options::add);
+    expectRefused();
+}
+
+TEST_F(DriveLinksOfAProcess, NeedARuntimeDirectoryThatNobodyElseMayWriteTo) {
+    fs::permissions(runtime.path(), fs::perms::all);
+    expectRefused();
+    EXPECT_FALSE(isThere(common));
+}
+
+TEST_F(DriveLinksOfAProcess, AreNotInAFolderOfAnotherUser) {
+    constexpr uid_t another = 65534;
+    if (geteuid() != 0) GTEST_SKIP() << "only root may give folders away";
+    makeFolder(common);
+    ASSERT_EQ(chown(common.c_str(), another, another), 0);
+    expectRefused();
+    fs::remove(common);
+    ASSERT_EQ(chown(runtime.path().c_str(), another, another), 0);
+    links = {};
+    expectRefused();
+    EXPECT_FALSE(isThere(common));
+}
+
+TEST_F(DriveLinksOfAProcess, TakeNothingAwayThatTheyDidNotMake) {
+    const TemporaryFolder elsewhere;
+    fs::create_symlink("/dev/sda1", elsewhere.path() / "e:");
+    const fs::path left = folderOf(deadProcess());
+    makeFolder(left);
+    fs::create_symlink("/dev/sda1", left / "e:");
+    fs::create_symlink("/dev/sda1", left / "link");
+    std::ofstream(left / "f:") << "text";
+    const fs::path linked = folderOf(deadProcess());
+    fs::create_directory_symlink(elsewhere.path(), linked);
+    links.show({});
+    EXPECT_FALSE(isThere(left / "e:"));
+    EXPECT_TRUE(isThere(left / "link"));
+    EXPECT_TRUE(isThere(left / "f:"));
+    EXPECT_TRUE(isThere(linked));
+    EXPECT_TRUE(isThere(elsewhere.path() / "e:"));
+    std::ofstream(own / "file") << "text";
+    links.remove();
+    EXPECT_TRUE(isThere(own / "file"));
+}
+
+TEST_F(DriveLinksOfAProcess, NeedNoRuntimeDirectory) {
+    setenv("XDG_RUNTIME_DIR", (runtime.path() / "missing").c_str(), 1);
+    testing::internal::CaptureStderr();
+    links.show({{'E', {"/dev/sdb1"}}});
+    links.remove();
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
 }
