@@ -168,7 +168,7 @@ void frmMain::cmdSearch_Click() {
 }
 
 void frmMain::cmdSaveOnStick_Click() {
-    drive::SavePath(*this);
+    if (!drive::SavePath(*this)) return; // the change stays marked, so that closing asks
     UnsavedChanges = false;
     cmdSaveOnStick.setEnabled(false);
 }

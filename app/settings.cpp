@@ -4,6 +4,7 @@
 #include "app/number_text.h"
 #include "app/program_path.h"
 #include "drive/cDrive.h"
+#include "drive/device_monitor.h"
 #include "online/download.h"
 #include "platform/basINI.h"
 #include "platform/files.h"
@@ -63,6 +64,7 @@ void frmMain::cmbSize_Click() {
         drive.ChooseUSB_Info(drive.p_GetDriveLetters("0"));
     } else {
         drive.GetDriveCapacity();
+        if (drive.TotalSpace() <= 0) drive::deviceRemoved(program_);
     }
     SetLabelCap();
 }

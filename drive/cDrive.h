@@ -46,10 +46,12 @@ public:
     /// Decides from the lists and `sItem` (a root, or empty) what the window shows: a stick, no stick, or
     /// what it did.
     void ChooseUSB_Info(const std::string& sItem = {});
-    /// Shows the stick whose root is entry "0" of the drive letters.
+    /// Shows the stick whose root is entry "0" of the drive letters, and notes what it is.
     void SetUSB_Info();
     /// Shows that there is no stick; the drive letter stays in view.
     void RemoveUSB_Info();
+    /// What the stick is that is shown; empty when none is. Nothing else may be written to.
+    const platform::DriveIdentity& shownStick() const noexcept { return shownStick_; }
     /// True for an existing folder, and for an existing file whose only attribute is the archive bit. Never
     /// fails.
     bool mp_PathExists(const std::string& path) const;
@@ -63,6 +65,8 @@ public:
     /// The volume label; stores the name of the file system, too.
     std::string mp_GetDriveName(const std::string& Drive);
     const std::string& mp_FileSystem() const noexcept { return fileSystem_; }
+    /// Nothing happens, and nothing is told, where that fails or when the drive is not the stick that is
+    /// shown.
     void mp_SetDriveName(const std::string& Drive, const std::string& Name);
 
     /// Shows how large, how full and how free the stick is, in the chosen unit. A stick that has no size,
@@ -82,6 +86,7 @@ private:
     platform::KeyedList driveTypes_;
     platform::KeyedList driveLetters_;
     platform::KeyedList usbInfos_;
+    platform::DriveIdentity shownStick_;
     std::string standardPath_;
     std::string profileValue_; ///< first value of the last profile file that an evaluation read
     std::string fileSystem_;

@@ -46,7 +46,7 @@ std::string cDrive::mp_GetDriveName(const std::string& Drive) {
 }
 
 void cDrive::mp_SetDriveName(const std::string& Drive, const std::string& Name) {
-    platform::setVolumeLabel(Drive, Name);
+    if (shownStick_) platform::setVolumeLabel(Drive, Name, shownStick_);
 }
 
 void drive::Command1_Click(frmMain& window) {

@@ -22,9 +22,19 @@ void OpenDir(frmMain& window, const std::string& spath) {
         platform::showFolder(window.handle(), spath);
 }
 
-void SavePath(frmMain& window) {
-    const std::string root = app::withBackslash(window.program().Drive->p_GetDriveLetters("0"));
-    basINI::IniWrite(root + "USB.ini", "Open", "Dir", window.txtOpenPath.text());
+bool SavePath(frmMain& window) {
+    cDrive& drive = *window.program().Drive;
+    const std::string root = app::withBackslash(drive.p_GetDriveLetters("0"));
+    const std::string path = window.txtOpenPath.text();
+    if (!drive.shownStick() || !basINI::IniWrite(root + "USB.ini", "Open", "Dir", path, drive.shownStick()))
+        return false;
+    drive.mp_StandardPfad(withoutLeadingBackslash(path));
+    return true;
+}
+
+std::string withoutLeadingBackslash(std::string path) {
+    if (path.starts_with('\\')) path.erase(0, 1);
+    return path;
 }
 
 /// The choice among several sticks does not shorten the list of drive types, so after it the button does

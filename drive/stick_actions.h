@@ -13,8 +13,12 @@ namespace drive {
 /// is on a stick, nobody has asked to run.
 void OpenDir(frmMain& window, const std::string& spath);
 
-/// Writes the standard path into the stick's profile file.
-void SavePath(frmMain& window);
+/// Writes the standard path into the profile file of the stick that is shown, and uses it from now on. False,
+/// and nothing is told, when it could not be written.
+bool SavePath(frmMain& window);
+
+/// The standard path as it is used, behind the stick's root.
+std::string withoutLeadingBackslash(std::string path);
 
 /// Opens the stick's standard folder, when the last scan found exactly one stick.
 void cmdOpen_Click(frmMain& window);

@@ -3,6 +3,7 @@
 #include "app/frmMain.h"
 #include "app/program_path.h"
 #include "drive/cDrive.h"
+#include "drive/stick_actions.h"
 #include "drive/stick_icons.h"
 #include "platform/cTray.h"
 #include "toolkit/picture.h"
@@ -24,6 +25,7 @@ void showStickState(frmMain& window, const char* picture, const char* text, bool
 void cDrive::SetUSB_Info() {
     frmMain& window = *program_.MainWindow;
     const std::string root = p_GetDriveLetters("0");
+    shownStick_ = platform::driveIdentity(root);
     GetDriveCapacity();
     window.lblLW.setCaption(root);
     showStandardPath(root);
@@ -39,14 +41,14 @@ void cDrive::SetUSB_Info() {
 /// none read in this pass. This is intended.
 void cDrive::showStandardPath(const std::string& root) {
     if (!mp_PathExists(root + "USB.ini")) return;
-    std::string path = profileValue_;
-    if (path.starts_with('\\')) path.erase(0, 1);
+    const std::string path = drive::withoutLeadingBackslash(profileValue_);
     mp_StandardPfad(path);
     program_.MainWindow->txtOpenPath.setText(path);
 }
 
 void cDrive::RemoveUSB_Info() {
     frmMain& window = *program_.MainWindow;
+    shownStick_ = {};
     window.txtOpenPath.setText("");
     mp_StandardPfad("");
     window.txtFAT.setText("");

@@ -4,7 +4,9 @@
 #include "app/number_text.h"
 #include "app/program_path.h"
 #include "drive/cDrive.h"
+#include "drive/device_monitor.h"
 #include "online/download.h"
+#include "online/file_name.h"
 #include "online/server_addresses.h"
 #include "platform/files.h"
 #include "platform/shell.h"
@@ -13,6 +15,8 @@
 #include "toolkit/message_box.h"
 #include "toolkit/pump.h"
 #include "toolkit/runtime_error.h"
+
+#include <optional>
 
 namespace job {
 
@@ -23,17 +27,56 @@ using toolkit::RuntimeError;
 
 constexpr std::int16_t noSettings = -1;
 
+/// Names of the files to fetch.
+struct Files {
+    std::string firmware;
+    std::optional<std::string> settings;
+};
+
+Files chosenFiles(frmMain& window) {
+    const online::Catalog& catalog = window.Receivers;
+    Files files;
+    files.firmware = online::element(catalog.FirmwareFile, window.SelectedFirmware);
+    if (window.SelectedSettings != noSettings)
+        files.settings =
+            online::element(catalog.SettingsFile, window.SelectedFirmware, window.SelectedSettings);
+    return files;
+}
+
+/// The names are the server's, and not every name may be written.
+void checkNames(const Files& files) {
+    for (const std::string& name : {files.firmware, files.settings.value_or(files.firmware)})
+        if (!online::isFileNameForStick(name)) throw RuntimeError(ErrorNumber::PathFileAccess, name);
+}
+
 void refreshCapacity(frmMain& window) {
     window.program().Drive->GetDriveCapacity();
     toolkit::DoEvents();
 }
 
+/// What is written to, and how it is known again.
+struct Stick {
+    std::string root;
+    platform::DriveIdentity identity;
+};
+
+/// Throws when another one is in its place, or none.
+void checkPlace(const Stick& stick) {
+    if (!stick.identity || platform::driveIdentity(stick.root) != stick.identity)
+        throw RuntimeError(ErrorNumber::DiskNotReady, stick.root);
+}
+
+/// The stick that the window shows.
+Stick shownStick(frmMain& window) {
+    Stick stick{window.lblLW.caption(), window.program().Drive->shownStick()};
+    checkPlace(stick);
+    return stick;
+}
+
 /// The figure is compared in the unit it is shown in, so in "GB" the job demands 5 GB: this is intended.
 bool enoughSpace(frmMain& window) {
     constexpr double required = 5;
-    const std::string& free = window.lblHDFree.caption();
-    if (free.empty()) throw RuntimeError(ErrorNumber::DiskNotReady, window.lblLW.caption());
-    if (app::numberFromText(free) >= required) return true;
+    if (app::numberFromText(window.lblHDFree.caption()) >= required) return true;
     toolkit::messageBox(app::joinLines({"Sie benötigen mindestens 5 MB freien Speicherplatz am USB-Stick!",
                                         "Löschen Sie unbenötigte Daten und versuchen Sie es nochmal."}),
                         toolkit::Critical, "Zuwenig Speicher verfügbar !");
@@ -64,22 +107,25 @@ bool connected(frmMain& window) {
 
 /// The file is called ".txt" on the server and not on the stick, and an empty download is written, too: both
 /// are intended.
-void transfer(frmMain& window, const std::string& root, const std::string& file, const char* downtype) {
+void transfer(frmMain& window, const Stick& stick, const std::string& file, const char* downtype) {
     const std::string contents = online::OpenURL(window, online::downloadUrl() + file + ".txt", downtype);
-    online::WriteFile(root + file, contents);
+    checkPlace(stick);
+    online::WriteFile(stick.root + file, contents, stick.identity);
 }
 
-void copyToStick(const std::string& root, const std::string& file) {
+void copyToStick(const Stick& stick, const std::string& file) {
     const std::string source = app::programPath() + file;
-    const std::string target = root + file;
-    const platform::FileResult result = platform::copyFile(source, target);
+    const std::string target = stick.root + file;
+    checkPlace(stick);
+    const platform::FileResult result = platform::copyFile(source, target, stick.identity);
     if (result != platform::FileResult::Ok)
         throw RuntimeError(static_cast<ErrorNumber>(result), online::FileExists(source) ? target : source);
 }
 
 /// From here on the stick may be pulled.
-void settle(const std::string& root) {
-    if (!platform::settleVolume(root)) throw RuntimeError(ErrorNumber::DeviceIo, root);
+void settle(const Stick& stick) {
+    checkPlace(stick);
+    if (!platform::settleVolume(stick.root)) throw RuntimeError(ErrorNumber::DeviceIo, stick.root);
 }
 
 void showSuccess() {
@@ -99,23 +145,27 @@ void showSuccess() {
 
 void cmdChoose_Click(frmMain& window) {
     refreshCapacity(window);
+    if (window.lblHDFree.caption().empty()) { // pulled, and nobody told
+        drive::deviceRemoved(window.program());
+        return;
+    }
     if (!enoughSpace(window)) return;
 
-    // What is written is what the user confirms, whatever is clicked or plugged in while it is fetched.
-    const std::string root = window.lblLW.caption();
-    const std::int16_t receiver = window.SelectedFirmware;
-    const std::int16_t settings = window.SelectedSettings;
-    if (!confirmed(window) || !connected(window)) return;
+    // What is written is what the user confirms, whatever is clicked or plugged in while it is fetched; and
+    // where to, is the stick that the window shows at that moment.
+    const Files files = chosenFiles(window);
+    if (!confirmed(window)) return;
+    const Stick stick = shownStick(window);
+    checkNames(files);
+    if (!connected(window)) return;
 
-    const online::Catalog& catalog = window.Receivers;
-    transfer(window, root, std::string(online::element(catalog.FirmwareFile, receiver)), "1");
-    if (settings != noSettings)
-        transfer(window, root, std::string(online::element(catalog.SettingsFile, receiver, settings)), "2");
+    transfer(window, stick, files.firmware, "1");
+    if (files.settings) transfer(window, stick, *files.settings, "2");
     window.showOnlineState("Update abgeschlossen", "Update abgeschlossen.");
     refreshCapacity(window);
-    copyToStick(root, "autorun.inf");
-    copyToStick(root, "orvantastick.ico");
-    settle(root);
+    copyToStick(stick, "autorun.inf");
+    copyToStick(stick, "orvantastick.ico");
+    settle(stick);
     showSuccess();
 }
 

@@ -103,9 +103,9 @@ std::string ReadFile(std::string_view Path) {
     return contents;
 }
 
-void WriteFile(std::string_view Path, std::string_view Text) {
+void WriteFile(std::string_view Path, std::string_view Text, const platform::DriveIdentity& Drive) {
     if (FileExists(Path) && platform::fileLength(Path) == Text.size() && ReadFile(Path) == Text) return;
-    check(platform::writeWholeFile(Path, Text), Path);
+    check(platform::writeWholeFile(Path, Text, Drive), Path);
 }
 
 } // namespace online

@@ -2,6 +2,8 @@
 // stick exactly as the server has it.
 #pragma once
 
+#include "platform/drive_identity.h"
+
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -26,7 +28,7 @@ bool FileExists(std::string_view Path);
 std::string ReadFile(std::string_view Path);
 
 /// Writes the file, unless it holds exactly this already, to spare the stick. Throws toolkit::RuntimeError
-/// when it cannot be written.
-void WriteFile(std::string_view Path, std::string_view Text);
+/// when it cannot be written, or when the path leads to another drive than the given one (DiskNotReady).
+void WriteFile(std::string_view Path, std::string_view Text, const platform::DriveIdentity& Drive = {});
 
 } // namespace online

@@ -51,9 +51,11 @@ void appendLine(std::string_view line, std::string_view file) {
 
 } // namespace
 
-bool IniWrite(std::string_view file, std::string_view section, std::string_view key, std::string_view value) {
+bool IniWrite(std::string_view file, std::string_view section, std::string_view key, std::string_view value,
+              const platform::DriveIdentity& drive) {
     const std::string stored = value.empty() ? " " : platform::toAnsi(value);
-    return platform::writeProfileString(platform::toAnsi(section), platform::toAnsi(key), stored, file);
+    return platform::writeProfileString(platform::toAnsi(section), platform::toAnsi(key), stored, file,
+                                        drive);
 }
 
 void IniReset() {

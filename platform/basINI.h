@@ -2,6 +2,8 @@
 // position.
 #pragma once
 
+#include "platform/drive_identity.h"
+
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -11,7 +13,9 @@ namespace basINI {
 
 /// Writes one key; false when the file could not be written. An empty value is stored as one blank, so that
 /// the key never disappears.
-bool IniWrite(std::string_view file, std::string_view section, std::string_view key, std::string_view value);
+/// Only on that drive, when one is given.
+bool IniWrite(std::string_view file, std::string_view section, std::string_view key, std::string_view value,
+              const platform::DriveIdentity& drive = {});
 
 /// Replaces the lists of keys and values by empty ones.
 void IniReset();

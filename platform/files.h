@@ -2,7 +2,13 @@
 // then names separated by `\`. Names match regardless of case. `..` stops at the root; a device name (`NUL`,
 // `COM1`), a control character or one of `<>:"|?*` in a name is a path that is not found. No path leaves its
 // drive.
+//
+// What writes takes the identity of the drive that the path has to lead to. It is compared when the drive's
+// root folder is open, and everything happens in that folder: on another drive that has the letter meanwhile
+// the result is DiskNotReady, and nothing has been touched. An empty identity is any drive.
 #pragma once
+
+#include "platform/drive_identity.h"
 
 #include <cstdint>
 #include <memory>
@@ -45,11 +51,12 @@ std::optional<std::uint64_t> fileLength(std::string_view path);
 FileResult readWholeFile(std::string_view path, std::string& contents);
 
 /// Creates the file or empties it, writes the contents and brings them onto the medium before it returns.
-FileResult writeWholeFile(std::string_view path, std::string_view contents);
+FileResult writeWholeFile(std::string_view path, std::string_view contents, const DriveIdentity& drive = {});
 
-/// Copies a file, attributes included, over the target if there is one, and brings it onto the medium before
-/// it returns. Windows: `CopyFileA`.
-FileResult copyFile(std::string_view source, std::string_view target);
+/// Copies a file over the target if there is one, whatever attributes that has, and brings it onto the medium
+/// before it returns. The copy gets the source's attributes but the read-only one, which would keep the next
+/// copy from its place. A file is not copied onto itself (PermissionDenied).
+FileResult copyFile(std::string_view source, std::string_view target, const DriveIdentity& drive = {});
 
 /// Windows: `DeleteFileA`.
 FileResult deleteFile(std::string_view path);

@@ -2,6 +2,8 @@
 // path is UTF-8, as in files.h. Section and key names match regardless of case.
 #pragma once
 
+#include "platform/drive_identity.h"
+
 #include <cstdint>
 #include <optional>
 #include <span>
@@ -21,9 +23,11 @@ std::uint32_t profileSectionNames(std::span<char> buffer, std::string_view path)
 
 /// Writes one key, or deletes it (no value), or deletes the section (no key). Lines that it does not touch
 /// stay as they are, and the file's old contents are safe until the new ones are. False when the file could
-/// not be written, or when a text holds a line end or a NUL. Windows: `WritePrivateProfileStringA`,
+/// not be written, or when a text holds a line end or a NUL. `drive` is the drive that the path has to lead
+/// to, as in files.h. Windows: `WritePrivateProfileStringA`,
 /// https://learn.microsoft.com/windows/win32/api/winbase/nf-winbase-writeprivateprofilestringa
 bool writeProfileString(std::string_view section, std::optional<std::string_view> key,
-                        std::optional<std::string_view> value, std::string_view path);
+                        std::optional<std::string_view> value, std::string_view path,
+                        const DriveIdentity& drive = {});
 
 } // namespace platform

@@ -1,6 +1,8 @@
 // The drives of the computer: which there are, what they are, how full they are, what they are called.
 #pragma once
 
+#include "platform/drive_identity.h"
+
 #include <array>
 #include <cstdint>
 #include <span>
@@ -48,9 +50,10 @@ bool diskFreeSpace(std::string_view root, DiskFreeSpace& space);
 /// https://learn.microsoft.com/windows/win32/api/fileapi/nf-fileapi-getvolumeinformationa
 bool volumeInformation(std::string_view root, std::span<char> label, std::span<char> fileSystem);
 
-/// Gives the volume another label, or none. Windows: `SetVolumeLabelA`,
+/// Gives the volume another label, or none; `drive` is what the root has to lead to, and any drive when it is
+/// empty. Windows: `SetVolumeLabelA`,
 /// https://learn.microsoft.com/windows/win32/api/winbase/nf-winbase-setvolumelabela
-bool setVolumeLabel(std::string_view root, std::string_view label);
+bool setVolumeLabel(std::string_view root, std::string_view label, const DriveIdentity& drive = {});
 
 /// Brings everything written to the drive onto the medium; the drive may be pulled afterwards. False when the
 /// medium did not take it. Windows: `FlushFileBuffers` on the volume.

@@ -113,16 +113,29 @@ FileResult writeAll(int file, std::string_view bytes) {
     return FileResult::Ok;
 }
 
+void clearAttributes(Place& place) {
+    UniqueFd file;
+    if (!place.isFile() || openPlainFile(place, O_RDONLY, file) != FileResult::Ok) return;
+    if (const auto stored = fatAttributes(file.get())) {
+        std::uint32_t attributes = *stored & ~std::uint32_t{FileReadOnly | FileHidden | FileSystem};
+        if (attributes != *stored) (void)ioctl(file.get(), FAT_IOCTL_SET_ATTRIBUTES, &attributes);
+    } else if ((place.info->st_mode & S_IWUSR) == 0) {
+        (void)fchmod(file.get(), (place.info->st_mode & permissionBits) | S_IWUSR);
+    }
+    struct stat info {};
+    if (fstat(file.get(), &info) == 0) place.info = info;
+}
+
 FileResult copyAttributes(int from, const Place& source, int to) {
     int result = 0;
     struct stat info {};
     if (isFat(to)) {
-        std::uint32_t attributes = attributesOf(source) | FileArchive;
+        std::uint32_t attributes = (attributesOf(source) | FileArchive) & ~std::uint32_t{FileReadOnly};
         result = ioctl(to, FAT_IOCTL_SET_ATTRIBUTES, &attributes);
     } else if (fstat(from, &info) == 0) {
         // On FAT the mount options give every file the right to be executed, which says nothing about it.
         const mode_t kept = isFat(from) ? permissionBits & ~executeBits : permissionBits;
-        result = fchmod(to, info.st_mode & kept);
+        result = fchmod(to, (info.st_mode & kept) | S_IWUSR);
     }
     // A file system without such attributes is no failure, one that cannot be written is.
     const FileResult outcome = result == 0 ? FileResult::Ok : fileResult(errno);

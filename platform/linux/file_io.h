@@ -28,7 +28,12 @@ FileResult readSome(int file, char* buffer, std::size_t size, std::size_t& count
 /// Writes all of it; on a failure what has been written stays.
 FileResult writeAll(int file, std::string_view bytes);
 
-/// Gives a file the attributes, or the permissions, of another, as far as its file system keeps them.
+/// Takes a file's attributes that keep it from being written over, or hide it, away: the stored ones on FAT,
+/// else the missing right of its owner to write. Whether that succeeded, opening it will tell.
+void clearAttributes(Place& place);
+
+/// Gives a file the attributes, or the permissions, of another, as far as its file system keeps them; its
+/// owner may write it, whatever the other one says.
 FileResult copyAttributes(int from, const Place& source, int to);
 
 /// Brings a file onto its medium.

@@ -59,8 +59,8 @@ bool takeOver(const Place& place, int file) {
 
 } // namespace
 
-FileReplacement::FileReplacement(std::string_view path) {
-    if (locate(path, place_) != FileResult::Ok || place_.asksForFolder) return;
+FileReplacement::FileReplacement(std::string_view path, const DriveIdentity& drive) {
+    if (locate(path, place_, drive) != FileResult::Ok || place_.asksForFolder) return;
     if (!place_.info) {
         possible_ = true;
         return;

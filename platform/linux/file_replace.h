@@ -12,7 +12,7 @@ namespace platform::posix {
 /// the user may set them.
 class FileReplacement {
 public:
-    explicit FileReplacement(std::string_view path);
+    explicit FileReplacement(std::string_view path, const DriveIdentity& drive = {});
 
     bool exists() const { return place_.isFile(); }
 

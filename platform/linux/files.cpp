@@ -47,13 +47,6 @@ bool isSameFile(const Place& a, const Place& b) {
     return b.info && a.info->st_dev == b.info->st_dev && a.info->st_ino == b.info->st_ino;
 }
 
-/// As documented of the Windows function, a hidden target is refused like a read-only one; and a file is not
-/// copied onto itself, which would empty it.
-bool mayCopyOver(const Place& source, const Place& target) {
-    if (!target.isFile()) return true;
-    return !isSameFile(source, target) && (attributesOf(target) & (FileReadOnly | FileHidden)) == 0;
-}
-
 } // namespace
 
 std::optional<std::uint32_t> fileAttributes(std::string_view path) {
@@ -86,24 +79,25 @@ FileResult readWholeFile(std::string_view path, std::string& contents) {
     return result;
 }
 
-FileResult writeWholeFile(std::string_view path, std::string_view contents) {
+FileResult writeWholeFile(std::string_view path, std::string_view contents, const DriveIdentity& drive) {
     Place place;
     UniqueFd file;
-    FileResult result = locate(path, place);
+    FileResult result = locate(path, place, drive);
     if (result == FileResult::Ok) result = openToWrite(place, file);
     if (result != FileResult::Ok) return result;
     return fillFile(place, file, [contents](int target) { return writeAll(target, contents); });
 }
 
-FileResult copyFile(std::string_view source, std::string_view target) {
+FileResult copyFile(std::string_view source, std::string_view target, const DriveIdentity& drive) {
     Place from;
     Place to;
     UniqueFd input;
     UniqueFd output;
     FileResult result = locate(source, from);
     if (result == FileResult::Ok) result = openToRead(from, input);
-    if (result == FileResult::Ok) result = locate(target, to);
-    if (result == FileResult::Ok && !mayCopyOver(from, to)) result = FileResult::PermissionDenied;
+    if (result == FileResult::Ok) result = locate(target, to, drive);
+    if (result == FileResult::Ok && isSameFile(from, to)) result = FileResult::PermissionDenied;
+    if (result == FileResult::Ok) clearAttributes(to);
     if (result == FileResult::Ok) result = openToWrite(to, output);
     if (result != FileResult::Ok) return result;
     return fillFile(to, output, [&from, &input](int file) {

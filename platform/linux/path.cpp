@@ -1,5 +1,6 @@
 #include "platform/linux/path.h"
 
+#include "platform/linux/drive_source.h"
 #include "platform/linux/drive_table.h"
 #include "platform/linux/file_error.h"
 #include "platform/linux/file_name.h"
@@ -80,6 +81,14 @@ bool splitPath(std::string_view path, Route& route) {
     return splitNames(path.substr(route.folder.size()), route);
 }
 
+/// The folder is open, so it is this very one that is written, whatever gets its letter or its path from here
+/// on.
+bool isOnDrive(const Place& place, char letter, const DriveIdentity& drive) {
+    struct stat folder {};
+    if (letter == 0 || fstat(place.folder.get(), &folder) != 0) return false;
+    return driveIdentity(std::string{letter, ':', '\\'}) == drive && driveSource().isRoot(letter, folder);
+}
+
 FileResult openRoot(const Route& route, Place& place) {
     place.followsLinks = route.drive == 0;
     place.asksForFolder = route.asksForFolder;
@@ -145,12 +154,13 @@ FileResult lookUpLast(Place& place) {
 
 } // namespace
 
-FileResult locate(std::string_view path, Place& place) {
+FileResult locate(std::string_view path, Place& place, const DriveIdentity& drive) {
     place = {};
     Route route;
     if (!splitPath(path, route)) return FileResult::PathNotFound;
     FileResult result = openRoot(route, place);
     if (result != FileResult::Ok) return result;
+    if (drive && !isOnDrive(place, route.drive, drive)) return FileResult::DiskNotReady;
     place.isRoot = route.names.empty();
     if (place.isRoot) place.name = ".";
     for (std::size_t i = 0; i < route.names.size(); ++i) {

@@ -35,8 +35,9 @@ struct Place {
 /// differs in case. Ok also when the last name does not exist.
 ///
 /// Each folder is opened from the one before it without following links (on a drive), so that no link on a
-/// stick leads out of it, not even one that is put there at this moment.
-FileResult locate(std::string_view path, Place& place);
+/// stick leads out of it, not even one that is put there at this moment. With a drive given, the root folder
+/// that has been opened must be that drive's, else the result is DiskNotReady.
+FileResult locate(std::string_view path, Place& place, const DriveIdentity& drive = {});
 
 /// Absolute path of a file or folder that exists; no value when it does not.
 std::optional<std::string> nativePath(std::string_view path);

@@ -52,12 +52,13 @@ std::uint32_t profileSectionNames(std::span<char> buffer, std::string_view path)
 }
 
 bool writeProfileString(std::string_view section, std::optional<std::string_view> key,
-                        std::optional<std::string_view> value, std::string_view path) {
+                        std::optional<std::string_view> value, std::string_view path,
+                        const DriveIdentity& drive) {
     if (!fitsInLine(section) || !fitsInLine(key.value_or("")) || !fitsInLine(value.value_or("")))
         return false;
     if (key && profileTrimmed(*key).empty()) return false;
 
-    FileReplacement file(path);
+    FileReplacement file(path, drive);
     if (!file.possible()) return false;
     std::string text;
     if (file.exists() && !readProfile(path, text)) return false;

@@ -74,7 +74,8 @@ bool volumeInformation(std::string_view root, std::span<char> label, std::span<c
     return true;
 }
 
-bool setVolumeLabel(std::string_view root, std::string_view label) {
+bool setVolumeLabel(std::string_view root, std::string_view label, const DriveIdentity& drive) {
+    if (drive && driveIdentity(root) != drive) return false;
     return posix::driveSource().setLabel(posix::driveLetter(root), label);
 }
 

@@ -21,11 +21,8 @@ FileResult lastResult() {
     return fileResult(GetLastError());
 }
 
-/// As documented of the copying function, a hidden file is not written over either.
-constexpr DWORD refusesCopies = FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_HIDDEN;
-
-FileResult locateFile(std::string_view path, Place& place) {
-    const FileResult result = locate(path, place);
+FileResult locateFile(std::string_view path, Place& place, const DriveIdentity& drive = {}) {
+    const FileResult result = locate(path, place, drive);
     return result == FileResult::Ok ? checkIsFile(place) : result;
 }
 
@@ -66,18 +63,47 @@ FileResult flushAndClose(UniqueHandle& file) {
     return file.close() ? FileResult::Ok : lastResult();
 }
 
-/// Brings a copy onto its medium, its attributes included. A read-only one gives its attribute up until it is
-/// open.
-FileResult flushCopy(const std::string& path) {
-    const DWORD attributes = GetFileAttributesA(path.c_str());
-    if (attributes == INVALID_FILE_ATTRIBUTES) return lastResult();
-    const bool readOnly = (attributes & FILE_ATTRIBUTE_READONLY) != 0;
-    if (readOnly) SetFileAttributesA(path.c_str(), attributes & ~static_cast<DWORD>(FILE_ATTRIBUTE_READONLY));
-    UniqueHandle file(CreateFileA(path.c_str(), GENERIC_READ | GENERIC_WRITE, shareAll, nullptr,
-                                  OPEN_EXISTING, 0, nullptr));
-    const FileResult opened = file ? FileResult::Ok : lastResult();
-    if (readOnly) SetFileAttributesA(path.c_str(), attributes);
-    return opened == FileResult::Ok ? flushAndClose(file) : opened;
+FileResult copyBytes(HANDLE from, HANDLE to) {
+    std::vector<char> block(blockSize);
+    for (;;) {
+        DWORD count = 0;
+        if (ReadFile(from, block.data(), blockSize, &count, nullptr) == FALSE) return lastResult();
+        if (count == 0) return FileResult::Ok;
+        const FileResult result = writeAll(to, {block.data(), count});
+        if (result != FileResult::Ok) return result;
+    }
+}
+
+/// A file that is hidden or read-only is one no longer. Whether that succeeded, opening it will tell.
+void clearAttributes(const Place& place) {
+    constexpr DWORD cleared = FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM;
+    if (!place.exists() || (place.attributes & cleared) == 0) return;
+    const UniqueHandle file = openFile(place, FILE_WRITE_ATTRIBUTES, shareAll, OPEN_EXISTING);
+    FILE_BASIC_INFO info{}; // a time of 0 stays as it is
+    info.FileAttributes = FILE_ATTRIBUTE_ARCHIVE;
+    if (file) SetFileInformationByHandle(file.get(), FileBasicInfo, &info, sizeof info);
+}
+
+/// A copy is as old as its source. A file system without such attributes is no failure.
+void copyAttributes(HANDLE from, HANDLE to) {
+    FILE_BASIC_INFO source{};
+    if (GetFileInformationByHandleEx(from, FileBasicInfo, &source, sizeof source) == FALSE) return;
+    constexpr DWORD kept = FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM | FILE_ATTRIBUTE_ARCHIVE;
+    FILE_BASIC_INFO info{};
+    info.LastWriteTime = source.LastWriteTime;
+    info.FileAttributes = (source.FileAttributes & kept) | FILE_ATTRIBUTE_ARCHIVE;
+    SetFileInformationByHandle(to, FileBasicInfo, &info, sizeof info);
+}
+
+/// Creates or empties the file, hands it to `fill`, and brings it onto its medium. What was written before a
+/// failure stays.
+template <class Fill>
+FileResult fillFile(const Place& place, Fill fill) {
+    UniqueHandle file = openFile(place, GENERIC_WRITE, FILE_SHARE_READ, OPEN_ALWAYS);
+    if (!file) return creationResult();
+    if (SetEndOfFile(file.get()) == FALSE) return lastResult();
+    const FileResult result = fill(file.get());
+    return result == FileResult::Ok ? flushAndClose(file) : result;
 }
 
 /// What tells two names of one file.
@@ -94,11 +120,6 @@ bool isSameFile(const Place& a, const Place& b) {
            first.dwVolumeSerialNumber == second.dwVolumeSerialNumber &&
            first.nFileIndexHigh == second.nFileIndexHigh && first.nFileIndexLow == second.nFileIndexLow &&
            first.nFileSizeLow == second.nFileSizeLow && first.nFileSizeHigh == second.nFileSizeHigh;
-}
-
-bool mayCopyOver(const Place& source, const Place& target) {
-    if (!target.exists()) return true;
-    return (target.attributes & refusesCopies) == 0 && !isSameFile(source, target);
 }
 
 } // namespace
@@ -133,31 +154,32 @@ FileResult readWholeFile(std::string_view path, std::string& contents) {
     return result;
 }
 
-FileResult writeWholeFile(std::string_view path, std::string_view contents) {
+FileResult writeWholeFile(std::string_view path, std::string_view contents, const DriveIdentity& drive) {
     const QuietErrors quiet;
     Place place;
-    FileResult result = locateFile(path, place);
+    const FileResult result = locateFile(path, place, drive);
     if (result != FileResult::Ok) return result;
     if (place.isReadOnly()) return FileResult::PermissionDenied;
-    // Not CREATE_ALWAYS, which refuses a hidden file.
-    UniqueHandle file(CreateFileA(place.native.c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr, OPEN_ALWAYS,
-                                  FILE_ATTRIBUTE_ARCHIVE, nullptr));
-    if (!file) return creationResult();
-    if (SetEndOfFile(file.get()) == FALSE) return lastResult();
-    result = writeAll(file.get(), contents);
-    return result == FileResult::Ok ? flushAndClose(file) : result; // what was written stays
+    return fillFile(place, [contents](HANDLE file) { return writeAll(file, contents); });
 }
 
-FileResult copyFile(std::string_view source, std::string_view target) {
+/// Not `CopyFileA`, which knows the target by its letter alone.
+FileResult copyFile(std::string_view source, std::string_view target, const DriveIdentity& drive) {
     const QuietErrors quiet;
     Place from;
     Place to;
     FileResult result = locateExistingFile(source, from);
-    if (result == FileResult::Ok) result = locateFile(target, to);
+    if (result == FileResult::Ok) result = locateFile(target, to, drive);
     if (result != FileResult::Ok) return result;
-    if (!mayCopyOver(from, to)) return FileResult::PermissionDenied;
-    if (CopyFileA(from.native.c_str(), to.native.c_str(), FALSE) == FALSE) return creationResult();
-    return flushCopy(to.native);
+    if (isSameFile(from, to)) return FileResult::PermissionDenied;
+    const UniqueHandle input = openFile(from, GENERIC_READ, shareAll, OPEN_EXISTING);
+    if (!input) return lastResult();
+    clearAttributes(to);
+    return fillFile(to, [&input](HANDLE file) {
+        const FileResult copied = copyBytes(input.get(), file);
+        if (copied == FileResult::Ok) copyAttributes(input.get(), file);
+        return copied;
+    });
 }
 
 FileResult deleteFile(std::string_view path) {

@@ -6,6 +6,9 @@
 #include "platform/windows/file_name.h"
 #include "platform/windows/own_folders.h"
 #include "platform/windows/quiet_errors.h"
+#include "platform/windows/volume_identity.h"
+
+#include <winternl.h>
 
 #include <algorithm>
 #include <optional>
@@ -85,6 +88,43 @@ FileResult absence(const Place& place, DWORD error) {
     return result == FileResult::FileNotFound ? FileResult::Ok : result;
 }
 
+/// https://learn.microsoft.com/windows/win32/api/fileapi/nf-fileapi-createfilea, "Directories"
+FileResult holdRoot(Place& place, const DriveIdentity& drive) {
+    if (!place.isOnDrive) return FileResult::DiskNotReady;
+    place.folder = UniqueHandle(CreateFileA(place.root.c_str(), FILE_READ_ATTRIBUTES | FILE_TRAVERSE,
+                                            FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                                            OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr));
+    const bool isIt = place.folder && volumeIdentity(place.root[0], place.folder.get()) == drive.text;
+    return isIt ? FileResult::Ok : FileResult::DiskNotReady;
+}
+
+std::wstring wideFromAnsi(std::string_view text) {
+    const int size = static_cast<int>(text.size());
+    std::wstring wide(text.size(), L'\0'); // no character becomes more than one
+    const int length = MultiByteToWideChar(CP_ACP, 0, text.data(), size, wide.data(), size);
+    wide.resize(static_cast<std::size_t>(std::max(length, 0)));
+    return wide;
+}
+
+/// https://learn.microsoft.com/windows/win32/api/winternl/nf-winternl-ntcreatefile
+HANDLE openInRoot(const Place& place, DWORD access, DWORD share, DWORD disposition) {
+    std::wstring name = wideFromAnsi(std::string_view(place.native).substr(place.root.size()));
+    UNICODE_STRING text{};
+    text.Buffer = name.data();
+    text.Length = text.MaximumLength = static_cast<USHORT>(name.size() * sizeof(wchar_t));
+    OBJECT_ATTRIBUTES object{};
+    InitializeObjectAttributes(&object, &text, OBJ_CASE_INSENSITIVE, place.folder.get(), nullptr);
+    IO_STATUS_BLOCK outcome{};
+    HANDLE file = nullptr;
+    const NTSTATUS status =
+        NtCreateFile(&file, access | SYNCHRONIZE | FILE_READ_ATTRIBUTES, &object, &outcome, nullptr,
+                     FILE_ATTRIBUTE_ARCHIVE, share, disposition == OPEN_EXISTING ? FILE_OPEN : FILE_OPEN_IF,
+                     FILE_SYNCHRONOUS_IO_NONALERT | FILE_NON_DIRECTORY_FILE, nullptr, 0);
+    if (status >= 0) return file;
+    SetLastError(RtlNtStatusToDosError(status));
+    return nullptr;
+}
+
 FileResult lookUp(const std::vector<std::string>& names, Place& place) {
     place.native = place.root;
     place.attributes = GetFileAttributesA(place.root.c_str());
@@ -120,7 +160,7 @@ bool Place::isReadOnly() const {
     return exists() && (attributes & FILE_ATTRIBUTE_READONLY) != 0;
 }
 
-FileResult locate(std::string_view path, Place& place) {
+FileResult locate(std::string_view path, Place& place, const DriveIdentity& drive) {
     const QuietErrors quiet;
     place = {};
     place.attributes = INVALID_FILE_ATTRIBUTES;
@@ -130,12 +170,20 @@ FileResult locate(std::string_view path, Place& place) {
     const auto names = splitNames(path.substr(rootLength));
     if (!names) return FileResult::PathNotFound;
     place.isRoot = names->empty();
+    if (drive)
+        if (const FileResult result = holdRoot(place, drive); result != FileResult::Ok) return result;
     return lookUp(*names, place);
 }
 
 FileResult checkIsFile(const Place& place) {
     if (place.isRoot || place.isFolder()) return FileResult::PathFileAccess;
     return place.asksForFolder ? FileResult::PathNotFound : FileResult::Ok;
+}
+
+UniqueHandle openFile(const Place& place, DWORD access, DWORD share, DWORD disposition) {
+    if (place.folder) return UniqueHandle(openInRoot(place, access, share, disposition));
+    return UniqueHandle(CreateFileA(place.native.c_str(), access, share, nullptr, disposition,
+                                    FILE_ATTRIBUTE_ARCHIVE, nullptr));
 }
 
 } // namespace platform::windows

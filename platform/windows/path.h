@@ -7,6 +7,7 @@
 #pragma once
 
 #include "platform/files.h"
+#include "platform/windows/unique_handle.h"
 
 #include <string>
 #include <string_view>
@@ -15,8 +16,9 @@ namespace platform::windows {
 
 /// Where a path leads.
 struct Place {
-    std::string root;   ///< ANSI code page, ends in `\`
-    std::string native; ///< full path in the ANSI code page; ends in `\` when it is the root itself
+    std::string root;    ///< ANSI code page, ends in `\`
+    UniqueHandle folder; ///< the root, held open when the drive had to be a certain one
+    std::string native;  ///< full path in the ANSI code page; ends in `\` when it is the root itself
     bool isRoot = false;
     bool isOnDrive = false;       ///< not in one of the program's own folders
     bool asksForFolder = false;   ///< the path ended in a separator
@@ -29,10 +31,17 @@ struct Place {
     bool isFile() const { return exists() && !isFolder() && !asksForFolder; }
 };
 
-/// Finds what a path means. Ok also when the last name does not exist in a folder that does.
-FileResult locate(std::string_view path, Place& place);
+/// Finds what a path means. Ok also when the last name does not exist in a folder that does. With a drive
+/// given, the root that has been opened must be that drive's, else the result is DiskNotReady.
+FileResult locate(std::string_view path, Place& place, const DriveIdentity& drive = {});
 
 /// Whether the name may stand for a file that is to be read or written: Ok also when there is none yet.
 FileResult checkIsFile(const Place& place);
+
+/// Opens the file; `access`, `share`, `disposition` (OPEN_EXISTING or OPEN_ALWAYS) are those of
+/// `CreateFileA`. In a root that is held open it is that very folder's file, whatever the letter leads to by
+/// now. `GetLastError` tells why there is no handle.
+UniqueHandle openFile(const Place& place, unsigned long access, unsigned long share,
+                      unsigned long disposition);
 
 } // namespace platform::windows

@@ -147,13 +147,15 @@ std::uint32_t profileSectionNames(std::span<char> buffer, std::string_view path)
 }
 
 bool writeProfileString(std::string_view section, std::optional<std::string_view> key,
-                        std::optional<std::string_view> value, std::string_view path) {
+                        std::optional<std::string_view> value, std::string_view path,
+                        const DriveIdentity& drive) {
     const QuietErrors quiet;
     if (!fitsInLine(section) || !fitsInLine(key.value_or("")) || !fitsInLine(value.value_or("")))
         return false;
     if (key && isBlank(*key)) return false;
     Place place;
-    if (locate(path, place) != FileResult::Ok || checkIsFile(place) != FileResult::Ok || !mayWrite(place))
+    if (locate(path, place, drive) != FileResult::Ok || checkIsFile(place) != FileResult::Ok ||
+        !mayWrite(place))
         return false;
     if ((!key || !value) && !place.exists()) return true; // nothing there that could be deleted
 
@@ -168,7 +170,9 @@ bool writeProfileString(std::string_view section, std::optional<std::string_view
         WritePrivateProfileStringA(sectionText.c_str(), key ? keyText.c_str() : nullptr,
                                    key && value ? valueText.c_str() : nullptr, draft.file().c_str()) != FALSE;
     dropCache(draft.file());
-    if (!written || !draft.takePlace()) return false;
+    // The functions know a file by its path alone, so the drive is looked at again.
+    const bool isSameDrive = !drive || driveIdentity(place.root) == drive;
+    if (!written || !isSameDrive || !draft.takePlace()) return false;
     dropCache(place.native);
     return true;
 }

@@ -78,8 +78,9 @@ bool volumeInformation(std::string_view root, std::span<char> label, std::span<c
     return true;
 }
 
-bool setVolumeLabel(std::string_view root, std::string_view label) {
+bool setVolumeLabel(std::string_view root, std::string_view label, const DriveIdentity& drive) {
     const QuietErrors quiet;
+    if (drive && driveIdentity(root) != drive) return false;
     const auto text = exactAnsi(label);
     return text && SetVolumeLabelA(upToNul(root).c_str(), text->c_str()) != FALSE;
 }

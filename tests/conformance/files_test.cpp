@@ -269,10 +269,8 @@ TEST_F(Files, AFolderIsNotWritten) {
 
 TEST_F(Files, AReadOnlyFileStaysAsItIs) {
     put(stick / "a", "old");
-    put(stick / "b", "other");
     const ReadOnly guard(stick / "a");
     EXPECT_EQ(writeWholeFile(R"(E:\a)", "new"), FileResult::PermissionDenied);
-    EXPECT_EQ(copyFile(R"(E:\b)", R"(E:\a)"), FileResult::PermissionDenied);
     EXPECT_EQ(deleteFile(R"(E:\a)"), FileResult::PermissionDenied);
     EXPECT_EQ(get(stick / "a"), "old");
 }
@@ -322,18 +320,23 @@ TEST_F(Files, CopiesBetweenDrivesAndFromTheProgramFolder) {
     EXPECT_EQ(fileAttributes(own), std::nullopt);
 }
 
-TEST_F(Files, ACopyGetsTheAttributes) {
+TEST_F(Files, AReadOnlySourceMakesNoReadOnlyCopy) {
     put(stick / "from", "x");
     {
         const ReadOnly guard(stick / "from");
         EXPECT_EQ(copyFile(R"(E:\from)", R"(E:\to)"), FileResult::Ok);
     }
-    EXPECT_EQ(fileAttributes(R"(E:\to)"), FileArchive | FileReadOnly);
-    EXPECT_EQ(fileAttributes(R"(E:\from)"), FileArchive);
-    EXPECT_EQ(copyFile(R"(E:\from)", R"(E:\to)"), FileResult::PermissionDenied) << "read-only by now";
-    fs::permissions(stick / "to", fs::perms::owner_write, fs::perm_options::add);
-    EXPECT_EQ(copyFile(R"(E:\from)", R"(E:\to)"), FileResult::Ok);
     EXPECT_EQ(fileAttributes(R"(E:\to)"), FileArchive);
+    EXPECT_EQ(copyFile(R"(E:\from)", R"(E:\to)"), FileResult::Ok);
+}
+
+TEST_F(Files, ACopyReplacesAReadOnlyFile) {
+    put(stick / "a", "a longer text of old");
+    put(stick / "b", "new");
+    const ReadOnly guard(stick / "a");
+    EXPECT_EQ(copyFile(R"(E:\b)", R"(E:\a)"), FileResult::Ok);
+    EXPECT_EQ(get(stick / "a"), "new");
+    EXPECT_EQ(fileAttributes(R"(E:\a)"), FileArchive);
 }
 
 TEST_F(Files, CopyingTellsWhatIsMissing) {
@@ -365,4 +368,45 @@ TEST_F(Files, DeletesFilesAlone) {
     EXPECT_EQ(deleteFile(R"(E:\missing\a)"), FileResult::PathNotFound);
     EXPECT_EQ(deleteFile(R"(E:\folder)"), FileResult::PathFileAccess);
     EXPECT_TRUE(fs::is_directory(stick / "folder"));
+}
+
+// Only on the drive that is meant
+
+TEST_F(Files, TheDriveThatIsMeantIsWritten) {
+    const DriveIdentity drive = driveIdentity("E:\\");
+    ASSERT_TRUE(drive);
+    put(stick / "from", "copied");
+    EXPECT_EQ(writeWholeFile(R"(E:\new)", "first", drive), FileResult::Ok);
+    EXPECT_EQ(writeWholeFile(R"(E:\new)", "written", drive), FileResult::Ok);
+    EXPECT_EQ(copyFile(R"(E:\from)", R"(E:\copy)", drive), FileResult::Ok);
+    EXPECT_EQ(copyFile(R"(E:\from)", R"(E:\COPY)", drive), FileResult::Ok);
+    fs::create_directory(stick / "folder");
+    EXPECT_EQ(writeWholeFile(R"(E:\folder\deep)", "deep", drive), FileResult::Ok);
+    EXPECT_EQ(get(stick / "new"), "written");
+    EXPECT_EQ(get(stick / "copy"), "copied");
+    EXPECT_EQ(get(stick / "folder" / "deep"), "deep");
+    EXPECT_EQ(entries(stick), 4);
+}
+
+TEST_F(Files, AnotherOneUnderTheSameLetterIsNotTouched) {
+    put(stick / "from", "copied");
+    const DriveIdentity drive = driveIdentity("E:\\");
+    const fs::path other = drives.exchangeMedium('E');
+    put(other / "from", "copied");
+    put(other / "there", "mine");
+    const auto before = entries(other);
+    EXPECT_EQ(writeWholeFile(R"(E:\new)", "x", drive), FileResult::DiskNotReady);
+    EXPECT_EQ(writeWholeFile(R"(E:\there)", "x", drive), FileResult::DiskNotReady);
+    EXPECT_EQ(copyFile(R"(E:\from)", R"(E:\new)", drive), FileResult::DiskNotReady);
+    EXPECT_EQ(copyFile(R"(E:\from)", R"(E:\there)", drive), FileResult::DiskNotReady);
+    EXPECT_EQ(get(other / "there"), "mine");
+    EXPECT_EQ(entries(other), before);
+    EXPECT_EQ(writeWholeFile(R"(E:\new)", "x", driveIdentity("E:\\")), FileResult::Ok);
+}
+
+TEST_F(Files, ADriveThatIsMeantIsNoFolderOfTheProgram) {
+    const DriveIdentity drive = driveIdentity("E:\\");
+    const std::string own = programFolder() + "\\never.tmp";
+    EXPECT_EQ(writeWholeFile(own, "x", drive), FileResult::DiskNotReady);
+    EXPECT_EQ(fileAttributes(own), std::nullopt);
 }

@@ -386,6 +386,21 @@ TEST_F(Profile, WorksInTheProgramFolder) {
     fs::remove(own);
 }
 
+TEST_F(Profile, AnotherDriveUnderTheSameLetterIsNotWritten) {
+    ini("[s]\r\nk=old\r\n");
+    const DriveIdentity drive = driveIdentity("E:\\");
+    ASSERT_TRUE(drive);
+    EXPECT_TRUE(writeProfileString("s", "k", "new", path, drive));
+    EXPECT_EQ(ini(), "[s]\r\nk=new\r\n");
+    const fs::path other = drives.exchangeMedium('E');
+    const auto before = entries(other);
+    EXPECT_FALSE(writeProfileString("s", "k", "newer", path, drive));
+    EXPECT_EQ(entries(other), before);
+    put(other / file.filename(), "[s]\r\nk=its own\r\n");
+    EXPECT_FALSE(writeProfileString("s", "k", "newer", path, drive));
+    EXPECT_EQ(ini(), "[s]\r\nk=its own\r\n");
+}
+
 TEST_F(Profile, ManyLinesTakeTimeInProportion) {
     // 50 MB in 100,000 lines, a key in each: a second or two for what reads it once, hours for what starts
     // over.

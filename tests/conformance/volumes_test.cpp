@@ -186,3 +186,18 @@ TEST(Volumes, LabelCanBeSetAndDriveSettled) {
     EXPECT_TRUE(setVolumeLabel("E:\\", ""));
     EXPECT_TRUE(settleVolume("E:\\"));
 }
+
+TEST(Volumes, AnotherDriveUnderTheSameLetterIsNotLabelled) {
+    Drives drives;
+    drives.add('E', DriveRemovable);
+    const DriveIdentity drive = driveIdentity("E:\\");
+    ASSERT_TRUE(drive);
+    EXPECT_TRUE(setVolumeLabel("E:\\", "MINE", drive));
+    drives.exchangeMedium('E');
+    std::array<char, 64> before{};
+    ASSERT_TRUE(volumeInformation("E:\\", before, {}));
+    EXPECT_FALSE(setVolumeLabel("E:\\", "HIS", drive));
+    std::array<char, 64> after{};
+    ASSERT_TRUE(volumeInformation("E:\\", after, {}));
+    EXPECT_EQ(before, after);
+}

@@ -13,6 +13,7 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace fake {
@@ -115,6 +116,9 @@ void reset();
 
 /// Enters the operation into the journal; true when it is to fail.
 bool enter(const std::string& operation);
+
+/// Whether the path leads to that drive; every one does when none is given.
+bool isOnDrive(std::string_view path, const platform::DriveIdentity& drive);
 
 /// Where a loaded picture comes from: a path, or "icon 103"; empty for none.
 std::string nameOf(const toolkit::Picture& picture);

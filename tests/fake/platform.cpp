@@ -41,6 +41,10 @@ void copyText(const std::string& text, std::span<char> buffer) {
 
 } // namespace
 
+bool fake::isOnDrive(std::string_view path, const platform::DriveIdentity& drive) {
+    return !drive || platform::driveIdentity(path.substr(0, 3)) == drive;
+}
+
 namespace platform {
 
 std::uint32_t logicalDriveStrings(std::span<char> buffer) {
@@ -81,8 +85,8 @@ DriveIdentity driveIdentity(std::string_view root) {
     return {drive->total == 0 ? std::string() : untilNul(root)};
 }
 
-bool setVolumeLabel(std::string_view root, std::string_view label) {
-    if (driveOf(root) == nullptr) return false;
+bool setVolumeLabel(std::string_view root, std::string_view label, const DriveIdentity& drive) {
+    if (driveOf(root) == nullptr || !fake::isOnDrive(root, drive)) return false;
     computer().drives[std::string(root)].label = label;
     return true;
 }
@@ -129,17 +133,20 @@ FileResult store(const std::string& operation, const std::string& path, std::str
 
 } // namespace
 
-FileResult writeWholeFile(std::string_view path, std::string_view contents) {
+FileResult writeWholeFile(std::string_view path, std::string_view contents, const DriveIdentity& drive) {
+    if (!fake::isOnDrive(path, drive)) return FileResult::DiskNotReady;
     return store("write ", std::string(path), contents);
 }
 
-FileResult copyFile(std::string_view source, std::string_view target) {
+FileResult copyFile(std::string_view source, std::string_view target, const DriveIdentity& drive) {
+    if (!fake::isOnDrive(target, drive)) return FileResult::DiskNotReady;
     std::string contents;
     const FileResult read = readWholeFile(source, contents);
     if (read != FileResult::Ok) return read;
     const FileResult result = store("copy ", std::string(target), contents);
-    if (result == FileResult::Ok)
-        computer().files[std::string(target)] = computer().files[std::string(source)];
+    if (result != FileResult::Ok) return result;
+    computer().files[std::string(target)] = computer().files[std::string(source)];
+    computer().files[std::string(target)].attributes &= ~std::uint32_t{FileReadOnly};
     return result;
 }
 

@@ -76,7 +76,9 @@ std::uint32_t profileSectionNames(std::span<char> buffer, std::string_view path)
 }
 
 bool writeProfileString(std::string_view section, std::optional<std::string_view> key,
-                        std::optional<std::string_view> value, std::string_view path) {
+                        std::optional<std::string_view> value, std::string_view path,
+                        const DriveIdentity& drive) {
+    if (!fake::isOnDrive(path, drive)) return false;
     computer().writes.emplace_back(path);
     if (!key || !value || computer().writeResults.contains(std::string(path))) return false;
     if (fake::enter("write " + std::string(path))) return false;

@@ -108,6 +108,16 @@ TEST_F(Capacity, ADriveWithoutASizeHasNoCapacities) {
     EXPECT_TRUE(window().Picture1.texts().empty());
 }
 
+TEST_F(Capacity, AnotherUnitShowsThatTheStickIsGone) {
+    pullOut("D:\\");
+    unit(1);
+    EXPECT_EQ(figures(), "  ");
+    EXPECT_EQ(window().StatusBar1.panel(1).text(), "No Stick");
+    EXPECT_EQ(window().cmdChoose.caption(), "USB Stick einstecken");
+    EXPECT_EQ(window().lblSize[0].caption(), "GB");
+    EXPECT_FALSE(ended());
+}
+
 TEST_F(Capacity, NeedsAUnit) {
     unit(-1);
     EXPECT_EQ(unit::errorOf([this] { drive().GetDriveCapacity(); }), 9);

@@ -204,6 +204,44 @@ TEST_F(SavePath, CreatesTheProfile) {
     EXPECT_FALSE(window().UnsavedChanges);
 }
 
+TEST_F(SavePath, IsWhereTheStickIsOpenedFromNowOn) {
+    start();
+    for (const char* path : {"Musik", "\\Musik"}) {
+        window().txtOpenPath.setText(path);
+        window().cmdSaveOnStick.setEnabled(true);
+        click(window().cmdSaveOnStick);
+        EXPECT_EQ(drive().mp_StandardPfad(), "Musik") << path;
+        drive().mp_StandardPfad("");
+    }
+}
+
+TEST_F(SavePath, ThatFailsLeavesTheChangeMarked) {
+    start();
+    drive().mp_StandardPfad("Alt");
+    const std::function<void()> causes[] = {
+        [] { computer().writeResults["D:\\USB.ini"] = platform::FileResult::PermissionDenied; },
+        [] {
+            computer().writeResults.clear();
+            computer().drives["D:\\"].medium = "another";
+        },
+        [] { pullOut("D:\\"); },
+        [this] { drive().RemoveUSB_Info(); },
+    };
+    for (const auto& cause : causes) {
+        cause();
+        drive().mp_StandardPfad("Alt");
+        window().txtOpenPath.setText("Musik");
+        window().cmdSaveOnStick.setEnabled(true);
+        window().UnsavedChanges = true;
+        click(window().cmdSaveOnStick);
+        EXPECT_TRUE(window().cmdSaveOnStick.enabled());
+        EXPECT_TRUE(window().UnsavedChanges);
+        EXPECT_EQ(drive().mp_StandardPfad(), "Alt");
+        EXPECT_EQ(computer().files.count("D:\\USB.ini"), 0U);
+        EXPECT_TRUE(computer().messages.empty());
+    }
+}
+
 TEST_F(SavePath, ChangesNothingElseOfTheProfile) {
     putFile("D:\\USB.ini", "[A]\r\nx=1\r\n[Open]\r\nDir=a\r\ny=2\r\n");
     start();

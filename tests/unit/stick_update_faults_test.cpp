@@ -173,9 +173,10 @@ TEST(StickUpdateEveryPump, MayBringARemovalThatIsNotTheSticks) {
         JobRun::event([&] { run.window().chkAuto.setValue(1); });
         atPump(i, [] { JobRun::deviceGoes(); });
         run.update();
-        if (i == 1) { // The free space is not known any more when it is looked at.
-            EXPECT_TRUE(JobRun::computer().messages.back().text.starts_with("Laufzeitfehler '71':"));
+        if (i == 1) { // No stick is shown any more when the free space is looked at.
+            EXPECT_TRUE(JobRun::computer().messages.empty());
             EXPECT_TRUE(JobRun::computer().writes.empty());
+            EXPECT_FALSE(JobRun::ended());
         } else {
             EXPECT_EQ(JobRun::computer().messages.back().title, "Update erfolgreich");
             EXPECT_EQ(JobRun::computer().writes.size(), 4U);
@@ -199,9 +200,47 @@ TEST(StickUpdateEveryPump, MayLoseTheStick) {
             };
         });
         run.update();
+        EXPECT_TRUE(JobRun::computer().shellCalls.empty());
+        if (i == 1) {
+            EXPECT_TRUE(JobRun::computer().messages.empty()) << "not even asked";
+            continue;
+        }
+        ASSERT_FALSE(JobRun::computer().messages.empty());
         EXPECT_TRUE(JobRun::computer().messages.back().text.starts_with("Laufzeitfehler '71':"));
         EXPECT_EQ(JobRun::status(), 1);
-        EXPECT_TRUE(JobRun::computer().shellCalls.empty());
+    }
+}
+
+TEST(StickUpdateEveryPump, MayBringAnotherStick) {
+    const int pumps = pumpsOfAGoodRun();
+    for (int i = 1; i <= pumps; ++i) {
+        SCOPED_TRACE(i);
+        JobRun run;
+        Texts writesBefore;
+        atPump(i, [&] {
+            JobRun::computer().drives["D:\\"].medium = "another";
+            writesBefore = JobRun::computer().writes;
+        });
+        run.update();
+        EXPECT_TRUE(JobRun::computer().messages.back().text.starts_with("Laufzeitfehler '71':"));
+        EXPECT_EQ(JobRun::computer().writes, writesBefore) << "nothing is written to it";
+        EXPECT_TRUE(JobRun::computer().settled.empty());
+        EXPECT_EQ(JobRun::status(), 1);
+    }
+}
+
+/// The job itself does not look between its last comparison and the write; the write does.
+TEST(StickUpdateEveryWrite, IsToldWhichDriveIsMeant) {
+    for (const char* step : {"load /opt/tool\\autorun.inf", "load /opt/tool\\orvantastick.ico"}) {
+        SCOPED_TRACE(step);
+        JobRun run;
+        JobRun::computer().fails = [step](const std::string& operation) {
+            if (operation == step) JobRun::computer().drives["D:\\"].medium = "another";
+            return false;
+        };
+        run.update();
+        EXPECT_TRUE(JobRun::computer().messages.back().text.starts_with("Laufzeitfehler '71':"));
+        EXPECT_TRUE(JobRun::computer().settled.empty());
     }
 }
 

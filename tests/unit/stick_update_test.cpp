@@ -2,6 +2,8 @@
 
 #include "main_window.h"
 
+#include <functional>
+
 using toolkit::ErrorNumber;
 using unit::errorReport;
 using unit::GB;
@@ -151,11 +153,14 @@ TEST_F(StickUpdate, TheFigureIsReadWithTheUsersSeparator) {
     EXPECT_EQ(box(0).title, "Wollen Sie updaten ?");
 }
 
-TEST_F(StickUpdate, AStickThatIsGoneIsNotReady) {
+TEST_F(StickUpdate, AStickThatIsGoneIsShownToBeGone) {
     pullOut("D:\\");
     update();
-    expectReport(ErrorNumber::DiskNotReady, "D:\\");
-    EXPECT_EQ(computer().messages.size(), 1U);
+    EXPECT_TRUE(computer().messages.empty());
+    EXPECT_FALSE(ended());
+    EXPECT_EQ(window().StatusBar1.panel(1).text(), "No Stick");
+    EXPECT_EQ(window().cmdChoose.caption(), "USB Stick einstecken");
+    EXPECT_FALSE(window().cmdChoose.enabled());
     EXPECT_TRUE(computer().fetched.empty());
 }
 
@@ -279,15 +284,73 @@ TEST_F(StickUpdate, WhatWasConfirmedIsWrittenWhateverIsClickedMeanwhile) {
     EXPECT_EQ(onStick("fw4.bin"), "(missing)");
 }
 
-TEST_F(StickUpdate, TheStickThatWasConfirmedIsWritten) {
-    computer().answer = [this](const fake::Message& message) {
-        if (message.title == "Wollen Sie updaten ?") event([this] { window().lblLW.setCaption("E:\\"); });
+/// Does it while the question is open; the answer is OK.
+void whileAsked(const std::function<void()>& happening) {
+    fake::computer().answer = [happening](const fake::Message& message) {
+        if (message.title == "Wollen Sie updaten ?") happening();
         return 1;
     };
+}
+
+TEST_F(StickUpdate, AnotherStickInItsPlaceIsNotReady) {
+    whileAsked([] { computer().drives["D:\\"].medium = "another"; });
     update();
-    EXPECT_EQ(onStick("fw0.bin"), "firmware fw0.bin");
-    for (const std::string& path : computer().writes)
-        EXPECT_TRUE(path.starts_with("D:\\")) << path;
+    expectReport(ErrorNumber::DiskNotReady, "D:\\");
+    EXPECT_TRUE(computer().fetched.empty());
+    EXPECT_TRUE(computer().writes.empty());
+}
+
+TEST_F(StickUpdate, AnotherStickInItsPlaceBeforeTheClickIsNotReady) {
+    computer().drives["D:\\"].medium = "another";
+    update();
+    expectReport(ErrorNumber::DiskNotReady, "D:\\");
+    EXPECT_TRUE(computer().writes.empty());
+}
+
+TEST_F(StickUpdate, TheStickThatIsShownAtTheAnswerIsWritten) {
+    event([this] { window().chkAuto.setValue(1); });
+    whileAsked([] {
+        pullOut("D:\\");
+        deviceGoes();
+        plugIn("E:\\");
+        deviceArrives();
+    });
+    update();
+    EXPECT_EQ(box(1).title, "Update erfolgreich");
+    EXPECT_EQ(computer().writes,
+              (Texts{"E:\\fw0.bin", "E:\\list0-0.txt", "E:\\autorun.inf", "E:\\orvantastick.ico"}));
+    EXPECT_EQ(computer().settled, Texts{"E:\\"});
+}
+
+TEST_F(StickUpdate, NoStickThatIsShownAtTheAnswerIsNotReady) {
+    event([this] { window().chkAuto.setValue(1); });
+    whileAsked([] { deviceGoes(); });
+    update();
+    expectReport(ErrorNumber::DiskNotReady, "D:\\");
+    EXPECT_TRUE(computer().writes.empty());
+}
+
+TEST_F(StickUpdate, ANameThatMayNotBeWrittenIsAnErrorBeforeAnythingIsFetched) {
+    window().Receivers.FirmwareFile[0] = "Autorun.inf";
+    update();
+    expectReport(ErrorNumber::PathFileAccess, "Autorun.inf");
+    EXPECT_EQ(box(0).title, "Wollen Sie updaten ?");
+    EXPECT_TRUE(computer().fetched.empty());
+    EXPECT_TRUE(computer().writes.empty());
+}
+
+TEST_F(StickUpdate, TheChannelListsNameIsLookedAtBeforeTheFirmwareIsFetched) {
+    window().Receivers.SettingsFile[0] = "sub/list.txt";
+    update();
+    expectReport(ErrorNumber::PathFileAccess, "sub/list.txt");
+    EXPECT_TRUE(computer().fetched.empty());
+}
+
+TEST_F(StickUpdate, AReadOnlySourceMakesNoReadOnlyCopy) {
+    for (const char* name : {"autorun.inf", "orvantastick.ico"})
+        computer().files["/opt/tool\\" + std::string(name)].attributes |= platform::FileReadOnly;
+    update();
+    EXPECT_EQ(computer().files["D:\\autorun.inf"].attributes, platform::FileArchive);
 }
 
 class StickUpdateOffline : public MainWindow {};

@@ -70,6 +70,22 @@ TEST_F(VolumeLabel, AFailureIsSilent) {
     EXPECT_FALSE(ended());
 }
 
+TEST_F(VolumeLabel, AnotherStickInItsPlaceKeepsItsOwn) {
+    computer().drives["D:\\"].medium = "another";
+    rename("MUSIK");
+    EXPECT_EQ(label(), "STICK");
+    click(window().cmdSearch);
+    rename("MUSIK");
+    EXPECT_EQ(label(), "MUSIK") << "shown by now";
+}
+
+TEST_F(VolumeLabel, AStickThatIsNotShownKeepsItsOwn) {
+    drive().RemoveUSB_Info();
+    rename("MUSIK");
+    EXPECT_EQ(label(), "STICK");
+    EXPECT_FALSE(ended());
+}
+
 class DriveFacts : public VolumeLabel {};
 
 TEST_F(DriveFacts, SizesAreExactBeyond32Bits) {

@@ -97,10 +97,14 @@ class Stick(WindowCase):
         program.click("cmdSaveOnStick")
         program.wait_for("cmdSaveOnStick", "enabled", False)
         self.assertEqual((self.stick / "USB.ini").read_bytes(), "[Open]\r\nDir=Größe\r\n".encode("cp1252"))
-        program.click("cmdSearch")
-        program.click("cmdOpen")
+        program.click("cmdOpen")  # without a search before it
         program.wait_until(lambda: len(self.opened()) == 2)
-        self.assertEqual(self.opened()[1], str(self.stick / "Größe"))
+        self.assertEqual(self.opened()[1].rstrip("/"), str(self.stick / "Größe"))
+        program.enter_text("txtOpenPath", "\\Musik")
+        program.click("cmdSaveOnStick")
+        program.click("cmdOpen")
+        program.wait_until(lambda: len(self.opened()) == 3)
+        self.assertEqual(self.opened()[2].rstrip("/"), str(self.stick / "Musik"))
         self.close(program)  # and asks nothing: all is saved
 
 

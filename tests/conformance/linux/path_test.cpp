@@ -201,11 +201,11 @@ TEST_F(Path, ADotInFrontHides) {
     EXPECT_EQ(fileAttributes(R"(E:\.folder)"), FileDirectory);
 }
 
-TEST_F(Path, CopyingRefusesAHiddenTarget) {
+TEST_F(Path, CopyingReplacesAHiddenFile) {
     put(stick / "file", "new");
     put(stick / ".hidden", "old");
-    EXPECT_EQ(copyFile(R"(E:\file)", R"(E:\.hidden)"), FileResult::PermissionDenied);
-    EXPECT_EQ(get(stick / ".hidden"), "old");
+    EXPECT_EQ(copyFile(R"(E:\file)", R"(E:\.hidden)"), FileResult::Ok);
+    EXPECT_EQ(get(stick / ".hidden"), "new");
     EXPECT_EQ(writeWholeFile(R"(E:\.hidden)", "new"), FileResult::Ok) << "writing does not";
 }
 

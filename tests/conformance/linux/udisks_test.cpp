@@ -597,8 +597,9 @@ TEST_F(UdisksTable, BlankDiskHasAnIdentity) {
     mock.add(drivePath("other"), drive("OTHER"));
     mock.add(blockPath("sdb"), blankBlock("sdb", 16, "other"));
     drives.refresh();
-    ASSERT_EQ(drives.target('D'), "/dev/sdb");
-    EXPECT_NE(drives.identity('D'), blank);
+    const char letter = drives.letters()[1]; // whichever it has
+    ASSERT_EQ(drives.target(letter), "/dev/sdb");
+    EXPECT_NE(drives.identity(letter), blank);
 }
 
 TEST_F(UdisksTable, RootOfAVolumeIsKnownByItsDevice) {

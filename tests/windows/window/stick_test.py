@@ -6,6 +6,7 @@ import unittest
 from windows_case import LABEL, TOOLS, Drive, WindowsCase, only
 
 import stick_and_settings_test as shared
+import stick_exchange_test
 import stick_faults_test
 from case import TITLE
 from fault_server import body as answer
@@ -13,6 +14,7 @@ from server_files import catalog, row
 from side_by_side import side_by_side
 
 TEXT = "ä ß €"
+SERIAL = ".windows-serial"
 
 
 class Space(WindowsCase, only(shared.Space)):
@@ -75,6 +77,41 @@ class Gone(WindowsCase, only(stick_faults_test.Gone, "test_before_the_click", "t
 class Protected(WindowsCase, only(stick_faults_test.Protected, "test_firmware_that", "test_the_same_firmware",
                                   "test_an_autorun")):
     pass
+
+
+class Exchange(WindowsCase):
+    """A folder that is a drive has the serial number that a file in it tells, which Wine reads when it is plugged in."""
+
+    def setUp(self):
+        super().setUp()
+        self.serials = iter(range(0x10000001, 0x10000009))
+        self.number(self.stick)
+
+    def number(self, folder):
+        (folder / SERIAL).write_text(f"{next(self.serials):08X}\n", encoding="ascii")
+
+    def files_of(self, folder):
+        return {name: data for name, data in super().files_of(folder).items() if name not in (LABEL, SERIAL)}
+
+    def fill_other(self, folder):
+        super().fill_other(folder)
+        self.number(folder)
+        self.plug_again()
+
+    def plug_again(self):
+        self.machine.define("E", 2, self.stick)
+
+
+class ExchangeInJob(Exchange, only(stick_exchange_test.Job, "test_while", "test_before", "test_during", "test_one_that_has")):
+    pass
+
+
+class ExchangeWhileSaving(Exchange, stick_exchange_test.Saving):
+    def label_of(self, program):
+        return self.label()
+
+    def mark_of_input(self, program):
+        return WindowsCase.mark_of_input(self, program)
 
 
 class Stick(WindowsCase, only(shared.Stick, "test_searching")):
