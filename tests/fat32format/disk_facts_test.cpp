@@ -61,6 +61,7 @@ protected:
     void addPartition(const fs::path& folder, const std::string& number, int index, std::uint64_t sectors) {
         addDevice(folder, number, sectors);
         write("sys" / folder / "partition", std::to_string(index));
+        write("sys" / folder / "start", "2048");
     }
 
     void mount(const std::string& number, const std::string& place, const std::string& type,
@@ -88,7 +89,7 @@ private:
 TEST_F(DiskFacts, Partition) {
     const Volume volume = facts(17);
     EXPECT_EQ(volume.node, "/dev/sdb1");
-    EXPECT_EQ(volume.stableNode, "/dev/sdb1");
+    EXPECT_EQ(volume.start, 1'048'576U);
     EXPECT_EQ(volume.diskNode, "/dev/sdb");
     EXPECT_TRUE(volume.isPartition);
     EXPECT_TRUE(volume.diskHasPartitions);
@@ -101,6 +102,7 @@ TEST_F(DiskFacts, Partition) {
     EXPECT_FALSE(volume.readOnly);
     EXPECT_FALSE(volume.systemUse);
     EXPECT_TRUE(volume.mounts.empty());
+    EXPECT_EQ(volume.unreadable, "");
 }
 
 TEST_F(DiskFacts, WholeDisk) {
@@ -135,8 +137,12 @@ TEST_F(DiskFacts, BusIsUsbWhenUdevSaysSo) {
 }
 
 TEST_F(DiskFacts, SerialNumberFromUdevGoesFirst) {
-    write("udev/b8:16", "S:disk/by-id/x\nE:ID_SERIAL=ACME_0815\nE:ID_SERIAL_SHORT=0815");
+    write("udev/b8:16", "S:disk/by-id/x\nE:ID_SERIAL=ACME_0815");
+    EXPECT_EQ(facts(17).serial, "ACME_0815");
+    write("udev/b8:16", "E:ID_SERIAL_SHORT=0815", std::ios::app);
     EXPECT_EQ(facts(17).serial, "0815");
+    write("udev/b8:16", "E:ID_SCSI_SERIAL=4711", std::ios::app);
+    EXPECT_EQ(facts(17).serial, "4711");
 }
 
 TEST_F(DiskFacts, SerialNumberOfAHubIsNotTheDisks) {
@@ -155,7 +161,10 @@ TEST_F(DiskFacts, MountsOfTheUser) {
     mount("8:17", "/mnt", "vfat", "/dev/sdb1");
     mount("8:17", "/run/media/anna/x", "vfat", "/dev/sdb1");
     const Volume volume = facts(17);
-    EXPECT_EQ(volume.mounts, (std::vector<std::string>{"/media/anna/MY DISK", "/mnt", "/run/media/anna/x"}));
+    EXPECT_EQ(volume.mounts, (std::vector<Mount>{{"/dev/sdb1", "/media/anna/MY DISK"},
+                                                 {"/dev/sdb1", "/mnt"},
+                                                 {"/dev/sdb1", "/run/media/anna/x"}}));
+    EXPECT_EQ(facts(16).mounts, volume.mounts) << "of the disk";
     EXPECT_FALSE(volume.systemUse);
 }
 
@@ -177,7 +186,7 @@ TEST_F(DiskFacts, SystemMountOnAUsbDisk) {
 
 TEST_F(DiskFacts, FileSystemsWithNumbersOfTheirOwnAreKnownByTheirSource) {
     mount("0:45", "/media/anna/NTFS", "fuseblk", "/dev/sdb1");
-    EXPECT_EQ(facts(17).mounts, std::vector<std::string>{"/media/anna/NTFS"});
+    EXPECT_EQ(facts(17).mounts, (std::vector<Mount>{{"/dev/sdb1", "/media/anna/NTFS"}}));
     mount("0:46", "/data", "btrfs", "/dev/sdb1");
     EXPECT_TRUE(facts(17).systemUse);
 }
@@ -194,10 +203,47 @@ TEST_F(DiskFacts, VolumeGroupOrEncryptedVolumeInUse) {
     EXPECT_TRUE(facts(16).systemUse);
 }
 
-TEST_F(DiskFacts, BytesWritten) {
-    write("sys" / fs::path(usbDisk) / "sdb1/stat",
-          "   65  0  2624  4  2  0  8  0  0  0  4  0  0  0  0  1  0");
-    EXPECT_EQ(readBytesWritten(folders, 8, 17), 8U * 512U);
-    EXPECT_EQ(readBytesWritten(folders, 8, 1), 0U);
-    EXPECT_EQ(readBytesWritten(folders, 8, 99), 0U);
+TEST_F(DiskFacts, NumberInTheTableThatIsNone) {
+    mount("8:17", "/media/anna/A\\9xyB\\8\\0", "vfat", "/dev/sdb1");
+    mount("8:17", "/media/anna/\\777\\303\\274", "vfat", "/dev/sdb1");
+    const auto mounts = facts(17).mounts;
+    ASSERT_EQ(mounts.size(), 2U);
+    EXPECT_EQ(mounts[0].place, "/media/anna/A\\9xyB\\8\\0");
+    EXPECT_EQ(mounts[1].place, "/media/anna/\\777ü");
+}
+
+// What cannot be read may be in use. A folder in the place of a file cannot be read, even by root, and a file
+// cannot in the place of a folder.
+
+TEST_F(DiskFacts, WhatCannotBeReadIsNamed) {
+    mount("8:17", "/home", "ext4", "/dev/sdb1");
+    const fs::path disk = folders.sys / usbDisk;
+    for (const fs::path& file : {folders.proc / "self/mountinfo", folders.proc / "swaps", disk / "sdb1/dev",
+                                 disk / "dev", disk / "sdb1/size", disk / "size", disk / "sdb1/ro",
+                                 disk / "sdb1/start", disk / "diskseq", disk / "queue/logical_block_size"}) {
+        const fs::path kept = file.string() + ".kept";
+        fs::rename(file, kept);
+        EXPECT_EQ(facts(17).unreadable, file) << "not there";
+        fs::create_directory(file);
+        EXPECT_EQ(facts(17).unreadable, file) << "not to be read";
+        fs::remove(file);
+        fs::rename(kept, file);
+    }
+    for (const fs::path& folder : {disk / "holders", disk / "sdb1/holders"}) {
+        fs::remove(folder);
+        EXPECT_EQ(facts(17).unreadable, folder) << "not there";
+        std::ofstream(folder) << "x";
+        EXPECT_EQ(facts(17).unreadable, folder) << "not to be read";
+        fs::remove(folder);
+        fs::create_directory(folder);
+    }
+    EXPECT_EQ(facts(17).unreadable, "");
+}
+
+TEST_F(DiskFacts, NumberThatIsNone) {
+    const fs::path size = "sys" / fs::path(usbDisk) / "sdb1/size";
+    for (const char* text : {"", "x", "12x", "-1", "99999999999999999999999"}) {
+        write(size, text);
+        EXPECT_TRUE(facts(17).unreadable.ends_with("/sdb1/size")) << text;
+    }
 }

@@ -5,6 +5,7 @@
 
 #include <csignal>
 #include <cstdlib>
+#include <fstream>
 #include <stdexcept>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -69,8 +70,8 @@ protected:
     /// For each the folder, or else the reason, never both.
     std::string find(const Child& parent) const {
         const LinkTable table = findLinkTable(common(), parent.id());
-        EXPECT_NE(table.folder.empty(), table.problem.empty());
-        return table.folder.empty() ? table.problem : table.folder.string();
+        EXPECT_NE(table.folder().empty(), table.problem().empty());
+        return table.folder().empty() ? table.problem() : table.folder().string();
     }
     static bool says(const std::string& text, const std::string& part) {
         return text.find(part) != std::string::npos;
@@ -113,15 +114,16 @@ TEST_F(LinkTableOf, NobodyByHand) {
     EXPECT_TRUE(says(find(shell), "does not run"));
 }
 
-TEST_F(LinkTableOf, FolderThatOthersMayWriteTo) {
+TEST_F(LinkTableOf, FolderThatOthersMayUse) {
     const fs::path own = show(one);
     for (const fs::path& folder : {own, common()}) {
-        for (const fs::perms others : {fs::perms::group_write, fs::perms::others_write}) {
+        for (const fs::perms others : {fs::perms::group_write, fs::perms::others_write, fs::perms::group_read,
+                                       fs::perms::others_exec}) {
             fs::permissions(folder, fs::perms::owner_all | others);
             EXPECT_TRUE(says(find(one), "Others than the user")) << folder;
             EXPECT_TRUE(says(find(shell), "Others than the user")) << folder;
         }
-        fs::permissions(folder, fs::perms::owner_all | fs::perms::group_read);
+        fs::permissions(folder, fs::perms::owner_all);
         EXPECT_EQ(find(one), own);
     }
 }
@@ -130,6 +132,55 @@ TEST_F(LinkTableOf, FolderThatIsElsewhere) {
     show(two);
     fs::create_directory_symlink(folderOf(two), folderOf(one));
     EXPECT_TRUE(says(find(one), "Others than the user"));
+}
+
+TEST_F(LinkTableOf, CommonFolderThatIsElsewhere) {
+    show(one);
+    fs::rename(common(), base / "elsewhere");
+    fs::create_directory_symlink(base / "elsewhere", common());
+    EXPECT_TRUE(says(find(one), "Others than the user"));
+    EXPECT_TRUE(says(find(shell), "Others than the user"));
+}
+
+TEST_F(LinkTableOf, FileInThePlaceOfAFolder) {
+    makeFolder(common());
+    std::ofstream(folderOf(one)) << "x";
+    EXPECT_TRUE(says(find(one), "Others than the user"));
+}
+
+TEST_F(LinkTableOf, DriveAndItsDisk) {
+    const fs::path folder = show(one);
+    fs::create_symlink("/dev/null", folder / "e:");
+    fs::create_symlink("sequence=7,size=512,serial=A%20B", folder / "e:.disk");
+    const LinkTable table = findLinkTable(common(), one.id());
+    const auto target = table.target('E');
+    ASSERT_TRUE(target.has_value());
+    EXPECT_EQ(target->node, "/dev/null");
+    EXPECT_EQ(target->disk, (DiskIdentity{7, 512, "A B"}));
+    EXPECT_FALSE(table.target('F').has_value());
+}
+
+TEST_F(LinkTableOf, DriveWithoutADiskThatCanBeTold) {
+    const fs::path folder = show(one);
+    fs::create_symlink("/dev/null", folder / "e:");
+    const LinkTable table = findLinkTable(common(), one.id());
+    EXPECT_FALSE(table.target('E')->disk.has_value());
+    std::ofstream(folder / "e:.disk") << "sequence=7,size=512,serial=A";
+    EXPECT_FALSE(table.target('E')->disk.has_value()) << "no link";
+    fs::remove(folder / "e:.disk");
+    fs::create_symlink("sequence=7,size=512", folder / "e:.disk");
+    EXPECT_FALSE(table.target('E')->disk.has_value()) << "half of it";
+}
+
+/// The folder is looked up once: whoever can exchange it afterwards does not change what the letter means.
+TEST_F(LinkTableOf, FolderThatIsExchangedAfterwards) {
+    const fs::path folder = show(one);
+    fs::create_symlink("/dev/null", folder / "e:");
+    const LinkTable table = findLinkTable(common(), one.id());
+    fs::rename(folder, base / "away");
+    show(one);
+    fs::create_symlink("/dev/zero", folder / "e:");
+    EXPECT_EQ(table.target('E')->node, "/dev/null");
 }
 
 TEST_F(LinkTableOf, FolderOfAnotherUser) {

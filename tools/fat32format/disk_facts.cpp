@@ -1,10 +1,14 @@
 #include "tools/fat32format/disk_facts.h"
 
+#include "tools/fat32format/kernel_text.h"
+
 #include <algorithm>
 #include <cctype>
-#include <fstream>
-#include <set>
+#include <cerrno>
+#include <charconv>
+#include <map>
 #include <sstream>
+#include <sys/stat.h>
 
 namespace fat32format {
 
@@ -22,25 +26,66 @@ std::string trimmed(const std::string& text) {
     return text.substr(begin, text.find_last_not_of(blanks) - begin + 1);
 }
 
-/// First line of a file, without blanks around it; empty when there is none.
-std::string readLine(const fs::path& file) {
-    std::ifstream stream(file);
-    std::string line;
-    std::getline(stream, line);
-    return trimmed(line);
+std::string firstLine(const std::string& text) {
+    return trimmed(text.substr(0, text.find('\n')));
 }
 
-std::uint64_t readNumber(const fs::path& file) {
-    std::istringstream text(readLine(file));
-    std::uint64_t number = 0;
-    text >> number;
-    return text ? number : 0;
+/// First line of a file that need not be there; empty when it cannot be read.
+std::string optionalLine(const fs::path& file) {
+    return firstLine(readText(file).text);
 }
 
-bool isThere(const fs::path& file) {
-    std::error_code error;
-    return fs::exists(file, error);
-}
+/// Reads what a decision hangs on, and notes the first thing that cannot be read: it must not pass for one
+/// that is empty.
+class Reader {
+public:
+    explicit Reader(std::string& unreadable) : unreadable_(unreadable) {}
+
+    std::string text(const fs::path& file) {
+        const FileText read = readText(file);
+        if (read.error != 0) note(file);
+        return read.text;
+    }
+
+    std::uint64_t number(const fs::path& file) {
+        const std::string line = firstLine(text(file));
+        std::uint64_t value = 0;
+        const char* const end = line.data() + line.size();
+        const auto result = std::from_chars(line.data(), end, value);
+        if (result.ec == std::errc() && result.ptr == end) return value;
+        note(file);
+        return 0;
+    }
+
+    std::vector<std::string> names(const fs::path& folder) {
+        const FolderNames read = readNames(folder);
+        if (read.error != 0) note(folder);
+        return read.names;
+    }
+
+    bool isThere(const fs::path& file) {
+        struct stat info {};
+        if (stat(file.c_str(), &info) == 0) return true;
+        if (errno != ENOENT && errno != ENOTDIR) note(file);
+        return false;
+    }
+
+    /// Where a path leads to in the end; the path itself when it leads nowhere.
+    std::string resolved(const std::string& path) {
+        std::error_code error;
+        const fs::path real = fs::canonical(path, error);
+        if (!error) return real;
+        if (error != std::errc::no_such_file_or_directory) note(path);
+        return path;
+    }
+
+private:
+    void note(const fs::path& what) {
+        if (unreadable_.empty()) unreadable_ = what.string();
+    }
+
+    std::string& unreadable_;
+};
 
 std::string numberText(unsigned major, unsigned minor) {
     return std::to_string(major) + ':' + std::to_string(minor);
@@ -60,20 +105,18 @@ std::string nodeOf(const fs::path& folder) {
     return "/dev/" + name;
 }
 
-std::vector<fs::path> partitionsOf(const fs::path& disk) {
+std::vector<fs::path> partitionsOf(Reader& reader, const fs::path& disk) {
     std::vector<fs::path> partitions;
-    std::error_code error;
-    for (const fs::directory_entry& entry : fs::directory_iterator(disk, error)) {
-        if (isThere(entry.path() / "partition")) partitions.push_back(entry.path());
-    }
+    for (const std::string& name : reader.names(disk))
+        if (reader.isThere(disk / name / "partition")) partitions.push_back(disk / name);
     return partitions;
 }
 
 /// A property from udev's database; empty when udev does not know it.
 std::string udevProperty(const FactFolders& folders, const std::string& number, const std::string& name) {
-    std::ifstream file(folders.udev / ("b" + number));
+    std::istringstream lines(readText(folders.udev / ("b" + number)).text);
     const std::string start = "E:" + name + '=';
-    for (std::string line; std::getline(file, line);)
+    for (std::string line; std::getline(lines, line);)
         if (line.starts_with(start)) return trimmed(line.substr(start.size()));
     return {};
 }
@@ -92,61 +135,85 @@ bool hangsOnUsb(const fs::path& disk) {
 /// Of the device itself, else of the USB device that it hangs on. Beyond that one there are only hubs, which
 /// have serial numbers of their own.
 std::string serialOf(const fs::path& disk) {
-    if (std::string serial = readLine(disk / "device/serial"); !serial.empty()) return serial;
+    if (std::string serial = optionalLine(disk / "device/serial"); !serial.empty()) return serial;
     for (fs::path folder = disk; folder.has_relative_path(); folder = folder.parent_path())
-        if (isThere(folder / "idVendor")) return readLine(folder / "serial");
+        if (!optionalLine(folder / "idVendor").empty()) return optionalLine(folder / "serial");
     return {};
 }
 
-void readNames(const FactFolders& folders, const fs::path& disk, Volume& volume) {
-    const std::string number = readLine(disk / "dev");
-    const std::string vendor = readLine(disk / "device/vendor");
-    const std::string model = readLine(disk / "device/model");
+void readDiskNames(const FactFolders& folders, const fs::path& disk, Volume& volume) {
+    const std::string number = optionalLine(disk / "dev");
+    const std::string vendor = optionalLine(disk / "device/vendor");
+    const std::string model = optionalLine(disk / "device/model");
     volume.model = trimmed(vendor + ' ' + model);
     if (model.empty()) volume.model = udevProperty(folders, number, "ID_MODEL");
-    volume.serial = udevProperty(folders, number, "ID_SERIAL_SHORT");
+    // In the order of the desktop's disk service, which the table of drives has it from.
+    for (const char* name : {"ID_SCSI_SERIAL", "ID_SERIAL_SHORT", "ID_SERIAL"})
+        if (volume.serial.empty()) volume.serial = udevProperty(folders, number, name);
     if (volume.serial.empty()) volume.serial = serialOf(disk);
 }
 
-/// The disk and its partitions, as other tables name them.
-struct Names {
-    std::set<std::string> numbers; ///< "8:17"
-    std::set<std::string> nodes;   ///< "/dev/sdb1"
-
-    void add(const fs::path& folder) {
-        numbers.insert(readLine(folder / "dev"));
-        nodes.insert(nodeOf(folder));
-    }
-    /// Whether a device's path, perhaps one of its many links, means one of them.
-    bool hasNode(const std::string& path) const {
-        if (!path.starts_with("/dev/")) return false;
-        std::error_code error;
-        const fs::path node = fs::canonical(path, error);
-        return nodes.contains(error ? path : node.string());
-    }
-};
+bool isOctal(const std::string& text) {
+    return text.size() == 3 && text[0] <= '3' &&
+           std::all_of(text.begin(), text.end(), [](char c) { return c >= '0' && c <= '7'; });
+}
 
 /// "\040" and the like in the kernel's tables.
 std::string unescaped(const std::string& text) {
     std::string result;
     for (std::size_t i = 0; i < text.size(); ++i) {
-        const bool escaped = text[i] == '\\' && i + 3 < text.size() && std::isdigit(text[i + 1]) != 0;
-        if (escaped)
-            result += static_cast<char>(std::stoi(text.substr(i + 1, 3), nullptr, 8));
-        else
-            result += text[i];
-        if (escaped) i += 3;
+        const std::string digits = text.substr(i + 1, 3);
+        const bool escaped = text[i] == '\\' && isOctal(digits);
+        result += escaped ? static_cast<char>(std::stoi(digits, nullptr, 8)) : text[i];
+        if (escaped) i += digits.size();
     }
     return result;
 }
 
+/// A disk and its partitions, as other tables name them.
+class Devices {
+public:
+    Devices(Reader& reader, const fs::path& disk) : reader_(reader), folders_(partitionsOf(reader, disk)) {
+        hasPartitions_ = !folders_.empty();
+        folders_.push_back(disk);
+        for (const fs::path& folder : folders_)
+            nodes_.insert({firstLine(reader_.text(folder / "dev")), nodeOf(folder)});
+    }
+
+    bool hasPartitions() const { return hasPartitions_; }
+
+    /// The node of the one that a number, or else the path of a device, perhaps one of its many links, means;
+    /// empty when it is none of them.
+    std::string node(const std::string& number, const std::string& path) {
+        if (const auto found = nodes_.find(number); found != nodes_.end()) return found->second;
+        if (!path.starts_with("/dev/")) return {};
+        const std::string real = reader_.resolved(path);
+        const bool isOne = std::any_of(nodes_.begin(), nodes_.end(),
+                                       [&real](const auto& entry) { return entry.second == real; });
+        return isOne ? real : std::string();
+    }
+
+    /// Whether something is built upon one of them: a volume group, an encrypted volume, a RAID.
+    bool haveHolders() {
+        return std::any_of(folders_.begin(), folders_.end(), [this](const fs::path& folder) {
+            return !reader_.names(folder / "holders").empty();
+        });
+    }
+
+private:
+    Reader& reader_;
+    std::vector<fs::path> folders_;
+    std::map<std::string, std::string> nodes_; ///< by number, "8:17"
+    bool hasPartitions_ = false;
+};
+
 /// Where something of the devices is mounted, in the order of mounting. File systems with device numbers of
 /// their own (btrfs, those in user space) are known by the device they name as their source.
 /// https://www.kernel.org/doc/html/latest/filesystems/proc.html, 3.5
-std::vector<std::string> mountsOf(const FactFolders& folders, const Names& names) {
-    std::vector<std::string> places;
-    std::ifstream file(folders.proc / "self/mountinfo");
-    for (std::string line; std::getline(file, line);) {
+std::vector<Mount> mountsOf(Reader& reader, const fs::path& table, Devices& devices) {
+    std::vector<Mount> mounts;
+    std::istringstream lines(reader.text(table));
+    for (std::string line; std::getline(lines, line);) {
         std::istringstream fields(line);
         std::string skipped;
         std::string number;
@@ -157,37 +224,29 @@ std::vector<std::string> mountsOf(const FactFolders& folders, const Names& names
         std::string type;
         std::string source;
         fields >> type >> source;
-        if (names.numbers.contains(number) || names.hasNode(unescaped(source)))
-            places.push_back(unescaped(place));
+        if (const std::string node = devices.node(number, unescaped(source)); !node.empty())
+            mounts.push_back({node, unescaped(place)});
     }
-    return places;
+    return mounts;
 }
 
-bool isSwap(const FactFolders& folders, const Names& names) {
-    std::ifstream file(folders.proc / "swaps");
-    for (std::string line; std::getline(file, line);) {
+bool haveSwap(Reader& reader, const fs::path& table, Devices& devices) {
+    std::istringstream lines(reader.text(table));
+    for (std::string line; std::getline(lines, line);) {
         const std::string path = unescaped(line.substr(0, line.find_first_of(" \t")));
-        if (names.hasNode(path)) return true;
+        if (!devices.node({}, path).empty()) return true;
     }
     return false;
 }
 
-/// Something is built upon it: a volume group, an encrypted volume, a RAID.
-bool hasHolders(const fs::path& folder) {
-    std::error_code error;
-    const fs::directory_iterator holders(folder / "holders", error);
-    return !error && holders != fs::directory_iterator();
-}
-
-bool isInSystemUse(const FactFolders& folders, const fs::path& disk) {
-    std::vector<fs::path> devices = partitionsOf(disk);
-    devices.push_back(disk);
-    Names names;
-    for (const fs::path& device : devices)
-        names.add(device);
-    const std::vector<std::string> places = mountsOf(folders, names);
-    return std::any_of(devices.begin(), devices.end(), hasHolders) || isSwap(folders, names) ||
-           !std::all_of(places.begin(), places.end(), isUsersPlace);
+void readUse(Reader& reader, const FactFolders& folders, const fs::path& disk, Volume& volume) {
+    Devices devices(reader, disk);
+    volume.diskHasPartitions = devices.hasPartitions();
+    volume.mounts = mountsOf(reader, folders.proc / "self/mountinfo", devices);
+    const bool onlyUsers = std::all_of(volume.mounts.begin(), volume.mounts.end(),
+                                       [](const Mount& mount) { return isUsersPlace(mount.place); });
+    const bool swap = haveSwap(reader, folders.proc / "swaps", devices);
+    volume.systemUse = devices.haveHolders() || swap || !onlyUsers;
 }
 
 } // namespace
@@ -201,38 +260,22 @@ std::optional<Volume> readFacts(const FactFolders& folders, unsigned major, unsi
     const auto folder = folderOf(folders, numberText(major, minor));
     if (!folder) return std::nullopt;
     Volume volume;
-    volume.isPartition = isThere(*folder / "partition");
+    Reader reader(volume.unreadable);
+    volume.isPartition = reader.isThere(*folder / "partition");
     const fs::path disk = volume.isPartition ? folder->parent_path() : *folder;
     volume.node = nodeOf(*folder);
-    volume.stableNode = volume.node;
     volume.diskNode = nodeOf(disk);
     volume.deviceNumber = (std::uint64_t{major} << 32U) | minor;
-    volume.diskSequence = readNumber(disk / "diskseq");
-    volume.bytes = readNumber(*folder / "size") * kernelSector;
-    volume.diskBytes = readNumber(disk / "size") * kernelSector;
-    if (const std::uint64_t size = readNumber(disk / "queue/logical_block_size"); size != 0)
-        volume.sectorSize = static_cast<std::uint32_t>(size);
-    volume.diskHasPartitions = !partitionsOf(disk).empty();
-    volume.readOnly = readNumber(*folder / "ro") != 0 || readNumber(disk / "ro") != 0;
-    volume.onUsb = hangsOnUsb(disk) || udevProperty(folders, readLine(disk / "dev"), "ID_BUS") == "usb";
-    readNames(folders, disk, volume);
-    volume.systemUse = isInSystemUse(folders, disk);
-    Names own;
-    own.add(*folder);
-    volume.mounts = mountsOf(folders, own);
+    volume.diskSequence = reader.number(disk / "diskseq");
+    if (volume.isPartition) volume.start = reader.number(*folder / "start") * kernelSector;
+    volume.bytes = reader.number(*folder / "size") * kernelSector;
+    volume.diskBytes = reader.number(disk / "size") * kernelSector;
+    volume.sectorSize = static_cast<std::uint32_t>(reader.number(disk / "queue/logical_block_size"));
+    volume.readOnly = reader.number(*folder / "ro") != 0 || reader.number(disk / "ro") != 0;
+    volume.onUsb = hangsOnUsb(disk) || udevProperty(folders, optionalLine(disk / "dev"), "ID_BUS") == "usb";
+    readDiskNames(folders, disk, volume);
+    readUse(reader, folders, disk, volume);
     return volume;
-}
-
-/// https://www.kernel.org/doc/html/latest/block/stat.html
-std::uint64_t readBytesWritten(const FactFolders& folders, unsigned major, unsigned minor) {
-    const auto folder = folderOf(folders, numberText(major, minor));
-    if (!folder) return 0;
-    std::istringstream fields(readLine(*folder / "stat"));
-    constexpr int sectorsWritten = 7;
-    std::uint64_t value = 0;
-    for (int field = 1; field <= sectorsWritten; ++field)
-        fields >> value;
-    return fields ? value * kernelSector : 0;
 }
 
 } // namespace fat32format

@@ -3,7 +3,6 @@
 
 #include "tools/fat32format/system.h"
 
-#include <cstdint>
 #include <filesystem>
 #include <optional>
 #include <string>
@@ -17,12 +16,9 @@ struct FactFolders {
     std::filesystem::path udev = "/run/udev/data";
 };
 
-/// Everything of a volume but its stable name, from its device number; no value when the kernel does not know
-/// it.
+/// From a device number; no value when the kernel does not know it. What cannot be read is named in the
+/// volume, whose other facts are then not to be relied on.
 std::optional<Volume> readFacts(const FactFolders& folders, unsigned major, unsigned minor);
-
-/// Bytes that have been written to a device, "/dev/sdb1", since the system started; 0 when that is not known.
-std::uint64_t readBytesWritten(const FactFolders& folders, unsigned major, unsigned minor);
 
 /// Whether a mount at that place is the user's; every other one belongs to the system.
 bool isUsersPlace(const std::string& place);

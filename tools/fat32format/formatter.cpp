@@ -1,6 +1,8 @@
 #include "tools/fat32format/formatter.h"
 
+#include "tools/fat32format/fat32.h"
 #include "tools/fat32format/size_text.h"
+#include "tools/fat32format/volume_writer.h"
 
 #include <algorithm>
 #include <limits>
@@ -11,15 +13,32 @@ namespace {
 
 constexpr std::uint64_t sectorOfOption = 512;  // the unit of -cN
 constexpr std::uint64_t alignment = 1'048'576; // of a partition, in bytes
+constexpr std::uint64_t edge = 1'048'576;      // bytes at either end that other systems put their marks in
 constexpr std::uint64_t largestCountOfTable = std::numeric_limits<std::uint32_t>::max();
-constexpr int pkexecDismissed = 126;
-constexpr int pkexecRefused = 127;
 
 /// Ends the run.
 struct Refusal {
     Status status;
     std::string reason;
 };
+
+/// What is to become of a volume.
+struct Plan {
+    Fat32Layout layout;
+    std::uint64_t base = 0; ///< where the file system begins, in bytes from the beginning of the volume
+    Bytes table;            ///< the volume's first sector, when it gets a partition table
+};
+
+bool isMember(const Signature& signature) {
+    return signature.isMember;
+}
+
+std::string joined(const std::vector<Signature>& signatures) {
+    std::string text;
+    for (const Signature& signature : signatures)
+        text += (text.empty() ? "" : ", ") + printable(signature.name);
+    return text;
+}
 
 class Formatter {
 public:
@@ -29,15 +48,20 @@ public:
     void run() {
         const Volume volume = find();
         check(volume);
-        findTools(volume);
-        describe(volume);
+        const Plan plan = planFor(volume);
+        // Nobody can be locked out before the user's own mounts are gone, and they stay until the answer.
+        const bool isMounted = !volume.mounts.empty();
+        hold(volume, isMounted ? Access::Look : Access::Alone);
+        const std::vector<Signature> contents = examine(volume);
+        describe(volume, contents);
         ask();
         // The answer may have taken its time.
         const Volume now = findAgain(volume);
-        unmount(now);
-        makeFileSystem(now.isPartition ? now : partition(now));
-        system_.settle();
-        system_.print("Done\n");
+        if (isMounted) takeOver(now, contents);
+        confirm(now);
+        write(plan);
+        held_.reset();
+        system_.print("100 percent completed.\nDone\n");
     }
 
 private:
@@ -46,10 +70,16 @@ private:
         if (!problem.empty()) throw Refusal{Status::UnknownLetter, problem};
         const auto target = system_.targetOf(options_.letter);
         if (!target) throw Refusal{Status::UnknownLetter, "There is no drive " + drive_ + "."};
-        if (*target == "/") refuseSystem();
-        auto volume = system_.inspect(*target);
+        if (target->node == "/") refuseSystem();
+        auto volume = system_.inspect(target->node);
         if (!volume) throw Refusal{Status::NoDisk, "Drive " + drive_ + " is no disk."};
         if (volume->bytes == 0) throw Refusal{Status::NoDisk, "Drive " + drive_ + " has no medium."};
+        if (!target->disk)
+            throw Refusal{Status::OtherDisk,
+                          "The table of drives does not tell which disk drive " + drive_ + " is."};
+        if (*target->disk != volume->identity())
+            throw Refusal{Status::OtherDisk,
+                          "Drive " + drive_ + " is another disk than the table of drives tells of."};
         return *volume;
     }
 
@@ -61,6 +91,10 @@ private:
     }
 
     void check(const Volume& volume) {
+        if (!volume.unreadable.empty())
+            throw Refusal{Status::SystemVolume, "What uses the disk of drive " + drive_ +
+                                                    " cannot be told: " + volume.unreadable +
+                                                    " cannot be read."};
         if (volume.systemUse) refuseSystem();
         if (!volume.onUsb && !options_.anyBus)
             throw Refusal{Status::NotOnUsb, "The disk of drive " + drive_ +
@@ -72,26 +106,71 @@ private:
                           "Drive " + drive_ + " means a whole disk, which has partitions."};
     }
 
-    void findTools(const Volume& volume) {
-        makeTool_ = tool("mkfs.fat", "dosfstools");
-        if (!volume.isPartition) partitionTool_ = tool("sfdisk", "fdisk");
-        if (system_.isRoot()) return;
-        const auto pkexec = system_.findTool("pkexec");
-        if (!pkexec)
+    /// A partition is formatted as a whole; a disk gets one partition, from the first mebibyte to its end, or
+    /// to the end of what the table can tell.
+    Plan planFor(const Volume& volume) {
+        Plan plan;
+        const std::uint64_t size = std::max<std::uint64_t>(volume.sectorSize, sectorOfOption);
+        plan.base = volume.isPartition ? 0 : alignment;
+        if (volume.bytes <= plan.base) throw Refusal{Status::Failed, "The disk is too small."};
+        Fat32Wish wish;
+        wish.sectorSize = static_cast<std::uint32_t>(size);
+        wish.sectors = std::min((volume.bytes - plan.base) / size, largestCountOfTable);
+        wish.sectorsPerCluster = static_cast<std::uint32_t>(
+            std::max<std::uint64_t>(1, options_.sectorsPerCluster * sectorOfOption / size));
+        wish.sectorsBefore =
+            static_cast<std::uint32_t>(std::min((volume.start + plan.base) / size, largestCountOfTable));
+        wish.serial = system_.randomNumber();
+        const auto layout = fat32Layout(wish);
+        if (!layout)
+            throw Refusal{Status::Failed, "The disk is too small or too large for clusters of this size."};
+        plan.layout = *layout;
+        if (!volume.isPartition)
+            plan.table = partitionTable(wish.sectorSize, wish.sectorsBefore,
+                                        static_cast<std::uint32_t>(wish.sectors), system_.randomNumber());
+        return plan;
+    }
+
+    void hold(const Volume& volume, Access access) {
+        held_.reset();
+        Opened opened = system_.open(volume, access);
+        if (opened.outcome == Opened::Outcome::InUse)
+            throw Refusal{Status::InUse, "Something else uses the disk of drive " + drive_ +
+                                             ", perhaps where it cannot be seen from here. " + opened.reason};
+        if (opened.outcome == Opened::Outcome::NotAllowed)
             throw Refusal{Status::NotAuthorised,
-                          "Only root may write to the disk, and pkexec is not installed."};
-        authorisation_ = {*pkexec, "--disable-internal-agent"};
+                          "The authorisation to write to the disk was refused. " + opened.reason};
+        if (opened.outcome != Opened::Outcome::Done || !opened.volume)
+            throw Refusal{Status::Failed, "Drive " + drive_ + " cannot be opened. " + opened.reason};
+        held_ = std::move(opened.volume);
+        confirm(volume);
     }
 
-    std::string tool(const std::string& name, const std::string& package) {
-        const auto path = system_.findTool(name);
-        if (!path)
-            throw Refusal{Status::MissingTool,
-                          name + " is not installed; the package is called " + package + "."};
-        return *path;
+    /// That what is open is what has been looked at, whatever the names have come to mean in between.
+    void confirm(const Volume& volume) {
+        if (held_->identity() != volume.identity() || held_->bytes() != volume.bytes) refuseChanged();
     }
 
-    void describe(const Volume& volume) {
+    [[noreturn]] void refuseChanged() {
+        throw Refusal{Status::DiskChanged, "Drive " + drive_ + " is another disk by now."};
+    }
+
+    std::vector<Signature> examine(const Volume& volume) {
+        const auto contents = held_->signatures();
+        const auto beside = held_->diskSignatures();
+        if (!contents || !beside)
+            throw Refusal{Status::Failed, "What drive " + drive_ + " holds cannot be read."};
+        for (const auto* found : {&*contents, &*beside}) {
+            const auto member = std::find_if(found->begin(), found->end(), isMember);
+            if (member == found->end()) continue;
+            throw Refusal{Status::MemberOfSet, (volume.isPartition ? volume.node : volume.diskNode) +
+                                                   " belongs to a set of devices: " + member->name +
+                                                   ". It is not touched."};
+        }
+        return *contents;
+    }
+
+    void describe(const Volume& volume, const std::vector<Signature>& contents) {
         const auto orUnknown = [](const std::string& text) {
             return text.empty() ? "unknown" : printable(text);
         };
@@ -102,8 +181,9 @@ private:
         text += "  Model:  " + orUnknown(volume.model) + '\n';
         text += "  Serial: " + orUnknown(volume.serial) + '\n';
         text += "  Size:   " + sizeText(volume.diskBytes) + '\n';
-        for (const std::string& place : volume.mounts)
-            text += "It is in use at " + printable(place) + " and will be unmounted.\n";
+        if (!contents.empty()) text += "enthält: " + joined(contents) + '\n';
+        for (const Mount& mount : volume.mounts)
+            text += mount.node + " is in use at " + printable(mount.place) + " and will be unmounted.\n";
         if (!volume.isPartition) text += "The disk gets a partition table with one partition.\n";
         system_.print(text + "Everything on it will be lost.\n");
     }
@@ -117,102 +197,65 @@ private:
 
     Volume findAgain(const Volume& before) {
         Volume now = find();
-        if (!now.isSameAs(before))
-            throw Refusal{Status::DiskChanged, "Drive " + drive_ + " is another disk by now."};
+        if (!now.isSameAs(before)) refuseChanged();
         check(now);
         return now;
     }
 
+    /// From the user's mounts. The volume may have been changed through them since it was described.
+    void takeOver(const Volume& volume, const std::vector<Signature>& described) {
+        held_.reset();
+        unmount(volume);
+        hold(volume, Access::Alone);
+        if (examine(volume) != described) refuseChanged();
+    }
+
     void unmount(const Volume& volume) {
         // The latest mount first: one may lie on top of another.
-        const std::vector<std::string> places(volume.mounts.rbegin(), volume.mounts.rend());
-        for (const std::string& place : places) {
-            system_.print("Unmounting " + printable(place) + "...\n");
-            if (!system_.unmount(place))
-                throw Refusal{Status::InUse, "Some program uses files in " + place + "."};
+        const std::vector<Mount> mounts(volume.mounts.rbegin(), volume.mounts.rend());
+        for (const Mount& mount : mounts) {
+            system_.print("Unmounting " + printable(mount.place) + "...\n");
+            if (!system_.unmount(mount))
+                throw Refusal{Status::InUse, "Some program uses files in " + mount.place + "."};
         }
         if (!findAgain(volume).mounts.empty())
             throw Refusal{Status::InUse, "Drive " + drive_ + " has been mounted again."};
     }
 
-    /// One partition of type FAT32 from the first mebibyte to the end of the disk, or to the end of what the
-    /// table can tell. Returns the disk itself when the kernel does not take notice of the partition.
-    Volume partition(const Volume& disk) {
-        system_.print("Writing a partition table...\n");
-        const std::uint64_t start = alignment / disk.sectorSize;
-        const std::uint64_t sectors = disk.bytes / disk.sectorSize;
-        if (sectors <= start) throw Refusal{Status::Failed, "The disk is too small."};
-        const std::uint64_t size = std::min(sectors - start, largestCountOfTable);
-        const std::string table =
-            "label: dos\nstart=" + std::to_string(start) + ", size=" + std::to_string(size) + ", type=c\n";
-        runTool(
-            {partitionTool_, "--quiet", "--wipe", "always", "--wipe-partitions", "always", disk.stableNode},
-            table, [] {});
-        if (const auto found = system_.firstPartitionOf(disk)) return *found;
-        Volume inside = disk;
-        inside.bytes = size * disk.sectorSize;
-        return inside;
-    }
-
-    /// Of a whole disk: the file system of its first partition. The kernel may have that one already, hence
-    /// -I, which lets mkfs.fat write through the disk all the same.
-    void makeFileSystem(const Volume& volume) {
-        const std::uint64_t clusterBytes = options_.sectorsPerCluster * sectorOfOption;
-        const std::uint64_t perCluster = std::max<std::uint64_t>(1, clusterBytes / volume.sectorSize);
-        system_.print("Formatting with FAT32, " + std::to_string(perCluster * volume.sectorSize) +
+    void write(const Plan& plan) {
+        const Fat32Wish& wish = plan.layout.wish;
+        if (!plan.table.empty()) system_.print("Writing a partition table...\n");
+        system_.print("Formatting with FAT32, " + std::to_string(wish.sectorsPerCluster * wish.sectorSize) +
                       " bytes a cluster...\n");
-        std::vector<std::string> command = {
-            makeTool_, "-F", "32", "-s", std::to_string(perCluster), "-S", std::to_string(volume.sectorSize)};
-        if (!volume.isPartition) {
-            const std::string start = std::to_string(alignment / volume.sectorSize);
-            command.insert(command.end(), {"--offset=" + start, "-h", start, "-I"});
-            if (knowsTableOption()) command.emplace_back("--mbr=n");
-        }
-        command.push_back(volume.stableNode);
-        if (!volume.isPartition) command.push_back(std::to_string(volume.bytes / 1024));
-        expected_ = bytesToWrite(volume.bytes, perCluster * volume.sectorSize);
-        written_ = system_.bytesWritten(volume);
-        percent_ = 0;
-        runTool(command, {}, [&] { showProgress(volume); });
-        system_.print("100 percent completed.\n");
+        const std::uint64_t expected = Fat32Writer::clearedBytes(plan.layout) + plan.base + 2 * edge;
+        VolumeWriter writer(*held_, expected, [this](std::uint64_t percent) {
+            system_.print(std::to_string(percent) + " percent completed.\n");
+        });
+        Fat32Writer fileSystem(writer, plan.layout, plan.base);
+        const bool written = clearEdges(writer, plan.base) && fileSystem.writeTables() && held_->flush() &&
+                             fileSystem.writeBoot() && held_->flush() && fileSystem.verify() &&
+                             writeTable(writer, plan.table);
+        if (!written) throw Refusal{Status::Failed, "The disk of drive " + drive_ + " cannot be written to."};
     }
 
-    /// Since version 4.2, mkfs.fat may write a partition table of its own onto a whole disk.
-    bool knowsTableOption() {
-        return system_.run({makeTool_, "--help"}, {}, [] {}).output.find("--mbr") != std::string::npos;
+    /// Where marks of an earlier use can be, which would contradict the new file system.
+    bool clearEdges(VolumeWriter& writer, std::uint64_t base) {
+        const std::uint64_t bytes = held_->bytes();
+        const std::uint64_t first = std::min(base + edge, bytes);
+        return bytes >= edge && writer.clear(0, first) && writer.clear(std::max(first, bytes - edge), bytes);
     }
 
-    void showProgress(const Volume& volume) {
-        constexpr std::uint64_t step = 10;
-        const std::uint64_t now = system_.bytesWritten(volume);
-        if (now < written_) return;
-        const std::uint64_t percent =
-            std::min<std::uint64_t>((now - written_) * 100 / expected_, 99) / step * step;
-        if (percent <= percent_) return;
-        percent_ = percent;
-        system_.print(std::to_string(percent) + " percent completed.\n");
-    }
-
-    void runTool(const std::vector<std::string>& command, const std::string& input,
-                 const std::function<void()>& meanwhile) {
-        std::vector<std::string> whole = authorisation_;
-        whole.insert(whole.end(), command.begin(), command.end());
-        const CommandResult result = system_.run(whole, input, meanwhile);
-        if (result.status == 0) return;
-        if (!authorisation_.empty() && (result.status == pkexecDismissed || result.status == pkexecRefused))
-            throw Refusal{Status::NotAuthorised, "The authorisation to write to the disk was refused."};
-        throw Refusal{Status::Failed, command.front() + " failed: " + result.output};
+    bool writeTable(VolumeWriter& writer, const Bytes& table) {
+        if (table.empty()) return true;
+        if (!writer.put(0, table) || !held_->flush() || !writer.verify(0, table)) return false;
+        held_->tableHasChanged();
+        return true;
     }
 
     System& system_;
     Options options_;
     std::string drive_; ///< "E:"
-    std::string makeTool_;
-    std::string partitionTool_;
-    std::vector<std::string> authorisation_; ///< what to put in front of a command that writes
-    std::uint64_t expected_ = 1;             ///< bytes
-    std::uint64_t written_ = 0;              ///< bytes, before the formatting
-    std::uint64_t percent_ = 0;
+    std::unique_ptr<HeldVolume> held_;
 };
 
 } // namespace
@@ -220,12 +263,8 @@ private:
 bool Volume::isSameAs(const Volume& other) const {
     return node == other.node && deviceNumber == other.deviceNumber && diskSequence == other.diskSequence &&
            model == other.model && serial == other.serial && diskBytes == other.diskBytes &&
-           bytes == other.bytes && isPartition == other.isPartition;
-}
-
-bool Volume::isReadyPartitionOf(const Volume& disk) const {
-    const bool isNameLasting = stableNode != node || disk.stableNode == disk.node;
-    return isPartition && diskNode == disk.diskNode && diskSequence == disk.diskSequence && isNameLasting;
+           start == other.start && bytes == other.bytes && sectorSize == other.sectorSize &&
+           isPartition == other.isPartition;
 }
 
 Status format(System& system, const Options& options) {
@@ -247,12 +286,6 @@ std::string printable(std::string text) {
     for (std::size_t at = text.find(success); at != std::string::npos; at = text.find(success))
         text.replace(at, success.size(), "DONE");
     return text;
-}
-
-std::uint64_t bytesToWrite(std::uint64_t volumeBytes, std::uint64_t clusterBytes) {
-    constexpr std::uint64_t tables = 2;
-    constexpr std::uint64_t entry = 4;
-    return std::max<std::uint64_t>(1, volumeBytes / clusterBytes * entry * tables);
 }
 
 } // namespace fat32format

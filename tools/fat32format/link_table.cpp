@@ -1,7 +1,14 @@
 #include "tools/fat32format/link_table.h"
 
+#include "tools/fat32format/kernel_text.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
 #include <charconv>
+#include <climits>
 #include <csignal>
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <vector>
@@ -11,53 +18,88 @@ namespace fat32format {
 namespace {
 
 namespace fs = std::filesystem;
+using platform::posix::UniqueFd;
 
-bool isThere(const fs::path& path) {
-    struct stat info {};
-    return lstat(path.c_str(), &info) == 0;
-}
+constexpr const char* notRunning = "There is no table of drives: the program orvanta-usbtool does not run.";
 
-bool isUsersAlone(const fs::path& path) {
+bool isUsersAlone(int folder) {
     struct stat info {};
-    if (lstat(path.c_str(), &info) != 0) return false;
-    return S_ISDIR(info.st_mode) && info.st_uid == geteuid() && (info.st_mode & (S_IWGRP | S_IWOTH)) == 0;
+    if (fstat(folder, &info) != 0) return false;
+    return info.st_uid == geteuid() && (info.st_mode & (S_IRWXG | S_IRWXO)) == 0;
 }
 
 /// Whether a folder's name is the id of one of the user's processes.
-bool isOfALivingProcess(const fs::path& folder) {
-    const std::string name = folder.filename();
+bool isOfALivingProcess(const std::string& name) {
     pid_t process = 0;
     const auto [end, failure] = std::from_chars(name.data(), name.data() + name.size(), process);
     if (failure != std::errc() || end != name.data() + name.size() || process <= 0) return false;
     return kill(process, 0) == 0;
 }
 
-std::vector<fs::path> livingFolders(const fs::path& common) {
-    std::vector<fs::path> folders;
-    std::error_code error;
-    for (const fs::directory_entry& entry : fs::directory_iterator(common, error))
-        if (isOfALivingProcess(entry.path())) folders.push_back(entry.path());
-    return folders;
+/// A folder inside another one, never through a link. Not there: neither a folder nor a problem.
+struct Found {
+    UniqueFd folder;
+    std::string problem;
+};
+
+Found openOwn(int parent, const fs::path& name, const fs::path& shown) {
+    UniqueFd folder(openat(parent, name.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    if (!folder && errno == ENOENT) return {};
+    if (!folder && errno != ELOOP && errno != ENOTDIR)
+        return {{}, "The table of drives in " + shown.string() + " cannot be read."};
+    if (!folder || !isUsersAlone(folder.get()))
+        return {{}, "Others than the user may change the table of drives in " + shown.string() + '.'};
+    return {std::move(folder), {}};
 }
 
-LinkTable trusted(const fs::path& folder) {
-    if (isUsersAlone(folder)) return {folder, {}};
-    return {{}, "Others than the user may change the table of drives in " + folder.string() + '.'};
+LinkTable openTable(int common, const fs::path& shown, const std::string& name) {
+    Found found = openOwn(common, name, shown / name);
+    if (!found.problem.empty()) return LinkTable(found.problem);
+    if (!found.folder) return {};
+    return {shown / name, std::move(found.folder)};
+}
+
+LinkTable onlyTable(int common, const fs::path& shown) {
+    FolderNames all = readNames(common);
+    if (all.error != 0) return LinkTable("The table of drives in " + shown.string() + " cannot be read.");
+    std::erase_if(all.names, [](const std::string& name) { return !isOfALivingProcess(name); });
+    if (all.names.empty()) return LinkTable(notRunning);
+    if (all.names.size() > 1)
+        return LinkTable(
+            "The program orvanta-usbtool runs more than once, each time with drive letters of its own.");
+    LinkTable table = openTable(common, shown, all.names.front());
+    const bool hasEnded = table.folder().empty() && table.problem().empty();
+    return hasEnded ? LinkTable(notRunning) : std::move(table);
+}
+
+std::optional<std::string> readLink(int folder, const std::string& name) {
+    std::array<char, PATH_MAX> text = {};
+    const ssize_t length = readlinkat(folder, name.c_str(), text.data(), text.size());
+    if (length < 0 || static_cast<std::size_t>(length) == text.size()) return std::nullopt;
+    return std::string(text.data(), static_cast<std::size_t>(length));
 }
 
 } // namespace
 
+std::optional<Target> LinkTable::target(char letter) const {
+    if (!opened_) return std::nullopt;
+    const std::string name = {static_cast<char>(letter - 'A' + 'a'), ':'};
+    const auto link = readLink(opened_.get(), name);
+    if (!link || !link->starts_with('/')) return std::nullopt;
+    std::error_code error;
+    const fs::path real = fs::canonical(*link, error);
+    if (error) return std::nullopt;
+    const auto disk = readLink(opened_.get(), name + ".disk");
+    return Target{real.string(), disk ? parseIdentity(*disk) : std::nullopt};
+}
+
 LinkTable findLinkTable(const fs::path& common, pid_t parent) {
-    const std::string notRunning = "There is no table of drives: the program orvanta-usbtool does not run.";
-    if (!isThere(common)) return {{}, notRunning};
-    if (LinkTable table = trusted(common); table.folder.empty()) return table;
-    if (const fs::path own = common / std::to_string(parent); isThere(own)) return trusted(own);
-    const std::vector<fs::path> living = livingFolders(common);
-    if (living.empty()) return {{}, notRunning};
-    if (living.size() > 1)
-        return {{},
-                "The program orvanta-usbtool runs more than once, each time with drive letters of its own."};
-    return trusted(living.front());
+    const Found found = openOwn(AT_FDCWD, common, common);
+    if (!found.problem.empty()) return LinkTable(found.problem);
+    if (!found.folder) return LinkTable(notRunning);
+    LinkTable own = openTable(found.folder.get(), common, std::to_string(parent));
+    if (!own.folder().empty() || !own.problem().empty()) return own;
+    return onlyTable(found.folder.get(), common);
 }
 
 } // namespace fat32format

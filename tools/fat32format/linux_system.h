@@ -6,22 +6,17 @@
 
 namespace fat32format {
 
-/// The system as it is.
+/// The system as it is. Nothing is run by it.
 class LinuxSystem : public System {
 public:
     LinuxSystem();
 
     std::string tableProblem() override;
-    std::optional<std::string> targetOf(char letter) override;
+    std::optional<Target> targetOf(char letter) override;
     std::optional<Volume> inspect(const std::string& node) override;
-    std::optional<Volume> firstPartitionOf(const Volume& disk) override;
-    std::uint64_t bytesWritten(const Volume& volume) override;
-    bool isRoot() override;
-    std::optional<std::string> findTool(const std::string& name) override;
-    CommandResult run(const std::vector<std::string>& command, const std::string& input,
-                      const std::function<void()>& meanwhile) override;
-    bool unmount(const std::string& place) override;
-    void settle() override;
+    Opened open(const Volume& volume, Access access) override;
+    bool unmount(const Mount& mount) override;
+    std::uint32_t randomNumber() override;
     void print(const std::string& text) override;
     std::optional<std::string> readLine() override;
 

@@ -18,7 +18,7 @@ int main(int argc, char** argv) {
     }
     try {
         return static_cast<int>(fat32format::format(system, *options));
-    } catch (const std::exception& error) { // a disk that is pulled while the kernel's tables are read
+    } catch (const std::exception& error) { // no memory, or the input breaks
         system.print(fat32format::printable(error.what()) + '\n');
         return static_cast<int>(fat32format::Status::Failed);
     }

@@ -2,26 +2,34 @@
 // formatted.
 #pragma once
 
+#include "tools/fat32format/disk_identity.h"
+
 #include <cstdint>
-#include <functional>
+#include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
 namespace fat32format {
 
+struct Mount {
+    std::string node;  ///< the device that is mounted, "/dev/sdb1"
+    std::string place; ///< the folder
+    friend bool operator==(const Mount&, const Mount&) = default;
+};
+
 /// A volume, a partition or a whole disk, and the disk it lies on.
 struct Volume {
-    std::string node;       ///< its device, "/dev/sdb1"
-    std::string stableNode; ///< a name of the same device that no other disk can take over; `node` where
-                            ///< there is none
-    std::string diskNode;   ///< the disk's device, "/dev/sdb"
+    std::string node;     ///< its device, "/dev/sdb1"
+    std::string diskNode; ///< the disk's device, "/dev/sdb"
     std::uint64_t deviceNumber = 0;
     std::uint64_t diskSequence =
         0;              ///< which of all disks since the start of the system it is; 0 when not known
     std::string model;  ///< of the disk; may be empty
     std::string serial; ///< of the disk; may be empty
     std::uint64_t diskBytes = 0;
+    std::uint64_t start = 0; ///< where it begins on the disk, in bytes
     std::uint64_t bytes = 0;
     std::uint32_t sectorSize = 512; ///< logical, in bytes
     bool isPartition = false;
@@ -30,17 +38,62 @@ struct Volume {
     bool readOnly = false;
     bool systemUse =
         false; ///< something of the disk is mounted as part of the system, or in its use otherwise
-    std::vector<std::string> mounts; ///< where the user has the volume mounted
+    std::vector<Mount> mounts; ///< where the user has something of the disk mounted, in the order of mounting
+    std::string unreadable;    ///< what could not be read of all this, the first of it; else empty
 
     /// Whether it is the same piece of the same disk, plugged in since.
     bool isSameAs(const Volume& other) const;
-    /// Whether it lies on the disk, and has a name that is as lasting as the disk's.
-    bool isReadyPartitionOf(const Volume& disk) const;
+    DiskIdentity identity() const { return {diskSequence, diskBytes, serial}; }
 };
 
-struct CommandResult {
-    int status = -1; ///< exit status; -1 when it could not be started or was killed
-    std::string output;
+/// What a letter means in the table of drives.
+struct Target {
+    std::string node;                 ///< path of a device, or of a folder
+    std::optional<DiskIdentity> disk; ///< that the user was shown; no value when the table does not tell
+};
+
+/// What a disk or a volume holds, by the mark that says so.
+struct Signature {
+    std::string name;      ///< fit to be shown
+    bool isMember = false; ///< of something that has more devices, or belongs to another device
+    friend bool operator==(const Signature&, const Signature&) = default;
+};
+
+/// A volume and its disk, held open: whatever is plugged in meanwhile, it is this one that is read and
+/// written. Offsets count bytes from the beginning of the volume; offsets and lengths are whole sectors.
+class HeldVolume {
+public:
+    HeldVolume() = default;
+    HeldVolume(const HeldVolume&) = delete;
+    HeldVolume& operator=(const HeldVolume&) = delete;
+    virtual ~HeldVolume() = default;
+
+    /// Of the disk that is open; no value when it is gone, or the volume is not on it.
+    virtual std::optional<DiskIdentity> identity() = 0;
+    /// Size of the volume that is open; 0 when it cannot be told.
+    virtual std::uint64_t bytes() = 0;
+    /// What the volume holds; no value when it cannot be read.
+    virtual std::optional<std::vector<Signature>> signatures() = 0;
+    /// What the whole disk holds besides its partitions.
+    virtual std::optional<std::vector<Signature>> diskSignatures() = 0;
+    virtual bool read(std::uint64_t offset, std::span<unsigned char> bytes) = 0;
+    virtual bool write(std::uint64_t offset, std::span<const unsigned char> bytes) = 0;
+    /// Brings everything written onto the medium; what is read next comes from there.
+    virtual bool flush() = 0;
+    /// Lets the system take notice of a new partition table, now or when the disk is let go.
+    virtual void tableHasChanged() = 0;
+};
+
+enum class Access {
+    Look, ///< reading, whoever else uses the disk
+    Alone ///< reading and writing, and nobody else has anything of the disk mounted or in use otherwise
+};
+
+struct Opened {
+    enum class Outcome { Done, InUse, NotAllowed, Failed };
+    Outcome outcome = Outcome::Failed;
+    std::unique_ptr<HeldVolume> volume; ///< there when, and only when, it is done
+    std::string reason;                 ///< why not, in the system's words; may be empty
 };
 
 class System {
@@ -52,27 +105,15 @@ public:
 
     /// Why there is no table of drives, a sentence; empty when there is one.
     virtual std::string tableProblem() = 0;
-    /// What the letter means in the table of drives: the path of a device, or of a folder; no value when it
-    /// is not there.
-    virtual std::optional<std::string> targetOf(char letter) = 0;
+    /// No value when the letter is not in the table.
+    virtual std::optional<Target> targetOf(char letter) = 0;
     /// No value when the path is no block device.
     virtual std::optional<Volume> inspect(const std::string& node) = 0;
-    /// The first partition of a disk that has just been partitioned, when the kernel has it, and udev a name
-    /// for it that is as lasting as the disk's; waits some seconds for it.
-    virtual std::optional<Volume> firstPartitionOf(const Volume& disk) = 0;
-    /// Bytes that have been written to the volume since the system started.
-    virtual std::uint64_t bytesWritten(const Volume& volume) = 0;
 
-    virtual bool isRoot() = 0;
-    /// Absolute path of a program; no value when it is not installed.
-    virtual std::optional<std::string> findTool(const std::string& name) = 0;
-    /// Runs a program to its end, with a text on its standard input; `meanwhile` is called several times a
-    /// second.
-    virtual CommandResult run(const std::vector<std::string>& command, const std::string& input,
-                              const std::function<void()>& meanwhile) = 0;
-    virtual bool unmount(const std::string& place) = 0;
-    /// Brings everything written onto the media.
-    virtual void settle() = 0;
+    /// May ask the user for a password.
+    virtual Opened open(const Volume& volume, Access access) = 0;
+    virtual bool unmount(const Mount& mount) = 0;
+    virtual std::uint32_t randomNumber() = 0;
 
     /// Shows a text to the user at once.
     virtual void print(const std::string& text) = 0;

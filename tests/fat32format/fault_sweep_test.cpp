@@ -1,0 +1,88 @@
+// Every call of the formatter fails once. Whatever fails, a disk in use stays as it is, and nothing is called
+// done that is not.
+#include "tools/fat32format/formatter.h"
+
+#include "tests/fat32format/fake_system.h"
+
+#include <gtest/gtest.h>
+
+using namespace fat32format;
+
+namespace {
+
+constexpr Options options{'E', 64, false};
+
+/// A partition, or a whole disk, of 3 GB.
+void plug(FakeSystem& system, bool isPartition) {
+    Volume volume = isPartition ? usbPartition() : blankDisk();
+    volume.diskBytes = 3'221'225'472;
+    volume.bytes = volume.diskBytes - volume.start;
+    system.volumes[volume.node] = volume;
+    system.table['E'] = {volume.node, volume.identity()};
+}
+
+/// What a run without a fault leaves.
+MemoryDisk formatted(bool isPartition, bool isMounted) {
+    FakeSystem system;
+    plug(system, isPartition);
+    if (isMounted) system.volumes.begin()->second.mounts = {{"/dev/sdb1", "/media/anna/DISK"}};
+    EXPECT_EQ(format(system, options), Status::Done);
+    return system.disk;
+}
+
+struct Case {
+    bool isPartition;
+    bool isMounted;   ///< by the user
+    bool failingRead; ///< what cannot be read is named, else there is no answer at all
+};
+
+/// Returns the number of calls of a run without a fault.
+int sweepFree(const Case& one) {
+    const MemoryDisk good = formatted(one.isPartition, one.isMounted);
+    for (int call = 1;; ++call) {
+        FakeSystem system;
+        plug(system, one.isPartition);
+        if (one.isMounted) system.volumes.begin()->second.mounts = {{"/dev/sdb1", "/media/anna/DISK"}};
+        system.failingCall = call;
+        system.failingRead = one.failingRead;
+        const Status status = format(system, options);
+        const bool saysDone = system.output.find("Done") != std::string::npos;
+        EXPECT_EQ(status == Status::Done, saysDone) << call;
+        EXPECT_TRUE(!saysDone || system.disk.sectors == good.sectors) << call;
+        if (system.calls < call) return call - 1;
+        EXPECT_NE(status, Status::Done) << "the fault of call " << call << " has been overlooked";
+    }
+}
+
+/// A disk that the system has mounted, where every look at it but one says so.
+void sweepMountedBySystem(bool isPartition, bool failingRead) {
+    for (int call = 1;; ++call) {
+        FakeSystem system;
+        plug(system, isPartition);
+        system.volumes.begin()->second.systemUse = true;
+        system.failingCall = call;
+        system.failingRead = failingRead;
+        EXPECT_NE(format(system, options), Status::Done);
+        EXPECT_TRUE(system.disk.sectors.empty());
+        EXPECT_TRUE(system.opened.empty());
+        if (system.calls < call) return;
+    }
+}
+
+} // namespace
+
+TEST(FaultSweep, DiskThatIsFreeOrInTheUsersUse) {
+    for (const bool isPartition : {false, true}) {
+        for (const bool isMounted : {false, true}) {
+            for (const bool failingRead : {false, true})
+                EXPECT_GT(sweepFree({isPartition, isMounted, failingRead}), 20);
+        }
+    }
+}
+
+TEST(FaultSweep, DiskThatTheSystemHasMounted) {
+    for (const bool isPartition : {false, true}) {
+        for (const bool failingRead : {false, true})
+            sweepMountedBySystem(isPartition, failingRead);
+    }
+}

@@ -1,0 +1,37 @@
+#pragma once
+
+#include "platform/linux/unique_fd.h"
+#include "tools/fat32format/disk_facts.h"
+#include "tools/fat32format/system.h"
+
+namespace fat32format {
+
+/// By two descriptors: the disk's, which keeps others away, and the volume's. They are one when the volume is
+/// the whole disk.
+class HeldDevice : public HeldVolume {
+public:
+    /// Without a descriptor of its own the volume is the disk.
+    HeldDevice(FactFolders folders, platform::posix::UniqueFd disk, platform::posix::UniqueFd partition)
+        : folders_(std::move(folders)), disk_(std::move(disk)), partition_(std::move(partition)) {}
+
+    /// Whether the volume's descriptor is that of the device with the number.
+    bool isDevice(std::uint64_t number) const;
+
+    std::optional<DiskIdentity> identity() override;
+    std::uint64_t bytes() override;
+    std::optional<std::vector<Signature>> signatures() override;
+    std::optional<std::vector<Signature>> diskSignatures() override;
+    bool read(std::uint64_t offset, std::span<unsigned char> bytes) override;
+    bool write(std::uint64_t offset, std::span<const unsigned char> bytes) override;
+    bool flush() override;
+    void tableHasChanged() override;
+
+private:
+    int volume() const { return partition_ ? partition_.get() : disk_.get(); }
+
+    FactFolders folders_;
+    platform::posix::UniqueFd disk_;
+    platform::posix::UniqueFd partition_;
+};
+
+} // namespace fat32format

@@ -1,0 +1,57 @@
+#pragma once
+
+#include "tools/fat32format/fat32.h"
+#include "tools/fat32format/system.h"
+
+#include <cstdint>
+#include <functional>
+
+namespace fat32format {
+
+/// Writes to a volume, and tells how far it has come. Each returns whether it has worked; after one that has
+/// not, nothing more may be written.
+class VolumeWriter {
+public:
+    /// `progress` is told each percentage that is a multiple of ten, but not 100, of `expected` bytes.
+    VolumeWriter(HeldVolume& volume, std::uint64_t expected, std::function<void(std::uint64_t)> progress)
+        : volume_(volume), expected_(expected), progress_(std::move(progress)) {}
+
+    /// A range of zeros, on the medium when it returns.
+    bool clear(std::uint64_t begin, std::uint64_t end);
+    bool put(std::uint64_t offset, const Bytes& bytes);
+    /// Whether the bytes are on the medium.
+    bool verify(std::uint64_t offset, const Bytes& bytes);
+
+private:
+    bool countUp(std::uint64_t bytes);
+
+    HeldVolume& volume_;
+    std::uint64_t expected_;
+    std::function<void(std::uint64_t)> progress_;
+    std::uint64_t written_ = 0;
+    std::uint64_t percent_ = 0;
+};
+
+/// Writes an empty FAT32 file system that begins `base` bytes from the beginning of the volume. What marks it
+/// as one comes last: until then it is nothing rather than half a file system.
+class Fat32Writer {
+public:
+    Fat32Writer(VolumeWriter& writer, const Fat32Layout& layout, std::uint64_t base)
+        : writer_(writer), layout_(layout), base_(base) {}
+
+    /// How much is cleared for a file system.
+    static std::uint64_t clearedBytes(const Fat32Layout& layout);
+
+    bool writeTables();
+    bool writeBoot();
+    bool verify();
+
+private:
+    std::uint64_t placeOf(std::uint64_t sector) const { return base_ + sector * layout_.wish.sectorSize; }
+
+    VolumeWriter& writer_;
+    Fat32Layout layout_;
+    std::uint64_t base_;
+};
+
+} // namespace fat32format
