@@ -1,7 +1,10 @@
 """The companion program on loop devices: python3 loop_device_test.py PROGRAM. Only for root; else status 77."""
 
+import collections
+import hashlib
 import os
 import pathlib
+import re
 import shutil
 import struct
 import subprocess
@@ -12,7 +15,8 @@ import unittest
 SKIPPED = 77
 PROGRAM = None
 MEBIBYTE = 1024 * 1024
-TOOLS = ("losetup", "mkfs.fat", "sfdisk", "fsck.fat", "mkswap", "swapon")
+TOOLS = ("losetup", "fsck.fat", "mkswap", "swapon", "unshare")
+QUESTION = "Format drive E: (y/n)? "
 
 
 def run(*command, **options):
@@ -39,18 +43,65 @@ class LoopDevice(unittest.TestCase):
         with open(self.image, "wb") as file:
             file.truncate(size)
         self.device = run("losetup", "--find", "--show", self.image).strip()
-        self.addCleanup(run, "losetup", "--detach", self.device)
+        self.addCleanup(subprocess.run, ["losetup", "--detach", self.device], capture_output=True, check=False)
         self.link(self.device)
 
-    def link(self, target):
-        link = self.links / "e:"
-        link.unlink(missing_ok=True)
-        link.symlink_to(target)
+    def link(self, target, disk=None):
+        """The drive E:, and the disk that it is said to be: by default the one that it is."""
+        for name, text in (("e:", target), ("e:.disk", disk or self.identity())):
+            link = self.links / name
+            link.unlink(missing_ok=True)
+            link.symlink_to(text)
+
+    def identity(self, serial=""):
+        facts = pathlib.Path("/sys/class/block") / pathlib.Path(self.device).name
+        sequence, sectors = ((facts / name).read_text().strip() for name in ("diskseq", "size"))
+        return f"sequence={sequence},size={int(sectors) * 512},serial={serial}"
 
     def format(self, *options, drive="E:", answer="y\n"):
         return subprocess.run(
             [PROGRAM, *options, "-c8", drive], input=answer, capture_output=True, text=True, check=False,
             env={**os.environ, "XDG_RUNTIME_DIR": str(self.base)})
+
+    def start(self):
+        """Runs it up to its question."""
+        process = subprocess.Popen([PROGRAM, "--any-bus", "-c8", "E:"], stdin=subprocess.PIPE, stdout=subprocess.PIPE,
+                                   text=True, env={**os.environ, "XDG_RUNTIME_DIR": str(self.base)})
+        self.addCleanup(process.wait)
+        self.addCleanup(process.kill)
+        shown = ""
+        while not shown.endswith(QUESTION):
+            character = process.stdout.read(1)
+            self.assertTrue(character, "no question: " + shown)
+            shown += character
+        return process
+
+    def say_yes(self, process):
+        output, _ = process.communicate("y\n")
+        return subprocess.CompletedProcess(process.args, process.returncode, output, "")
+
+    def put_signature(self, *pieces):
+        """Marks as the tools leave them: pairs of an offset and bytes."""
+        with open(self.image, "r+b") as file:
+            for offset, content in pieces:
+                file.seek(offset)
+                file.write(content)
+        run("blockdev", "--flushbufs", self.device)
+
+    def mount_elsewhere(self, device):
+        """Mounts it where only another process sees it."""
+        place = pathlib.Path(tempfile.mkdtemp(dir=self.base))
+        script = f"mount {device} {place} && echo mounted && exec sleep 60"
+        process = subprocess.Popen(["unshare", "--mount", "--propagation", "private", "sh", "-c", script],
+                                   stdout=subprocess.PIPE, text=True)
+        self.addCleanup(process.stdout.close)
+        self.addCleanup(process.wait)
+        self.addCleanup(process.kill)
+        self.assertEqual(process.stdout.readline(), "mounted\n")
+
+    def fingerprint(self):
+        run("blockdev", "--flushbufs", self.device)
+        return hashlib.sha256(self.image.read_bytes()).hexdigest()
 
     def is_untouched(self):
         with open(self.image, "rb") as file:
@@ -172,6 +223,202 @@ class LoopDevice(unittest.TestCase):
         self.add_partition()
         self.assert_refused(self.format("--any-bus"), 12, "has partitions")
         self.assertTrue(self.is_untouched())
+
+    def test_identity_of_another_disk(self):
+        sequence, size, _ = self.identity().split(",")
+        number = int(sequence.removeprefix("sequence="))
+        for disk in (f"sequence={number - 1},{size},serial=", f"{sequence},size=268435968,serial=",
+                     f"{sequence},{size},serial=0815"):
+            self.link(self.device, disk)
+            self.assert_refused(self.format("--any-bus"), 14, "another disk than the table of drives tells of")
+        self.assertTrue(self.is_untouched())
+
+    def test_identity_that_is_missing(self):
+        self.link(self.device, "sequence=1")
+        self.assert_refused(self.format("--any-bus"), 14, "does not tell which disk drive E: is")
+        (self.links / "e:.disk").unlink()
+        self.assert_refused(self.format("--any-bus"), 14, "does not tell which disk drive E: is")
+        self.assertTrue(self.is_untouched())
+
+    def exchange_while_it_asks(self, place=None):
+        """The disk is held open while it asks: its name does not pass on, and the new disk gets another one."""
+        process = self.start()
+        if place is not None:
+            run("umount", place)
+        subprocess.run(["losetup", "--detach", self.device], check=False)  # comes true when the formatter lets go
+        first, device, identity = self.image, self.device, self.identity()
+        before = hashlib.sha256(first.read_bytes()).hexdigest()
+        self.image = self.base / "second"
+        self.attach(256 * MEBIBYTE)
+        self.assertNotEqual(self.device, device)
+        return process, first, before, identity
+
+    def test_exchanged_while_it_asks(self):
+        for knows, status in ((True, 13), (False, 14)):
+            with self.subTest("the table of drives " + ("knows" if knows else "does not know")):
+                self.image = self.base / "first"
+                self.attach(256 * MEBIBYTE)
+                process, first, before, identity = self.exchange_while_it_asks()
+                self.link(self.device, None if knows else identity)
+                self.assert_refused(self.say_yes(process), status, "another disk")
+                self.assertTrue(self.is_untouched())
+                self.assertEqual(hashlib.sha256(first.read_bytes()).hexdigest(), before)
+
+    def test_mounted_disk_exchanged_while_it_asks(self):
+        run("mkfs.ext4", "-q", self.device)
+        place = pathlib.Path(tempfile.mkdtemp(dir="/mnt"))
+        self.addCleanup(place.rmdir)
+        run("mount", self.device, place)
+        process, first, before, _ = self.exchange_while_it_asks(place)
+        self.assert_refused(self.say_yes(process), 13, "another disk by now")
+        self.assertTrue(self.is_untouched())
+        self.assertEqual(hashlib.sha256(first.read_bytes()).hexdigest(), before)
+
+    def test_tools_of_the_user_are_not_run(self):
+        """Nothing that lies on somebody's path becomes root, nor anything else."""
+        tools = self.base / "bin"
+        tools.mkdir()
+        for name in ("mkfs.fat", "sfdisk", "umount", "pkexec", "blkid", "wipefs"):
+            (tools / name).write_text(f"#!/bin/sh\ntouch {self.base}/planted\nexit 1\n", encoding="ascii")
+            (tools / name).chmod(0o755)
+        run("mkfs.ext4", "-q", self.device)
+        place = pathlib.Path(tempfile.mkdtemp(dir="/mnt"))
+        self.addCleanup(place.rmdir)
+        run("mount", self.device, place)
+        self.addCleanup(subprocess.run, ["umount", str(place)], capture_output=True, check=False)
+        path = os.environ["PATH"]
+        self.addCleanup(os.environ.__setitem__, "PATH", path)
+        os.environ["PATH"] = f"{tools}:{path}"
+        result = self.format("--any-bus")
+        self.assertFalse((self.base / "planted").exists(), "a planted tool has been run")
+        self.assertEqual(result.returncode, 0, result.stdout)
+
+    def test_mounted_in_another_namespace(self):
+        run("mkfs.ext4", "-q", self.device)
+        self.mount_elsewhere(self.device)
+        before = self.fingerprint()
+        self.assert_refused(self.format("--any-bus"), 11, "Something else uses the disk")
+        self.assertEqual(self.fingerprint(), before)
+
+    def test_other_partition_mounted_in_another_namespace(self):
+        first = self.add_partition()
+        run("delpart", self.device, 1)
+        run("addpart", self.device, 1, 2048, 100 * 2048)
+        run("addpart", self.device, 2, 120 * 2048, 100 * 2048)
+        self.addCleanup(run, "delpart", self.device, 2)
+        run("mkfs.ext4", "-q", first)
+        self.link(self.device + "p2")
+        self.mount_elsewhere(first)
+        before = self.fingerprint()
+        self.assert_refused(self.format("--any-bus"), 11, "Something else uses the disk")
+        self.assertEqual(self.fingerprint(), before)
+
+    def test_contents_are_named_in_the_question(self):
+        self.put_signature((0, b"LUKS\xba\xbe\0\1"))
+        result = self.format("--any-bus", answer="n\n")
+        self.assert_refused(result, 8, "\nenthält: LUKS\n")
+        self.assertLess(result.stdout.index("enthält"), result.stdout.index(QUESTION))
+        self.assertEqual(self.format("--any-bus").returncode, 0)
+        self.assertNotIn("LUKS", self.format("--any-bus", answer="n\n").stdout)
+
+    def test_members_of_a_set_are_left_alone(self):
+        btrfs = [(65536 + 0x40, b"_BHRfS_M"), (65536 + 0x30, struct.pack("<Q", 65536)),
+                 (65536 + 0x88, struct.pack("<Q", 2)), (65536 + 0x90, struct.pack("<I", 4096))]
+        marks = {
+            "LVM": [(512, b"LABELONE" + struct.pack("<QII", 1, 0, 32) + b"LVM2 001")],
+            "RAID": [(4096, struct.pack("<II", 0xA92B4EFC, 1)), (4096 + 0x90, struct.pack("<Q", 8))],
+            "btrfs": btrfs,
+            "ZFS": [(131072 + block * 1024, struct.pack("<Q", 0x00BAB10C)) for block in range(8)],
+        }
+        for name, pieces in marks.items():
+            with self.subTest(name=name):
+                self.attach(256 * MEBIBYTE)
+                self.put_signature(*pieces)
+                before = self.fingerprint()
+                result = self.format("--any-bus")
+                self.assert_refused(result, 15, f"{self.device} belongs to a set of devices: {name}.")
+                self.assertNotIn(QUESTION, result.stdout)
+                self.assertEqual(self.fingerprint(), before)
+
+    def test_user_whom_no_service_helps(self):
+        """Nobody becomes root by another way."""
+        nobody = 65534
+        for folder in (self.base, self.links.parent, self.links):
+            os.chown(folder, nobody, nobody)
+        program = self.base / "fat32format.exe"
+        shutil.copy(PROGRAM, program)
+        result = subprocess.run(
+            [program, "--any-bus", "-c8", "E:"], input="y\n", capture_output=True, text=True, check=False, user=nobody,
+            group=nobody, extra_groups=[], env={"XDG_RUNTIME_DIR": str(self.base), "PATH": os.environ["PATH"],
+                                                "DBUS_SYSTEM_BUS_ADDRESS": f"unix:path={self.base}/no-bus"})
+        self.assert_refused(result, 1, "The service UDisks2 cannot be asked to open it")
+        self.assertNotIn(QUESTION, result.stdout)
+        self.assertTrue(self.is_untouched())
+
+    def test_every_call_fails_once(self):
+        """Of a disk that is free. What is called done is a good file system; what is not done is not called so."""
+        self.use_small_disk()
+        good = 0
+        for call, number in self.calls():
+            self.clear()
+            result = self.format_with_fault(call, number)
+            done = result.stdout.endswith("\nDone\n")
+            self.assertEqual("Done" in result.stdout, done, (call, number))
+            self.assertEqual(result.returncode == 0, done, (call, number, result))
+            if done:
+                good += 1
+                self.check_volume()
+        self.assertGreater(good, 0)
+
+    def test_every_call_fails_once_on_a_mounted_disk(self):
+        self.use_small_disk()
+        run("mkfs.ext4", "-q", self.device)
+        place = self.base / "place"
+        place.mkdir()
+        run("mount", "-o", "ro", self.device, place)
+        self.addCleanup(run, "umount", place)
+        before = self.fingerprint()
+        for call, number in self.calls():
+            result = self.format_with_fault(call, number)
+            self.assertNotEqual(result.returncode, 0, (call, number))
+            self.assertNotIn(QUESTION, result.stdout, (call, number))
+            self.assertNotIn("Done", result.stdout, (call, number))
+        self.assertEqual(self.fingerprint(), before)
+
+    def use_small_disk(self):
+        if not shutil.which("strace") or self.strace("-c").returncode not in (0, 14):
+            self.skipTest("strace cannot be used")
+        self.attach(40 * MEBIBYTE)
+
+    def strace(self, *options):
+        return subprocess.run(
+            ["strace", "-o", self.base / "calls", *options, PROGRAM, "--any-bus", "-c1", "E:"], input="y\n",
+            capture_output=True, text=True, check=False, env={**os.environ, "XDG_RUNTIME_DIR": str(self.base)})
+
+    def calls(self):
+        """Every call that looks at the system or changes it, of a run without a fault: its name and its number."""
+        names = ("openat,read,pread64,pwrite64,fsync,fadvise64,newfstatat,readlink,readlinkat,getdents64,ioctl,lseek,"
+                 "fcntl")
+        self.strace("-e", "trace=" + names)
+        lines = (self.base / "calls").read_text(errors="replace").splitlines()
+        counts = collections.Counter(line.split("(")[0] for line in lines if re.match(r"\w+\(", line))
+        self.assertGreater(counts.total(), 100)
+        return [(name, number + 1) for name, count in counts.items() for number in range(count)]
+
+    def format_with_fault(self, call, number):
+        return self.strace("-e", "trace=" + call, "-e", f"inject={call}:error=EIO:when={number}")
+
+    def clear(self):
+        with open(self.device, "r+b", buffering=0) as file:
+            file.write(bytes(8 * MEBIBYTE))
+            os.fsync(file.fileno())
+
+    def check_volume(self):
+        volume = run("losetup", "--find", "--show", "--read-only", "--offset", MEBIBYTE, self.image).strip()
+        try:
+            run("fsck.fat", "-n", volume)
+        finally:
+            run("losetup", "--detach", volume)
 
     def test_disk_too_small(self):
         self.attach(MEBIBYTE)
