@@ -15,10 +15,24 @@ CLUSTER = 32 * 1024
 
 # What a desktop asks its administrator for. Nobody sits here to type the password.
 ALLOWED = b"""polkit.addRule(function(action, subject) {
-  if (action.id == "org.freedesktop.policykit.exec" && subject.active && subject.isInGroup("sudo")) return "yes";
+  if (action.id == "org.freedesktop.udisks2.open-device" && subject.active && subject.isInGroup("sudo")) return "yes";
 });
 """
 RULE = "/etc/polkit-1/rules.d/10-nobody-types.rules"
+
+# The formatter by hand: with a table of drives of its own, and an answer that comes when the test wants.
+BY_HAND = b"""umask 077
+folder=$XDG_RUNTIME_DIR/orvanta-usbtool/$$
+mkdir -p "$folder"
+ln -s "$folder" "$XDG_RUNTIME_DIR/by-hand"
+ln -s "$1" "$folder/e:"
+ln -s "$2" "$folder/e:.disk"
+mkfifo "$XDG_RUNTIME_DIR/answer"
+/srv/program/fat32format.exe -c64 E: <> "$XDG_RUNTIME_DIR/answer"
+echo "status $?"
+rm -r "$folder" "$XDG_RUNTIME_DIR/by-hand" "$XDG_RUNTIME_DIR/answer"
+"""
+QUESTION = "Format drive E: (y/n)?"
 
 
 def fat_disk(path):
@@ -140,3 +154,150 @@ def blank_disk_as_user(ring):
         return assistant(ring, ring.user, blank_disk)
     finally:
         ring.root.run(f"rm {RULE}")
+
+
+class ByHand:
+    """A run of the formatter without the program, with a table of drives that the test writes."""
+
+    def __init__(self, ring, agent, disk, path=""):
+        self._ring, self._agent = ring, agent
+        self._runtime = "/run/usbtool-root" if agent is ring.root else "/run/user/1000"
+        self._output = f"{self._runtime}/formatter"
+        agent.run(f"rm -f {self._output}")
+        agent.write(f"{self._runtime}/by-hand.sh", BY_HAND)
+        environment = {"XDG_RUNTIME_DIR": self._runtime,
+                       "PATH": f"{path}:/usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin"}
+        agent.request("start", command=["sh", f"{self._runtime}/by-hand.sh", f"/dev/{disk}", identity(ring, disk)],
+                      environment=environment, output=self._output)
+
+    def output(self):
+        return self._agent.run(f"cat {self._output}")
+
+    def wait_for_question(self):
+        self._ring.wait(lambda: QUESTION in self.output() or "status" in self.output(), "the question")
+        expect(QUESTION in self.output(), f"no question: {self.output()}")
+
+    def pass_letter_on(self, disk):
+        """As the program does when another disk gets the letter."""
+        folder = f"{self._runtime}/by-hand"
+        for name, target in (("e:.disk", identity(self._ring, disk)), ("e:", f"/dev/{disk}")):
+            self._agent.run(f"ln -sfn '{target}' {folder}/{name}")
+
+    def answer(self):
+        self._agent.run(f"echo y > {self._runtime}/answer")
+
+    def result(self):
+        """The status, and all that it wrote."""
+        self._ring.wait(lambda: "\nstatus " in self.output(), "the end of the formatter", timeout=PATIENCE)
+        output, status = self.output().rsplit("\nstatus ", 1)
+        return int(status), output
+
+
+def identity(ring, disk):
+    """As the desktop's disk service tells it."""
+    ask = "busctl get-property org.freedesktop.UDisks2"
+    block = f"/org/freedesktop/UDisks2/block_devices/{disk}"
+    drive = ring.user.run(f"{ask} {block} org.freedesktop.UDisks2.Block Drive").split('"')[1]
+    serial = ring.user.run(f"{ask} {drive} org.freedesktop.UDisks2.Drive Serial").split('"')[1]
+    facts = f"/sys/class/block/{disk.rstrip('0123456789')}"
+    sequence, sectors = ring.user.run(f"cat {facts}/diskseq {facts}/size").split()
+    return f"sequence={sequence},size={int(sectors) * 512},serial={serial}"
+
+
+def plug_disk(ring, image, **arguments):
+    """A fixed disk; its name for pull(), and the kernel's one, once UDisks2 knows it."""
+    before = set(disks(ring))
+    name = ring.guest.plug(image, removable=False, **arguments)
+    ring.wait(lambda: set(disks(ring)) - before, "the new disk")
+    disk = (set(disks(ring)) - before).pop()
+    ring.wait(lambda: ring.user.succeeds(f"udisksctl info -b /dev/{disk}"), f"{disk} known to UDisks2")
+    return name, disk
+
+
+def disks(ring):
+    return ring.user.run("ls /sys/block").split()
+
+
+@scenario("13x", "formatter: a disk exchanged between the question and the answer, user and root")
+def exchanged_disk(ring):
+    ring.root.write(RULE, ALLOWED)
+    try:
+        for agent in (ring.user, ring.root):
+            first, second = (blank_disk(ring.image(name)) for name in ("first", "second"))
+            before = [images.fingerprint(image) for image in (first, second)]
+            name, disk = plug_disk(ring, first, serial="SAME")
+            formatter = ByHand(ring, agent, disk)
+            formatter.wait_for_question()
+            ring.guest.pull(name)
+            name, disk = plug_disk(ring, second, serial="SAME")
+            formatter.pass_letter_on(disk)
+            formatter.answer()
+            status, output = formatter.result()
+            ring.guest.pull(name)
+            expect_equal([images.fingerprint(image) for image in (first, second)], before, "images of the disks")
+            expect_equal(status, 13, f"status of the formatter, which said {output}")
+    finally:
+        ring.root.run(f"rm {RULE}")
+    return "refused, both disks byte-identical"
+
+
+@scenario("13n", "formatter: a disk that is mounted where the user cannot see it")
+def disk_mounted_elsewhere(ring):
+    ring.root.write(RULE, ALLOWED)
+    image = fat_disk(ring.image("disk"))
+    before = images.fingerprint(image)
+    name, disk = plug_disk(ring, image)
+    ring.wait(lambda: f"{disk}1" in ring.user.run("ls /dev"), "its partition")
+    mounter = ring.root.request("start", command=[
+        "unshare", "--mount", "--propagation", "private", "sh", "-c",
+        f"mount -o ro /dev/{disk}1 /mnt && echo mounted && exec sleep 600"], output="/run/mounter")["process"]
+    try:
+        ring.wait(lambda: "mounted" in ring.root.run("cat /run/mounter"), "the mount")
+        for agent in (ring.user, ring.root):
+            status, output = ByHand(ring, agent, f"{disk}1").result()
+            expect_equal(status, 11, f"status of the formatter, which said {output}")
+            expect(QUESTION not in output, f"it has asked: {output}")
+    finally:
+        ring.root.request("kill", process=mounter)
+        ring.root.request("status", process=mounter, timeout=PATIENCE)
+        ring.root.run(f"rm -f {RULE} /run/mounter")
+    ring.guest.pull(name)
+    expect_equal(images.fingerprint(image), before, "image of the disk")
+    return "refused, the disk byte-identical"
+
+
+@scenario("13r", "formatter: a user whom polkit refuses")
+def refused_authorisation(ring):
+    image = blank_disk(ring.image("disk"))
+    before = images.fingerprint(image)
+    name, disk = plug_disk(ring, image)
+    status, output = ByHand(ring, ring.user, disk).result()
+    expect_equal(status, 9, f"status of the formatter, which said {output}")
+    expect(QUESTION not in output, f"it has asked: {output}")
+    ring.guest.pull(name)
+    expect_equal(images.fingerprint(image), before, "image of the disk")
+    return "refused, the disk byte-identical"
+
+
+@scenario("13p", "formatter: a user's own mkfs.fat on the path, user who is asked by polkit")
+def planted_tools(ring):
+    ring.root.write(RULE, ALLOWED)
+    try:
+        ring.user.run("mkdir -p /home/stick/.local/bin")
+        for tool in ("mkfs.fat", "sfdisk", "umount", "pkexec"):
+            ring.user.write(f"/home/stick/.local/bin/{tool}", b"#!/bin/sh\ntouch /tmp/planted\n", 0o755)
+        image = blank_disk(ring.image("disk"))
+        name, disk = plug_disk(ring, image)
+        formatter = ByHand(ring, ring.user, disk, "/home/stick/.local/bin")
+        formatter.wait_for_question()
+        formatter.answer()
+        status, output = formatter.result()
+        expect(not ring.user.succeeds("test -e /tmp/planted"), "a planted tool has been run")
+        expect_equal((status, output.endswith("Done")), (0, True), f"end of the formatter, which said {output}")
+        ring.wait(lambda: f"{disk}1" in ring.user.run("ls /dev"), "the new partition")
+        ring.guest.pull(name)
+    finally:
+        ring.root.run(f"rm -rf {RULE} /tmp/planted /home/stick/.local")
+    [(start, size, _)] = partitions(image)
+    expect_formatted(ring, image, start, size)
+    return "formatted through UDisks2, nothing of the user's run as root"
