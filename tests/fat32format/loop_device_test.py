@@ -10,6 +10,7 @@ import struct
 import subprocess
 import sys
 import tempfile
+import time
 import unittest
 
 SKIPPED = 77
@@ -354,6 +355,47 @@ class LoopDevice(unittest.TestCase):
         self.assert_refused(result, 1, "The service UDisks2 cannot be asked to open it")
         self.assertNotIn(QUESTION, result.stdout)
         self.assertTrue(self.is_untouched())
+
+    def test_exchanged_between_the_look_and_the_opening(self):
+        """As long as a password dialog may be open: whoever opens the path then gets another disk."""
+        self.use_small_disk()
+        process = subprocess.Popen(
+            ["strace", "-f", "-o", self.base / "calls", "-P", self.device, "-e", "trace=openat", "-e",
+             "inject=openat:delay_enter=4000000", PROGRAM, "--any-bus", "-c1", "E:"], stdin=subprocess.PIPE,
+            stdout=subprocess.PIPE, text=True, env={**os.environ, "XDG_RUNTIME_DIR": str(self.base)})
+        self.addCleanup(process.wait)
+        self.addCleanup(process.kill)
+        process.stdin.write("y\n")
+        process.stdin.flush()
+        self.wait_held_back(process.pid)
+        run("losetup", "--detach", self.device)
+        second = self.base / "second"
+        with open(second, "wb") as file:
+            file.truncate(40 * MEBIBYTE)
+        run("losetup", self.device, second)
+        output, _ = process.communicate()
+        result = subprocess.CompletedProcess(process.args, process.returncode, output, "")
+        self.assertFalse(any(second.read_bytes()), "the other disk has been written to")
+        self.assert_refused(result, 13, "another disk by now")
+
+    def wait_held_back(self, tracer):
+        """Until a process that strace watches, or one that it has started, stands still before its call."""
+        end, still = time.monotonic() + 60, 0
+        while still < 5:
+            self.assertLess(time.monotonic(), end, "it opens nothing")
+            states = {self.state(process) for process in self.descendants(tracer)}
+            still = still + 1 if "t" in states else 0
+            time.sleep(0.02)
+
+    def descendants(self, process):
+        children = pathlib.Path(f"/proc/{process}/task/{process}/children").read_text(encoding="ascii").split()
+        return [one for child in children for one in (child, *self.descendants(child))]
+
+    def state(self, process):
+        try:
+            return pathlib.Path(f"/proc/{process}/stat").read_text(encoding="ascii").rsplit(")", 1)[1].split()[0]
+        except FileNotFoundError:
+            return ""
 
     def test_every_call_fails_once(self):
         """Of a disk that is free. What is called done is a good file system; what is not done is not called so."""
