@@ -5,6 +5,7 @@
 #include <blkid/blkid.h>
 #include <cerrno>
 #include <memory>
+#include <ranges>
 #include <string>
 #include <unistd.h>
 #include <utility>
@@ -41,8 +42,8 @@ std::string shownName(const std::string& type) {
 
 std::uint64_t littleEndian(const std::array<unsigned char, 8>& bytes) {
     std::uint64_t value = 0;
-    for (auto byte = bytes.rbegin(); byte != bytes.rend(); ++byte)
-        value = (value << 8U) | *byte;
+    for (const unsigned char byte : std::ranges::reverse_view(bytes))
+        value = (value << 8U) | byte;
     return value;
 }
 
