@@ -54,7 +54,8 @@ public:
     std::vector<Signature> besidePartitions;
     std::function<void()> onQuestion;
     std::function<void()> onUnmount;
-    int failingCall = 0;      ///< the number of the call that fails; 0 for none
+    std::function<void()> onOpen; ///< as long as a password is asked for
+    int failingCall = 0;          ///< the number of the call that fails; 0 for none
     bool failingRead = false; ///< a failed look at the disk returns what cannot be read, instead of nothing
 
     MemoryDisk disk;
@@ -150,6 +151,7 @@ private:
 
 inline Opened FakeSystem::open(const Volume& volume, Access access) {
     opened.push_back(access);
+    if (onOpen) onOpen();
     const auto outcome = outcomes.contains(access) ? outcomes.at(access) : Opened::Outcome::Done;
     if (outcome != Opened::Outcome::Done) return {outcome, nullptr, "as the test wants it"};
     if (fails()) return {Opened::Outcome::Failed, nullptr, "as the test wants it"};

@@ -222,6 +222,23 @@ TEST_F(Fat32Format, RefusedAuthorisation) {
     EXPECT_FALSE(said("(y/n)"));
 }
 
+TEST_F(Fat32Format, DiskThatIsExchangedWhileThePasswordIsAsked) {
+    const std::vector<std::function<void()>> changes = {
+        [this] { partition().diskSequence = 8; },
+        [this] { partition().serial = "another"; },
+        [this] { partition().diskBytes -= 512; },
+        [this] { system.volumes.clear(); },
+    };
+    for (const bool isMounted : {false, true}) {
+        for (const auto& change : changes) {
+            partition() = usbPartition();
+            if (isMounted) partition().mounts = {{"/dev/sdb1", "/media/anna/DISK"}};
+            system.onOpen = change;
+            expectRefusal(Status::DiskChanged, "another disk");
+        }
+    }
+}
+
 TEST_F(Fat32Format, DiskThatCannotBeOpened) {
     system.outcomes[Access::Alone] = Opened::Outcome::Failed;
     expectRefusal(Status::Failed, "Drive E: cannot be opened. as the test wants it");
