@@ -266,6 +266,29 @@ def disk_mounted_elsewhere(ring):
     return "refused, the disk byte-identical"
 
 
+@scenario("13m", "formatter: a disk that the user has mounted, user who is asked by polkit")
+def disk_mounted_by_the_user(ring):
+    ring.root.write(RULE, ALLOWED)
+    try:
+        image = fat_disk(ring.image("disk"))
+        name, disk = plug_disk(ring, image)
+        ring.wait(lambda: ring.user.succeeds(f"udisksctl info -b /dev/{disk}1"), "its partition known to UDisks2")
+        ring.user.run(f"udisksctl mount --no-user-interaction -b /dev/{disk}1")
+        formatter = ByHand(ring, ring.user, f"{disk}1")
+        formatter.wait_for_question()
+        place = ring.mounts()[f"/dev/{disk}1"]
+        expect(f"in use at {place} and will be unmounted" in formatter.output(), f"what it says: {formatter.output()}")
+        formatter.answer()
+        status, output = formatter.result()
+        expect_equal((status, output.endswith("Done")), (0, True), f"end of the formatter, which said {output}")
+        ring.guest.pull(name)
+    finally:
+        ring.root.run(f"rm -f {RULE}")
+    [(start, size, _)] = partitions(image)
+    expect_formatted(ring, image, start, size)
+    return "unmounted and formatted through UDisks2"
+
+
 @scenario("13r", "formatter: a user whom polkit refuses")
 def refused_authorisation(ring):
     image = blank_disk(ring.image("disk"))

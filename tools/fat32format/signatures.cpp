@@ -91,7 +91,7 @@ Probe makeProbe(int device, std::uint64_t bytes) {
 /// The library takes a place that it cannot read for one without a mark.
 bool isReadable(int device, std::uint64_t bytes) {
     constexpr std::uint64_t edge = 131'072;
-    std::array<char, 4096> piece = {};
+    std::array<char, edge / 2> piece = {};
     const auto canRead = [&](std::uint64_t begin, std::uint64_t end) {
         for (std::uint64_t at = begin; at < end; at += piece.size()) {
             const std::size_t count = std::min<std::uint64_t>(piece.size(), end - at);
