@@ -3,6 +3,7 @@
 #include "toolkit/backend.h"
 #include "toolkit/dispatch.h"
 #include "toolkit/scoped_flag.h"
+#include "toolkit/timer.h"
 
 #include <algorithm>
 
@@ -19,6 +20,23 @@ bool sameName(std::string_view a, std::string_view b) {
                       [](char x, char y) { return lower(x) == lower(y); });
 }
 
+/// Holds the timers of a form as long as it lives.
+class HeldTimers {
+public:
+    explicit HeldTimers(const std::vector<Control*>& controls) : controls_(controls) { hold(true); }
+    HeldTimers(const HeldTimers&) = delete;
+    HeldTimers& operator=(const HeldTimers&) = delete;
+    ~HeldTimers() { hold(false); }
+
+private:
+    void hold(bool held) const {
+        for (Control* control : controls_)
+            if (auto* timer = dynamic_cast<Timer*>(control)) timer->hold(held);
+    }
+
+    const std::vector<Control*>& controls_;
+};
+
 } // namespace
 
 Form::~Form() = default;
@@ -32,6 +50,7 @@ Control* Form::find(std::string_view name) const {
 void Form::load() {
     if (loaded()) return;
     unloading_ = false;
+    const HeldTimers held(controls_);
     view_ = backend::createFormView(*this);
     attach(view_.get());
     if (onLoad) onLoad();

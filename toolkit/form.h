@@ -33,8 +33,8 @@ public:
 /// A window: a list of named controls, a title and an icon.
 ///
 /// Life: constructed, with its controls added → shown for the first time: the backend builds the window from
-/// the layout of the form's name and binds every control, then onLoad → unload(): onQueryUnload, the window
-/// goes, onUnload.
+/// the layout of the form's name and binds every control, then onLoad; the form's timers start when that has
+/// returned → unload(): onQueryUnload, the window goes, onUnload.
 class Form : public Control {
 public:
     using Control::Control;

@@ -3,6 +3,9 @@
 #include "main_window.h"
 #include "recording_view.h"
 
+#include "toolkit/pump.h"
+#include "toolkit/timer.h"
+
 #include <vector>
 
 using namespace toolkit;
@@ -107,4 +110,62 @@ TEST_F(FormLife, TellsItsWindowOfTitleAndIcon) {
     form.setIcon(icon);
     EXPECT_EQ(view.shown, (std::vector{Property::Caption, Property::Icon}));
     form.attach(nullptr);
+}
+
+class FormTimers : public FormLife {
+protected:
+    FormTimers() {
+        form.add(timer);
+        timer.onTimer = [this] { events.push_back("tick"); };
+    }
+
+    Timer timer{"tmr", std::chrono::milliseconds(4000), true};
+};
+
+TEST_F(FormTimers, StartWhenTheLoadHasEnded) {
+    unit::RecordingView view;
+    timer.attach(&view);
+    form.onLoad = [&] {
+        EXPECT_TRUE(timer.enabled());
+        EXPECT_FALSE(timer.running());
+        view.shown.clear();
+    };
+    form.show();
+    EXPECT_TRUE(timer.running());
+    EXPECT_EQ(view.shown, std::vector{Property::Enabled}) << "the whole interval starts";
+    timer.attach(nullptr);
+}
+
+TEST_F(FormTimers, DoNotTickWhileTheLoadLetsEventsRun) {
+    fake::computer().onPump = [this] { timer.tick(); };
+    fake::computer().onModal = [this](Form& shown) {
+        timer.tick();
+        shown.closeRequested();
+    };
+    Form question("Question");
+    form.onLoad = [&] {
+        DoEvents();
+        question.showModal(owner);
+        events.push_back("loaded");
+    };
+    form.show();
+    timer.tick();
+    EXPECT_EQ(events, (Texts{"loaded", "tick"}));
+}
+
+TEST_F(FormTimers, AreHeldInEveryLoad) {
+    form.show();
+    form.unload();
+    form.onLoad = [this] { timer.tick(); };
+    form.show();
+    EXPECT_EQ(events, (Texts{"load", "query", "unload"}));
+    EXPECT_TRUE(timer.running());
+}
+
+TEST_F(FormTimers, StayOffWhenTheLoadTurnsThemOff) {
+    form.onLoad = [this] { timer.setEnabled(false); };
+    form.show();
+    timer.tick();
+    EXPECT_FALSE(timer.running());
+    EXPECT_TRUE(events.empty());
 }

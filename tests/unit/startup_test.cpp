@@ -112,6 +112,20 @@ TEST_F(Startup, NothingIsFetchedBeforeTheTimer) {
     EXPECT_EQ(window().Timer1.interval(), std::chrono::milliseconds(4000));
 }
 
+TEST_F(Startup, TheUpdateCheckWaitsForTheChoiceOfTheStick) {
+    plugIn("E:\\");
+    computer().onModal = [this](toolkit::Form& dialog) {
+        program.MainWindow->Timer1.tick();
+        EXPECT_TRUE(computer().fetched.empty());
+        dialog.closeRequested();
+    };
+    start();
+    EXPECT_EQ(window().cmdChoose.caption(), "Suche Updates...");
+    tick();
+    EXPECT_EQ(window().cmdChoose.caption(), "Starte Update");
+    EXPECT_EQ(window().StatusBar1.panel(2).text(), "Updates geladen.");
+}
+
 TEST_F(Startup, TheUpdateCheckRunsOnce) {
     start();
     tick();

@@ -35,7 +35,7 @@ protected:
 private:
     void start() {
         clock_.stop();
-        if (timer_.enabled() && !ticking_) clock_.start(timer_.interval());
+        if (timer_.running() && !ticking_) clock_.start(timer_.interval());
     }
 
     void timeout() {

@@ -40,7 +40,7 @@ private:
 
     void start() {
         stop();
-        if (!timer_.enabled() || ticking_) return;
+        if (!timer_.running() || ticking_) return;
         number_ = SetTimer(nullptr, 0, static_cast<UINT>(timer_.interval().count()), procedure);
         if (number_ != 0) running()[number_] = this;
     }
