@@ -1,5 +1,6 @@
 """The dialog that asks which one of several sticks is meant."""
 
+import time
 import unittest
 
 from side_by_side import each, side_by_side
@@ -85,6 +86,33 @@ class Appearance(DialogCase):
         self.expect_whole(program)
         self.assertEqual(program.get("ListView1", DIALOG)["columnWidths"], COLUMNS)  # in logical pixels
         self.picture(program, "drive-dialog-200", DIALOG)
+
+
+class Hesitation(DialogCase):
+    """The user takes longer than the update check waits for after the start."""
+
+    LONGER = 5.5  # seconds
+
+    def test_the_check_comes_after_the_choice(self):
+        program = self.start_asking()
+        time.sleep(self.LONGER)
+        self.assertEqual(self.downloads(), [])
+        self.assertIsNone(program.message())
+        chosen = time.monotonic()
+        program.click("cmdOK", DIALOG)
+        self.expect_choice(program, "E")
+        self.expect(program, {"cmdChoose.text": "Suche Updates...", "StatusBar1_2.text": "Suche nach Updates..."})
+        self.wait_loaded(program)
+        self.assertGreater(time.monotonic() - chosen, 3.9)
+        self.expect(program, {"cmdChoose.text": "Starte Update", "cmdChoose.enabled": True})
+
+    def test_no_box_comes_before_there_is_a_window(self):
+        program = self.start_asking(server="http://127.0.0.1:9")  # nobody listens there
+        time.sleep(self.LONGER)
+        self.assertIsNone(program.message())
+        program.click("cmdCancel", DIALOG)
+        self.gone(program)
+        self.expect_no_connection(program)
 
 
 class Ways(DialogCase):

@@ -36,6 +36,10 @@ class Appearance(WindowsSticksCase, without(shared.Appearance, "test_every_look"
         self.expect_choice(program, "N")
 
 
+class Hesitation(WindowsSticksCase, shared.Hesitation):
+    pass
+
+
 class Ways(WindowsSticksCase, shared.Ways):
     def test_the_main_button_works_on_the_chosen_one(self):
         program = self.start_asking()
