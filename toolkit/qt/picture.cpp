@@ -1,6 +1,7 @@
 #include "toolkit/qt/picture.h"
 
 #include "platform/files.h"
+#include "toolkit/picture_file.h"
 #include "toolkit/qt/texts.h"
 #include "toolkit/runtime_error.h"
 
@@ -27,27 +28,32 @@ std::int32_t nextHandle() {
     return ++last;
 }
 
-/// An icon file holds one picture in several sizes: the largest is the one to scale down.
-QImage largest(QImageReader& reader) {
-    QImage best = reader.read();
-    while (reader.jumpToNextImage() || reader.canRead()) {
-        const QImage image = reader.read();
-        if (image.isNull()) break;
-        if (image.width() > best.width()) best = image;
+const char* nameOf(PictureFormat format) {
+    switch (format) {
+    case PictureFormat::Bitmap:
+        return "bmp";
+    case PictureFormat::Gif:
+        return "gif";
+    case PictureFormat::Icon:
+        return "ico";
+    case PictureFormat::Jpeg:
+        return "jpeg";
     }
-    return best;
+    return "";
 }
 
+/// Qt's reader gets one picture of an icon, never all of them: it would have to decode each to tell its size,
+/// and some versions do not tell where the last one ends.
 QImage decode(const std::string& contents) {
-    QByteArray bytes = QByteArray::fromRawData(contents.data(), static_cast<qsizetype>(contents.size()));
+    PictureSource source;
+    if (!readPictureFile(contents, source)) return {};
+    const std::string icon = source.format == PictureFormat::Icon ? iconFile(source) : std::string();
+    const std::string& file = icon.empty() ? contents : icon;
+    QByteArray bytes = QByteArray::fromRawData(file.data(), static_cast<qsizetype>(file.size()));
     QBuffer buffer(&bytes);
     buffer.open(QIODevice::ReadOnly);
-    QImageReader reader(&buffer);
-    reader.setDecideFormatFromContent(true);
-    const QByteArray format = reader.format();
-    if (format != "bmp" && format != "ico" && format != "jpeg" && format != "jpg" && format != "gif")
-        return {};
-    return format == "ico" ? largest(reader) : reader.read();
+    QImageReader reader(&buffer, nameOf(source.format));
+    return reader.read();
 }
 
 } // namespace

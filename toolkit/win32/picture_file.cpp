@@ -1,5 +1,6 @@
-// Picture files: the system decodes them, `OleLoadPicture` and `CreateIconFromResourceEx`. What a file says
-// of itself is looked at first: the size of a picture that nobody can show must not be asked for.
+// Picture files: the system decodes them, `OleLoadPicture` and `CreateIconFromResourceEx`.
+#include "toolkit/picture_file.h"
+
 #include "toolkit/win32/picture.h"
 
 #include <windows.h>
@@ -10,66 +11,15 @@
 
 #include <algorithm>
 #include <cstring>
-#include <string_view>
 #include <utility>
 
 namespace toolkit::win32 {
 
 namespace {
 
-/// Four bytes each.
-constexpr std::int64_t mostPixels = std::int64_t{16} * 1024 * 1024;
-
-struct Size {
-    std::int64_t width = 0;
-    std::int64_t height = 0;
-};
-
-unsigned byteAt(std::string_view data, std::size_t at) {
-    return at < data.size() ? static_cast<unsigned char>(data[at]) : 0;
-}
-unsigned little16(std::string_view data, std::size_t at) {
-    return byteAt(data, at) | byteAt(data, at + 1) << 8;
-}
-unsigned big16(std::string_view data, std::size_t at) {
-    return byteAt(data, at) << 8 | byteAt(data, at + 1);
-}
-std::uint32_t little32(std::string_view data, std::size_t at) {
-    return little16(data, at) | static_cast<std::uint32_t>(little16(data, at + 2)) << 16;
-}
-
-bool begins(std::string_view data, std::string_view mark) {
-    return data.substr(0, mark.size()) == mark;
-}
-
-/// A bitmap from the top on has a negative height.
-Size bitmapSize(std::string_view data) {
-    constexpr std::uint32_t oldHeader = 12;
-    if (little32(data, 14) == oldHeader) return {little16(data, 18), little16(data, 20)};
-    const auto height = static_cast<std::int32_t>(little32(data, 22));
-    return {static_cast<std::int32_t>(little32(data, 18)), height < 0 ? -std::int64_t{height} : height};
-}
-
-/// It stands in the frame header, behind segments of known length.
-/// https://www.w3.org/Graphics/JPEG/itu-t81.pdf, B.2.2
-Size jpegSize(std::string_view data) {
-    std::size_t at = 2;
-    while (at + 9 < data.size() && byteAt(data, at) == 0xFF) {
-        const unsigned marker = byteAt(data, at + 1);
-        const bool frame =
-            marker >= 0xC0 && marker <= 0xCF && marker != 0xC4 && marker != 0xC8 && marker != 0xCC;
-        if (frame) return {big16(data, at + 7), big16(data, at + 5)};
-        if (marker == 0xFF)
-            ++at; // a filling byte
-        else
-            at += 2 + big16(data, at + 2);
-    }
-    return {};
-}
-
-bool isReasonable(Size size) {
-    return size.width > 0 && size.height > 0 && size.width <= mostPixels && size.height <= mostPixels &&
-           size.width * size.height <= mostPixels;
+/// What was decoded may differ from what the file says.
+bool isReasonable(LONG width, LONG height) {
+    return width > 0 && height > 0 && std::int64_t{width} * height <= mostPixels;
 }
 
 template <class Interface>
@@ -134,7 +84,7 @@ std::optional<Bitmap> decodeBitmap(const std::string& contents) {
     picture->get_Handle(&handle);
     auto* const native = reinterpret_cast<HBITMAP>(static_cast<LONG_PTR>(static_cast<LONG>(handle)));
     if (type != PICTYPE_BITMAP || GetObjectW(native, sizeof description, &description) == 0) return {};
-    if (!isReasonable({description.bmWidth, description.bmHeight})) return {};
+    if (!isReasonable(description.bmWidth, description.bmHeight)) return {};
     return drawnOnBoth(description.bmWidth, description.bmHeight, [&](HDC context) {
         OLE_XSIZE_HIMETRIC width = 0;
         OLE_YSIZE_HIMETRIC height = 0;
@@ -145,29 +95,9 @@ std::optional<Bitmap> decodeBitmap(const std::string& contents) {
     });
 }
 
-/// An icon file holds one picture in several sizes: the largest is the one to scale down.
-std::string_view largestIcon(std::string_view data) {
-    constexpr std::size_t header = 6;
-    constexpr std::size_t entry = 16;
-    std::string_view best;
-    unsigned bestWidth = 0;
-    const std::size_t count = std::min<std::size_t>(little16(data, 4), (data.size() - header) / entry);
-    for (std::size_t i = 0; i < count; ++i) {
-        const std::size_t at = header + i * entry;
-        const unsigned width = byteAt(data, at) == 0 ? 256 : byteAt(data, at);
-        const std::size_t length = little32(data, at + 8);
-        const std::size_t offset = little32(data, at + 12);
-        if (width <= bestWidth || offset > data.size() || length > data.size() - offset) continue;
-        bestWidth = width;
-        best = data.substr(offset, length);
-    }
-    return best;
-}
-
-std::optional<Bitmap> decodeIcon(const std::string& contents) {
+std::optional<Bitmap> decodeIcon(const PictureSource& source) {
     constexpr DWORD iconVersion = 0x00030000;
-    std::string image(contents.size() < 6 ? std::string_view() : largestIcon(contents));
-    if (image.empty()) return {};
+    std::string image(source.bytes);
     HICON const icon = CreateIconFromResourceEx(reinterpret_cast<PBYTE>(image.data()),
                                                 static_cast<DWORD>(image.size()), TRUE, iconVersion, 0, 0, 0);
     if (icon == nullptr) return {};
@@ -180,7 +110,7 @@ std::optional<Bitmap> decodeIcon(const std::string& contents) {
     DeleteObject(parts.hbmColor);
     DeleteObject(parts.hbmMask);
     std::optional<Bitmap> bitmap;
-    if (isReasonable({description.bmWidth, height})) bitmap = pixelsOf(icon, description.bmWidth, height);
+    if (isReasonable(description.bmWidth, height)) bitmap = pixelsOf(icon, description.bmWidth, height);
     DestroyIcon(icon);
     if (bitmap && bitmap->handle() == nullptr) bitmap.reset();
     return bitmap;
@@ -196,13 +126,9 @@ Bitmap pixelsOf(HICON icon, int width, int height) {
 }
 
 std::optional<Bitmap> decodePicture(const std::string& contents) {
-    using namespace std::string_view_literals;
-    if (begins(contents, "\0\0\1\0"sv)) return decodeIcon(contents);
-    Size size;
-    if (begins(contents, "BM")) size = bitmapSize(contents);
-    if (begins(contents, "GIF8")) size = {little16(contents, 6), little16(contents, 8)};
-    if (begins(contents, "\xFF\xD8\xFF")) size = jpegSize(contents);
-    return isReasonable(size) ? decodeBitmap(contents) : std::nullopt;
+    PictureSource source;
+    if (!readPictureFile(contents, source)) return {};
+    return source.format == PictureFormat::Icon ? decodeIcon(source) : decodeBitmap(contents);
 }
 
 } // namespace toolkit::win32
