@@ -1,11 +1,54 @@
 """Pictures that the catalog names: they come from the program's folder, and from there alone."""
 
+import os
 import shutil
+import struct
 import unittest
+import zlib
+from pathlib import Path
 
-from case import SHIPPED, WindowCase
+from case import SHIPPED, SLOWNESS, WindowCase
 from server_files import NO_NAMES, catalog, row
 from side_by_side import each, side_by_side
+
+
+def png(width, height, lines=None):
+    """A black picture; `lines` of it are there."""
+    def chunk(name, data):
+        body = name + data
+        return struct.pack(">I", len(data)) + body + struct.pack(">I", zlib.crc32(body))
+
+    pixels = zlib.compress(bytes(width * 4 + 1) * (lines or height), 9)
+    return (b"\x89PNG\r\n\x1a\n" + chunk(b"IHDR", struct.pack(">IIBBBBB", width, height, 8, 6, 0, 0, 0))
+            + chunk(b"IDAT", pixels) + chunk(b"IEND", b""))
+
+
+def icon(pictures, times=1):
+    """A file of [(side, bytes of the picture)]. Its directory names all of them so many times."""
+    directory = b""
+    start = 6 + 16 * len(pictures) * times
+    for side, data in pictures:
+        directory += struct.pack("<BBBBHHII", side, side, 0, 0, 1, 32, len(data), start)
+        start += len(data)
+    return (struct.pack("<HHH", 0, 1, len(pictures) * times) + directory * times
+            + b"".join(data for _, data in pictures))
+
+
+def jpeg(side, passes):
+    """Each pass is over all pixels, and tells nothing of them."""
+    size = struct.pack(">HH", side, side)
+    tables = b"\xff\xdb\0\x43\0" + bytes([1]) * 64
+    for kind in (0, 0x10):
+        tables += b"\xff\xc4\0\x14" + bytes([kind, 1]) + bytes(16)
+    first = b"\xff\xda\0\x08\1\1\0\0\0\0"
+    return (b"\xff\xd8\xff" + tables[1:] + b"\xff\xc2\0\x0b\x08" + size + b"\1\1\x11\0" + first
+            + b"\xff\xda\0\x08\1\1\0\1\x3f\0" * (passes - 1) + b"\xff\xd9")
+
+
+def processor_seconds(process):
+    """What the process has used of the processors, which a busy machine does not change."""
+    fields = Path(f"/proc/{process}/stat").read_text(encoding="ascii", errors="replace").rpartition(")")[2].split()
+    return (int(fields[11]) + int(fields[12])) / os.sysconf("SC_CLK_TCK")
 
 
 class Pictures(WindowCase):
@@ -51,6 +94,22 @@ class Pictures(WindowCase):
         "jpeg cut off": b"\xff\xd8\xff\xe0\0\x10JFIF\0\1\1\0\0\1\0\1\0\0",
         "icon of 65535 pictures": b"\0\0\1\0\xff\xff" + b"\xff" * 400,
     }
+
+    # Each of these is a picture, or would be one after a while.
+    ENDLESS = {
+        "icon of 2000 large pictures": icon([(0, png(2000, 2000))], 2000),
+        "icon of a picture of 20000 x 20000": icon([(0, png(20000, 20000, lines=1))]),
+        "jpeg of 3000 passes": jpeg(2048, 3000),
+    }
+
+    @each(ENDLESS)
+    def test_endless(self, contents):
+        self.serve_picture("endless.bmp")
+        program = self.start(files={"endless.bmp": contents})
+        before = processor_seconds(program.process.pid)
+        program.wait_message()
+        self.assertLess(processor_seconds(program.process.pid) - before, 1.5 * SLOWNESS)
+        self.expect_error(program, 481)
 
     @each(BROKEN)
     def test_broken(self, contents):
