@@ -22,8 +22,8 @@ namespace backend {
 /// ends the program.
 std::unique_ptr<FormView> createFormView(Form& form);
 
-/// Shows the box and handles events until it is answered. When the program ends meanwhile the answer has no
-/// meaning.
+/// Shows the box, with all of the text, and handles events until it is answered. When the program ends
+/// meanwhile the answer has no meaning.
 int showMessage(std::string_view text, int style, std::string_view title);
 
 /// Handles pending events.

@@ -4,6 +4,7 @@
 #include "toolkit/message_box.h"
 #include "toolkit/pump.h"
 #include "toolkit/runtime_error.h"
+#include "toolkit/shown_text.h"
 
 #include <exception>
 #include <optional>
@@ -30,7 +31,7 @@ std::string report(const RuntimeError& error) {
 void endWithReport(const std::string& text) {
     if (theEnding) return;
     beginEnding({1, true});
-    backend::showMessage(text + "\r\n\r\nDas Programm wird beendet.", Critical, {});
+    backend::showMessage(shownMessage(text + "\r\n\r\nDas Programm wird beendet."), Critical, {});
     backend::quit();
 }
 
@@ -78,7 +79,7 @@ void DoEvents() {
 }
 
 int messageBox(std::string_view text, int style, std::string_view title) {
-    const int answer = backend::showMessage(text, style, title);
+    const int answer = backend::showMessage(shownMessage(text), style, title);
     throwIfEnding();
     return answer;
 }

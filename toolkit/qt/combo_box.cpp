@@ -2,6 +2,7 @@
 
 #include "toolkit/qt/binding.h"
 #include "toolkit/qt/captioned.h"
+#include "toolkit/shown_text.h"
 
 #include <QComboBox>
 
@@ -41,7 +42,7 @@ private:
     void showItems() {
         widget_.clear();
         for (const ComboBox::Item& item : box_.items())
-            widget_.addItem(fromUtf8(item.text));
+            widget_.addItem(fromUtf8(shownText(item.text)));
         showListIndex();
     }
 

@@ -2,6 +2,7 @@
 
 #include "toolkit/qt/binding.h"
 #include "toolkit/qt/texts.h"
+#include "toolkit/shown_text.h"
 
 #include <QLabel>
 
@@ -40,7 +41,7 @@ protected:
 
 private:
     void showCaption() {
-        const QString text = lines(label_.caption());
+        const QString text = lines(shownText(label_.caption()));
         widget_.setText(text);
         // A bare figure says nothing to who cannot see what stands beside it.
         const QString spokenPrefix = widget_.property("spokenPrefix").toString();

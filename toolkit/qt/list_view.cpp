@@ -4,6 +4,7 @@
 #include "toolkit/qt/captioned.h"
 #include "toolkit/qt/list_header.h"
 #include "toolkit/qt/texts.h"
+#include "toolkit/shown_text.h"
 
 #include <QEvent>
 #include <QHeaderView>
@@ -27,7 +28,7 @@ constexpr std::int32_t headerItemChanging = -300;
 QStringList rowTexts(const ListView::Item& item) {
     QStringList texts;
     for (const std::string& text : item)
-        texts += lines(text);
+        texts += lines(shownText(text));
     return texts;
 }
 

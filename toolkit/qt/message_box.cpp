@@ -26,9 +26,6 @@ constexpr int buttonMask = 0x0f;
 constexpr int iconMask = 0xf0;
 constexpr auto programTitle = "Orvanta USB-Stick Internetupdate Tool";
 
-/// A text of the server's may be of any length; a box must fit the screen.
-constexpr qsizetype longestText = 1500;
-
 /// The last one is what closing the box means.
 std::vector<Choice> choices(int style) {
     switch (style & buttonMask) {
@@ -52,10 +49,6 @@ QMessageBox::Icon icon(int style) {
     default:
         return QMessageBox::NoIcon;
     }
-}
-
-QString bounded(const QString& text) {
-    return text.size() <= longestText ? text : text.left(longestText) + QChar(0x2026);
 }
 
 int depth(const QWidget* window) {
@@ -84,7 +77,7 @@ int backend::showMessage(std::string_view text, int style, std::string_view titl
     QMessageBox box(qt::frontWindow());
     box.setObjectName(QStringLiteral("MessageBox"));
     box.setTextFormat(Qt::PlainText);
-    box.setText(qt::bounded(qt::lines(text)));
+    box.setText(qt::lines(text));
     box.setIcon(qt::icon(style));
     box.setWindowTitle(title.empty() ? QString::fromLatin1(qt::programTitle) : qt::fromUtf8(title));
     const std::vector<qt::Choice> choices = qt::choices(style);

@@ -4,6 +4,7 @@
 #include "toolkit/qt/captioned.h"
 #include "toolkit/qt/picture.h"
 #include "toolkit/qt/status_panel_widget.h"
+#include "toolkit/shown_text.h"
 
 namespace toolkit::qt {
 
@@ -27,7 +28,7 @@ protected:
 
     void showAll() override {
         WidgetAdaptor::showAll();
-        widget_.setTextSource([this] { return fromUtf8(panel_.text()); });
+        widget_.setTextSource([this] { return fromUtf8(shownText(panel_.text())); });
         // The layout's picture stays until the panel has one of its own.
         if (panel_.picture() != nullptr) showPicture();
     }

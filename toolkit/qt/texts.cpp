@@ -1,5 +1,7 @@
 #include "toolkit/qt/texts.h"
 
+#include "toolkit/shown_text.h"
+
 #include <QTextDocument>
 
 namespace toolkit::qt {
@@ -9,7 +11,7 @@ QString lines(std::string_view text) {
 }
 
 QString plainToolTip(std::string_view text) {
-    const QString plain = lines(text);
+    const QString plain = lines(shownTip(text));
     return Qt::mightBeRichText(plain) ? Qt::convertFromPlainText(plain) : plain;
 }
 

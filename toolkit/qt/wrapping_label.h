@@ -2,6 +2,8 @@
 
 #include <QLabel>
 
+#include <vector>
+
 namespace toolkit::qt {
 
 /// A label for texts of any length: it breaks lines inside of a word, too, when the word is too long for one,
@@ -21,19 +23,22 @@ protected:
     void paintEvent(QPaintEvent* event) override;
 
 private:
-    struct Measured {
+    /// The text in lines of a width.
+    struct Lines {
         int width = -1;
-        int lines = 0;
-        QString text;
-        QFont font;
+        QStringList shown;
+        bool cut = false; ///< there is more of the text than the lines show
     };
 
     int maximumLines() const;
-    /// Number of lines that the text takes at a width, up to the maximum; paints them when there is a
-    /// painter.
-    int layOut(int width, QPainter* painter, bool* cut = nullptr) const;
+    const Lines& linesFor(int width) const;
+    Lines layOut(int width) const;
+    bool layOutParagraph(const QString& paragraph, Lines& lines) const;
 
-    mutable Measured known_;
+    /// What is known of the text in the font; the last one was asked for last.
+    mutable std::vector<Lines> known_;
+    mutable QString knownText_;
+    mutable QFont knownFont_;
 };
 
 } // namespace toolkit::qt

@@ -37,7 +37,7 @@ void PartAdaptor::update(Property property) {
         ShowWindow(part_, control_.visible() ? SW_SHOWNA : SW_HIDE);
         break;
     case Property::ToolTip:
-        window().toolTips().set(part_, fromUtf8(control_.toolTip()));
+        window().toolTips().set(part_, control_.toolTip());
         break;
     default:
         break;

@@ -1,5 +1,6 @@
 #include "toolkit/combo_box.h"
 
+#include "toolkit/shown_text.h"
 #include "toolkit/win32/binding.h"
 #include "toolkit/win32/texts.h"
 
@@ -48,7 +49,7 @@ private:
     void showItems() {
         SendMessageW(part(), CB_RESETCONTENT, 0, 0);
         for (const ComboBox::Item& item : box_.items()) {
-            const std::wstring text = fromUtf8(item.text);
+            const std::wstring text = fromUtf8(shownText(item.text));
             SendMessageW(part(), CB_ADDSTRING, 0, reinterpret_cast<LPARAM>(text.c_str()));
         }
         showListIndex();

@@ -56,8 +56,7 @@ public:
         if (property == Property::Icon) showIcon();
         if (property == Property::Enabled) EnableWindow(window_->handle(), form_.enabled() ? TRUE : FALSE);
         if (property == Property::Visible) ShowWindow(window_->handle(), form_.visible() ? SW_SHOW : SW_HIDE);
-        if (property == Property::ToolTip)
-            window_->toolTips().set(window_->handle(), fromUtf8(form_.toolTip()));
+        if (property == Property::ToolTip) window_->toolTips().set(window_->handle(), form_.toolTip());
     }
 
     void open(FormView* owner) override {

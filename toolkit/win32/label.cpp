@@ -1,5 +1,6 @@
 #include "toolkit/label.h"
 
+#include "toolkit/shown_text.h"
 #include "toolkit/win32/binding.h"
 #include "toolkit/win32/painting.h"
 #include "toolkit/win32/subclass.h"
@@ -9,9 +10,6 @@
 namespace toolkit::win32 {
 
 namespace {
-
-/// More than any label has room for.
-constexpr std::size_t longestShown = 4000;
 
 UINT alignment(LONG_PTR style) {
     switch (style & SS_TYPEMASK) {
@@ -90,13 +88,11 @@ private:
                DT_EXPANDTABS;
     }
 
-    std::wstring text() const { return beginning(windowText(part()), longestShown); }
-
     void paint(HDC context, const RECT& room) const {
         FillRect(context, &room, backgroundOf(part(), context));
         const ChosenFont font(context, part());
         const int color = IsWindowEnabled(part()) != FALSE ? COLOR_BTNTEXT : COLOR_GRAYTEXT;
-        drawText(context, text(), room, flags() | DT_END_ELLIPSIS, GetSysColor(color));
+        drawText(context, windowText(part()), room, flags() | DT_END_ELLIPSIS, GetSysColor(color));
     }
 
     bool isCut() const {
@@ -104,21 +100,21 @@ private:
         RECT room{};
         GetClientRect(part(), &room);
         RECT needed{0, 0, room.right, 0};
-        const std::wstring all = text();
+        const std::wstring all = windowText(part());
         DrawTextW(Measuring(part()).get(), all.c_str(), static_cast<int>(all.size()), &needed,
                   flags() | DT_CALCRECT);
         return needed.bottom > room.bottom || needed.right > room.right;
     }
 
     void showCaption() {
-        setWindowText(part(), fromUtf8(label_.caption()));
+        setWindowText(part(), fromUtf8(shownText(label_.caption())));
         showToolTip();
     }
 
     void showToolTip() {
         if (!bound()) return;
         const bool whole = label_.toolTip().empty() && isCut();
-        window().toolTips().set(part(), fromUtf8(whole ? label_.caption() : label_.toolTip()));
+        window().toolTips().set(part(), whole ? label_.caption() : label_.toolTip());
     }
 
     void showBackColor() {

@@ -1,6 +1,7 @@
 #include "toolkit/list_view.h"
 
 #include "toolkit/scoped_flag.h"
+#include "toolkit/shown_text.h"
 #include "toolkit/win32/binding.h"
 #include "toolkit/win32/subclass.h"
 #include "toolkit/win32/texts.h"
@@ -167,7 +168,7 @@ private:
 
     void insertRow(int row, const ListView::Item& texts) {
         for (std::size_t column = 0; column < texts.size(); ++column) {
-            std::wstring text = fromUtf8(texts[column]);
+            std::wstring text = fromUtf8(shownText(texts[column]));
             LVITEMW item{};
             item.mask = LVIF_TEXT;
             item.iItem = row;
@@ -194,7 +195,7 @@ private:
             RECT place{};
             SendMessageW(header(), HDM_GETITEMRECT, column, reinterpret_cast<LPARAM>(&place));
             window().toolTips().setRegion(header(), static_cast<int>(column) + 1, place,
-                                          fromUtf8(list_.columns()[column].header));
+                                          list_.columns()[column].header);
         }
     }
 

@@ -21,9 +21,6 @@ namespace {
 
 constexpr auto programTitle = "Orvanta USB-Stick Internetupdate Tool";
 
-/// A text of the server's may be of any length; a box must fit the screen.
-constexpr std::size_t longestText = 1500;
-
 struct Caption {
     UINT buttons;
     int button;
@@ -34,10 +31,6 @@ struct Caption {
 /// "Cancel" among them, so each caption belongs to its kind of box.
 constexpr std::array captions = {Caption{MB_OKCANCEL, IDCANCEL, L"&Abbrechen"},
                                  Caption{MB_YESNO, IDYES, L"&Ja"}, Caption{MB_YESNO, IDNO, L"&Nein"}};
-
-std::wstring bounded(const std::wstring& text) {
-    return text.size() <= longestText ? text : beginning(text, longestText) + L'\x2026';
-}
 
 /// Closing a box of yes and no means no; the system's own box refuses it.
 LRESULT CALLBACK closableProcedure(HWND box, UINT message, WPARAM wParam, LPARAM lParam, UINT_PTR number,
@@ -107,7 +100,7 @@ BoxWatch* BoxWatch::current = nullptr;
 } // namespace win32
 
 int backend::showMessage(std::string_view text, int style, std::string_view title) {
-    const std::wstring wideText = win32::bounded(win32::fromUtf8(text));
+    const std::wstring wideText = win32::fromUtf8(text);
     const std::wstring wideTitle = win32::fromUtf8(title.empty() ? win32::programTitle : title);
     HWND const owner = win32::FormWindow::front();
     // The box itself makes only its owner deaf, and needs to find it as it was.

@@ -1,5 +1,6 @@
 #include "toolkit/status_bar.h"
 
+#include "toolkit/shown_text.h"
 #include "toolkit/win32/binding.h"
 #include "toolkit/win32/painting.h"
 #include "toolkit/win32/panel_picture.h"
@@ -43,9 +44,8 @@ RECT panelPlace(HWND bar, int index) {
     return place;
 }
 
-std::wstring shownText(const StatusPanel& panel) {
-    constexpr std::size_t longestCharacter = 4; // bytes
-    return beginning(fromUtf8(panel.text().substr(0, longestShown * longestCharacter)), longestShown);
+std::wstring panelText(const StatusPanel& panel) {
+    return fromUtf8(shownText(panel.text(), longestShown));
 }
 
 /// Paints both panels, each with its picture and its text, which is cut with dots where the room ends. The
@@ -105,7 +105,7 @@ private:
         const int top = (place.top + place.bottom - size) / 2;
         if (pictures_[static_cast<std::size_t>(index)].draw(context, panel, {place.left, top}, size))
             place.left += size + scaled(part(), gap);
-        drawText(context, shownText(panel), place,
+        drawText(context, panelText(panel), place,
                  DT_LEFT | DT_VCENTER | DT_SINGLELINE | DT_NOPREFIX | DT_END_ELLIPSIS,
                  GetSysColor(panel.enabled() ? COLOR_BTNTEXT : COLOR_GRAYTEXT));
     }
@@ -144,7 +144,7 @@ protected:
 
 private:
     void showText() {
-        const std::wstring text = shownText(panel_);
+        const std::wstring text = panelText(panel_);
         if (text == shown_) return;
         shown_ = text;
         SendMessageW(bar_, SB_SETTEXTW, static_cast<WPARAM>(index_) | SBT_NOBORDERS,
@@ -152,7 +152,7 @@ private:
     }
 
     void showToolTip() {
-        window().toolTips().setRegion(bar_, index_ + 1, panelPlace(bar_, index_), fromUtf8(panel_.toolTip()));
+        window().toolTips().setRegion(bar_, index_ + 1, panelPlace(bar_, index_), panel_.toolTip());
     }
 
     StatusPanel& panel_;

@@ -81,11 +81,4 @@ std::size_t utf16Position(const std::wstring& text, std::size_t character) {
     return position;
 }
 
-std::wstring beginning(std::wstring text, std::size_t units) {
-    if (text.size() <= units) return text;
-    if (units > 0 && startsPair(text, units - 1)) --units;
-    text.resize(units);
-    return text;
-}
-
 } // namespace toolkit::win32

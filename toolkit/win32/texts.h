@@ -28,7 +28,4 @@ std::wstring withMnemonic(const std::wstring& caption, wchar_t key);
 /// fewer.
 std::size_t utf16Position(const std::wstring& text, std::size_t character);
 
-/// Not more than so many UTF-16 units of the text, and no half of a character.
-std::wstring beginning(std::wstring text, std::size_t units);
-
 } // namespace toolkit::win32

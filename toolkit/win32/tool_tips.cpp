@@ -1,5 +1,6 @@
 #include "toolkit/win32/tool_tips.h"
 
+#include "toolkit/shown_text.h"
 #include "toolkit/win32/placement.h"
 #include "toolkit/win32/texts.h"
 
@@ -11,7 +12,6 @@ namespace {
 
 constexpr int widestTip = 400;   ///< longer texts have several lines
 constexpr int longestShown = 30; ///< seconds
-constexpr std::size_t longestText = 2000;
 
 RECT placeIn(HWND dialog, HWND part) {
     RECT place{};
@@ -32,7 +32,11 @@ ToolTips::ToolTips(HWND dialog)
     SendMessageW(tips_, TTM_SETDELAYTIME, TTDT_AUTOPOP, MAKELPARAM(longestShown * 1000, 0));
 }
 
-void ToolTips::set(HWND part, const std::wstring& text) {
+void ToolTips::set(HWND part, std::string_view text) {
+    setShown(part, fromUtf8(shownTip(text)));
+}
+
+void ToolTips::setShown(HWND part, const std::wstring& text) {
     texts_[part] = text;
     RECT whole{};
     GetClientRect(part, &whole);
@@ -40,14 +44,14 @@ void ToolTips::set(HWND part, const std::wstring& text) {
     setTool(dialog_, reinterpret_cast<UINT_PTR>(part), placeIn(dialog_, part), text);
 }
 
-void ToolTips::setRegion(HWND part, int number, const RECT& region, const std::wstring& text) {
-    setTool(part, static_cast<UINT_PTR>(number), region, text);
+void ToolTips::setRegion(HWND part, int number, const RECT& region, std::string_view text) {
+    setTool(part, static_cast<UINT_PTR>(number), region, fromUtf8(shownTip(text)));
 }
 
 void ToolTips::rescale() {
     SendMessageW(tips_, TTM_SETMAXTIPWIDTH, 0, scaled(dialog_, widestTip));
     for (const auto& [part, text] : std::map(texts_))
-        set(part, text);
+        setShown(part, text);
 }
 
 void ToolTips::follow(const MSG& message) const {
@@ -56,18 +60,17 @@ void ToolTips::follow(const MSG& message) const {
     SendMessageW(tips_, TTM_RELAYEVENT, 0, reinterpret_cast<LPARAM>(&copy));
 }
 
-void ToolTips::setTool(HWND owner, UINT_PTR number, const RECT& region, const std::wstring& text) {
+void ToolTips::setTool(HWND owner, UINT_PTR number, const RECT& region, std::wstring text) {
     bool& known = known_[{owner, number}];
     if (!known && text.empty()) return;
-    std::wstring shown = beginning(text, longestText);
     TTTOOLINFOW tool{};
     tool.cbSize = sizeof tool;
     tool.hwnd = owner;
     tool.uId = number;
     tool.rect = region;
-    tool.lpszText = shown.data();
+    tool.lpszText = text.data();
     if (known) SendMessageW(tips_, TTM_DELTOOLW, 0, reinterpret_cast<LPARAM>(&tool));
-    known = !shown.empty();
+    known = !text.empty();
     if (known) SendMessageW(tips_, TTM_ADDTOOLW, 0, reinterpret_cast<LPARAM>(&tool));
 }
 

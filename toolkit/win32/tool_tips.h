@@ -4,6 +4,7 @@
 
 #include <map>
 #include <string>
+#include <string_view>
 
 namespace toolkit::win32 {
 
@@ -13,17 +14,18 @@ class ToolTips {
 public:
     explicit ToolTips(HWND dialog);
 
-    /// The tip of a part; none when the text is empty.
-    void set(HWND part, const std::wstring& text);
+    /// The tip of a part, as UTF-8; none when the text is empty.
+    void set(HWND part, std::string_view text);
     /// The tip of a region of a part, in the part's coordinates; regions are told apart by a number from 1.
-    void setRegion(HWND part, int number, const RECT& region, const std::wstring& text);
+    void setRegion(HWND part, int number, const RECT& region, std::string_view text);
     /// The parts have other places.
     void rescale();
     /// To be told of every message that the loop gets for the window or a part of it.
     void follow(const MSG& message) const;
 
 private:
-    void setTool(HWND owner, UINT_PTR number, const RECT& region, const std::wstring& text);
+    void setShown(HWND part, const std::wstring& text);
+    void setTool(HWND owner, UINT_PTR number, const RECT& region, std::wstring text);
 
     HWND dialog_;
     HWND tips_;
