@@ -1,11 +1,9 @@
 """Pictures that the catalog names: they come from the program's folder, and from there alone."""
 
-import os
 import shutil
 import struct
 import unittest
 import zlib
-from pathlib import Path
 
 from case import SHIPPED, SLOWNESS, WindowCase
 from server_files import NO_NAMES, catalog, row
@@ -43,12 +41,6 @@ def jpeg(side, passes):
     first = b"\xff\xda\0\x08\1\1\0\0\0\0"
     return (b"\xff\xd8\xff" + tables[1:] + b"\xff\xc2\0\x0b\x08" + size + b"\1\1\x11\0" + first
             + b"\xff\xda\0\x08\1\1\0\1\x3f\0" * (passes - 1) + b"\xff\xd9")
-
-
-def processor_seconds(process):
-    """What the process has used of the processors, which a busy machine does not change."""
-    fields = Path(f"/proc/{process}/stat").read_text(encoding="ascii", errors="replace").rpartition(")")[2].split()
-    return (int(fields[11]) + int(fields[12])) / os.sysconf("SC_CLK_TCK")
 
 
 class Pictures(WindowCase):
@@ -106,9 +98,9 @@ class Pictures(WindowCase):
     def test_endless(self, contents):
         self.serve_picture("endless.bmp")
         program = self.start(files={"endless.bmp": contents})
-        before = processor_seconds(program.process.pid)
+        before = program.processor_seconds()
         program.wait_message()
-        self.assertLess(processor_seconds(program.process.pid) - before, 1.5 * SLOWNESS)
+        self.assertLess(program.processor_seconds() - before, 1.5 * SLOWNESS)
         self.expect_error(program, 481)
 
     @each(BROKEN)

@@ -2,15 +2,16 @@
 
 import unittest
 
-from case import CONFIRMATION, COPIED, SUCCESS, WindowCase
+from case import CONFIRMATION, COPIED, SLOWNESS, SUCCESS, WindowCase
 from fault_server import generated, missing, redirect, reset, slow, truncated
 from server_files import FIRMWARE, SETTINGS, catalog, row
-from side_by_side import side_by_side
+from side_by_side import each, side_by_side
 
 OUTDATED = ("Eine neue Version des Programmes ist verfügbar!\n\n"
             "Installieren Sie die akutelle Version des Programmes.\n"
             "Die Updateseite wird automatisch geöffnet.")
 TOO_LARGE = 300 * 1024**2
+SHOWN = 4000  # characters of a text
 
 
 class Version(WindowCase):
@@ -189,14 +190,14 @@ class LongFields(WindowCase):
     def test_news(self):
         self.serve("usb-news.csv", ";".join([self.LONG] * 4).encode())
         program = self.start_loaded()
-        self.assertEqual(program.text("lbl_news_3"), self.LONG)
+        self.assertEqual(program.text("lbl_news_3"), self.LONG[:SHOWN])
         self.expect_window_whole(program)
 
     def test_catalog(self):
         self.serve("usb-list.csv", catalog(changes={
             1: row(self.LONG, "sr100.bmp", "sr200.abs", self.LONG, self.LONG, {0: ("sr200_at.sdx", self.LONG)})}))
         program = self.start_loaded()
-        self.assertEqual(program.text("lbl_settstand"), "Stand: " + self.LONG)
+        self.assertEqual(program.text("lbl_settstand"), ("Stand: " + self.LONG)[:SHOWN])
         self.expect_window_whole(program)
         program.click("cmdChoose")
         program.wait_message(title=CONFIRMATION)
@@ -205,6 +206,43 @@ class LongFields(WindowCase):
         program.wait_message(title=SUCCESS)
         program.answer("OK")
         self.expect_stick({"sr200.abs": FIRMWARE, "sr200_at.sdx": SETTINGS} | COPIED)
+
+    # What 100 KB of text can be: fields of the news, of a receiver in the catalog.
+    SHAPES = {"one word": "W" * 100_000, "words": "Wort " * 20_000, "lines": "a\n" * 50_000,
+              "accents": "Ü" * 100_000, "invisible": "\u00ad" * 100_000}
+    LONGEST = 0.3 * SLOWNESS  # seconds of the processor
+
+    def expect_cheap(self, program, act):
+        before = program.processor_seconds()
+        act()
+        self.assertLess(program.processor_seconds() - before, self.LONGEST)
+
+    @each(SHAPES)
+    def test_what_it_costs(self, text):
+        encoded = text.encode("cp1252")
+        self.serve("usb-news.csv", b";".join([encoded] * 4))
+        self.serve("usb-list.csv", catalog(changes={1: row("SR", "sr100.bmp", "sr200.abs", text, text,
+                                                           {0: ("sr200_at.sdx", text)})}))
+        program = self.start()
+        self.expect_cheap(program, lambda: self.wait_loaded(program))
+        for width in (1100, 1300):
+            self.expect_cheap(program, lambda w=width: self.show_anew(program, w))
+
+    def show_anew(self, program, width):
+        program.resize(width, 700)
+        program.get("cmdChoose")
+        program.screenshot(self.home / "picture.png")
+
+    @each({name: text for name, text in SHAPES.items() if name != "lines"})
+    def test_what_a_question_costs(self, name):
+        self.serve("usb-list.csv", catalog(changes={1: row(name, "sr100.bmp", "sr200.abs")}))
+        program = self.start_loaded()
+        self.expect_cheap(program, lambda: (program.click("cmdChoose"), program.wait_message(title=CONFIRMATION)))
+        lines = program.message()["text"].split("\n")
+        self.assertEqual((lines[0], lines[-1]), ("Sie haben folgende Update Optionen gewählt:", "Updaten mit OK ?"))
+        self.assertLess(len(lines[1]), 300)
+        self.expect_window_whole(program)
+        program.answer("Abbrechen")
 
 
 load_tests = side_by_side

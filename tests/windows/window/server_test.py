@@ -47,6 +47,15 @@ class Catalog(WindowsCase, only(server_texts_test.Catalog, "test_eight_lines")):
     pass
 
 
+class LongFields(WindowsCase, only(server_texts_test.LongFields, "test_news", "test_what")):
+    def show_anew(self, program, width):
+        """Its border is fixed."""
+        program.minimize()
+        program.wait_until(lambda: program.windows()["frmMain"]["minimized"], what="the icon")
+        program.menu("mnuPopup_0")
+        program.wait_until(lambda: not program.windows()["frmMain"]["minimized"], what="the window")
+
+
 load_tests = side_by_side
 
 if __name__ == "__main__":
