@@ -46,6 +46,7 @@ constexpr int programIcon = 103;
 
 frmMain::frmMain(app::Program& program) : Form("frmMain"), Timer1("Timer1", 4000ms, true), program_(program) {
     addControls();
+    assignEnter();
     connectEvents();
     disableAtFirst();
     for (std::size_t i = 0; i < menuCaptions.size(); ++i)
@@ -83,6 +84,13 @@ void frmMain::addControls() {
     addArray(mnuPopup);
     add(StatusBar1.panel(1));
     add(StatusBar1.panel(2));
+}
+
+/// Enter in a text box applies what was typed; elsewhere it starts the update.
+void frmMain::assignEnter() {
+    setDefaultButton(cmdChoose);
+    txtDT_Cap.setEnterButton(Command1);
+    txtOpenPath.setEnterButton(cmdSaveOnStick);
 }
 
 void frmMain::connectEvents() {

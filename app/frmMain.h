@@ -115,6 +115,7 @@ public:
 
 private:
     void addControls();
+    void assignEnter();
     void connectEvents();
     void disableAtFirst();
 

@@ -65,6 +65,7 @@ Form1::Form1(frmMain& owner) : Form("Form1"), Timer1("Timer1", 4000ms, true), ow
     Label1.setCaption("Fat 32 Format Assistent:");
     Command1.setCaption("WEITER >>>");
     Command2.setCaption("<<< Zurück");
+    setDefaultButton(Command1);
 }
 
 /// The window may be loaded again after it was closed; its buttons are then as they were the first time.

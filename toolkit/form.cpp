@@ -3,6 +3,7 @@
 #include "toolkit/backend.h"
 #include "toolkit/dispatch.h"
 #include "toolkit/scoped_flag.h"
+#include "toolkit/text_box.h"
 #include "toolkit/timer.h"
 
 #include <algorithm>
@@ -45,6 +46,21 @@ Control* Form::find(std::string_view name) const {
     const auto found = std::find_if(controls_.begin(), controls_.end(),
                                     [name](const Control* c) { return sameName(c->name(), name); });
     return found == controls_.end() ? nullptr : *found;
+}
+
+Button* Form::enterButton(Control* focus) const {
+    if (auto* button = dynamic_cast<Button*>(focus)) return button;
+    const auto* box = dynamic_cast<TextBox*>(focus);
+    return box != nullptr && box->enterButton() != nullptr ? box->enterButton() : defaultButton_;
+}
+
+void Form::enterPressed(Control* focus) {
+    const bool busy = std::any_of(controls_.begin(), controls_.end(), [](Control* control) {
+        const auto* button = dynamic_cast<Button*>(control);
+        return button != nullptr && button->handling();
+    });
+    Button* const button = enterButton(focus);
+    if (!busy && button != nullptr) button->click();
 }
 
 void Form::load() {

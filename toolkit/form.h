@@ -1,5 +1,6 @@
 #pragma once
 
+#include "toolkit/button.h"
 #include "toolkit/control.h"
 #include "toolkit/picture.h"
 
@@ -60,6 +61,17 @@ public:
     const Picture& icon() const noexcept { return icon_; }
     void setIcon(const Picture& icon) { assign(icon_, icon, Property::Icon); }
 
+    /// The button that Enter presses where the control that has the keyboard has none of its own.
+    void setDefaultButton(Button& button) noexcept { defaultButton_ = &button; }
+
+    /// The button that Enter presses while a control has the keyboard (null: none of them has it); null for
+    /// none. A button is its own; a text box may name one.
+    Button* enterButton(Control* focus) const;
+
+    /// The user pressed Enter while that control had the keyboard. Nothing is pressed while a click on one of
+    /// the form's buttons is being handled: who presses Enter twice does not mean to begin a second time.
+    void enterPressed(Control* focus);
+
     /// Loads the window when it is not, shows it beside `owner` and returns.
     void show(Form* owner = nullptr);
     /// The same, but returns when the window has been closed.
@@ -83,6 +95,7 @@ private:
     std::string caption_;
     Picture icon_;
     std::unique_ptr<FormView> view_;
+    Button* defaultButton_ = nullptr;
     bool unloading_ = false;
     bool asked_ = false; ///< whether it may close, and has not answered yet
 };

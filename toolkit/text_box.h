@@ -1,5 +1,6 @@
 #pragma once
 
+#include "toolkit/button.h"
 #include "toolkit/control.h"
 
 #include <cstddef>
@@ -33,6 +34,10 @@ public:
         notify(Property::Selection);
     }
 
+    /// The button that Enter presses in this box; null, as it is at first, for the window's default button.
+    Button* enterButton() const noexcept { return enterButton_; }
+    void setEnterButton(Button& button) noexcept { enterButton_ = &button; }
+
     /// Gives the box the keyboard focus.
     void setFocus() { notify(Property::Focus); }
 
@@ -50,6 +55,7 @@ public:
 private:
     std::string text_;
     Selection selection_;
+    Button* enterButton_ = nullptr;
 };
 
 } // namespace toolkit

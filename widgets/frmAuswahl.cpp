@@ -22,6 +22,7 @@ frmAuswahl::frmAuswahl(app::Program& program) : Form("frmAuswahl"), program_(pro
         "Es wurden mehrere Laufwerke identifiziert.     Bitte wählen Sie ihr gewünschtes Laufwerk aus.");
     cmdOK.setCaption("Verwenden");
     cmdCancel.setCaption("Abbruch");
+    setDefaultButton(cmdOK);
 
     onLoad = [this] { Form_Load(); };
     onQueryUnload = [this] { ListView1.onHeaderNotify = {}; };

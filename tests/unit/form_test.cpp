@@ -3,7 +3,9 @@
 #include "main_window.h"
 #include "recording_view.h"
 
+#include "toolkit/combo_box.h"
 #include "toolkit/pump.h"
+#include "toolkit/text_box.h"
 #include "toolkit/timer.h"
 
 #include <vector>
@@ -168,4 +170,86 @@ TEST_F(FormTimers, StayOffWhenTheLoadTurnsThemOff) {
     timer.tick();
     EXPECT_FALSE(timer.running());
     EXPECT_TRUE(events.empty());
+}
+
+class EnterKey : public FormLife {
+protected:
+    EnterKey() {
+        for (Control* control : std::initializer_list<Control*>{&main, &other, &box, &plainBox, &combo})
+            form.add(*control);
+        form.setDefaultButton(main);
+        box.setEnterButton(other);
+        main.onClick = [this] { events.push_back("main"); };
+        other.onClick = [this] { events.push_back("other"); };
+    }
+
+    Button main{"cmdMain"};
+    Button other{"cmdOther"};
+    TextBox box{"txtBox"};
+    TextBox plainBox{"txtPlain"};
+    ComboBox combo{"cmb"};
+};
+
+TEST_F(EnterKey, PressesTheDefaultButton) {
+    for (Control* focus : std::initializer_list<Control*>{nullptr, &plainBox, &combo})
+        form.enterPressed(focus);
+    EXPECT_EQ(events, (Texts{"main", "main", "main"}));
+}
+
+TEST_F(EnterKey, PressesTheButtonThatHasTheKeyboard) {
+    form.enterPressed(&other);
+    EXPECT_EQ(events, Texts{"other"});
+}
+
+TEST_F(EnterKey, PressesTheButtonOfATextBox) {
+    EXPECT_EQ(form.enterButton(&box), &other);
+    form.enterPressed(&box);
+    EXPECT_EQ(events, Texts{"other"});
+}
+
+TEST_F(EnterKey, PressesNothingWhenThatButtonIsDisabled) {
+    other.setEnabled(false);
+    main.setEnabled(false);
+    form.enterPressed(&box);
+    form.enterPressed(nullptr);
+    EXPECT_TRUE(events.empty());
+}
+
+TEST_F(EnterKey, PressesNothingWithoutAButton) {
+    Form empty("Empty");
+    empty.add(plainBox);
+    EXPECT_EQ(empty.enterButton(&plainBox), nullptr);
+    empty.enterPressed(&plainBox);
+    EXPECT_TRUE(events.empty());
+}
+
+TEST_F(EnterKey, PressesNothingWhileAClickIsHandled) {
+    main.onClick = [this] {
+        events.push_back("begin");
+        for (Control* focus : std::initializer_list<Control*>{nullptr, &main, &other, &box})
+            form.enterPressed(focus);
+        events.push_back("end");
+    };
+    main.click();
+    EXPECT_EQ(events, (Texts{"begin", "end"}));
+    form.enterPressed(&other);
+    EXPECT_EQ(events, (Texts{"begin", "end", "other"}));
+}
+
+TEST_F(EnterKey, AClickStillCountsWhileAnotherOneIsHandled) {
+    main.onClick = [this] {
+        events.push_back("main");
+        if (events.size() == 1) main.click();
+        EXPECT_TRUE(main.handling());
+    };
+    main.click();
+    EXPECT_EQ(events, (Texts{"main", "main"}));
+    EXPECT_FALSE(main.handling());
+}
+
+TEST_F(EnterKey, WorksAgainAfterAHandlerThatWasLeft) {
+    main.onClick = [] { throw Unwind{}; };
+    EXPECT_THROW(main.click(), Unwind);
+    form.enterPressed(&other);
+    EXPECT_EQ(events, Texts{"other"});
 }

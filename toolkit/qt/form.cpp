@@ -12,6 +12,7 @@
 #include <QCoreApplication>
 #include <QEventLoop>
 #include <QPointer>
+#include <QPushButton>
 
 #include <utility>
 #include <vector>
@@ -52,6 +53,10 @@ public:
         showAll();
         window_->fitScreen();
         window_->onCloseRequested = [&form] { dispatch([&form] { form.closeRequested(); }); };
+        window_->onEnter = [this](const QWidget* focus) { enter(focus); };
+        window_->onFocusMoved = [this](const QWidget* focus) { showEnterButton(focus); };
+        window_->watchEnter();
+        showEnterButton(nullptr);
         liveViews().push_back(this);
     }
 
@@ -129,7 +134,30 @@ private:
             window_->present(ownerView == nullptr ? nullptr : ownerView->window_.data(), modality);
     }
 
+    /// The control that a widget belongs to; null for none.
+    Control* controlOf(const QWidget* part) const {
+        for (; part != nullptr && part != window_; part = part->parentWidget())
+            if (Control* const control = form_.find(toUtf8(part->objectName()))) return control;
+        return nullptr;
+    }
+
+    void enter(const QWidget* focus) {
+        dispatch([this, control = controlOf(focus)] { form_.enterPressed(control); });
+    }
+
+    /// It looks different, so that who presses Enter knows what it will do.
+    void showEnterButton(const QWidget* focus) {
+        const Button* const button = form_.enterButton(controlOf(focus));
+        if (button == nullptr) return;
+        if (auto* widget = window_->findChild<QPushButton*>(fromUtf8(button->name())))
+            widget->setDefault(true);
+    }
+
     void releaseControls() {
+        if (window_ != nullptr) {
+            window_->onEnter = {};
+            window_->onFocusMoved = {};
+        }
         for (Adaptor* adaptor : adaptors_)
             adaptor->release();
         adaptors_.clear();

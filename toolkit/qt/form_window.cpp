@@ -2,7 +2,10 @@
 
 #include "toolkit/qt/presentation.h"
 
+#include <QAbstractButton>
+#include <QApplication>
 #include <QCloseEvent>
+#include <QKeyEvent>
 #include <QLayout>
 #include <QScreen>
 
@@ -39,6 +42,31 @@ void FormWindow::fitScreen() {
     activateLayouts(*this);
     const QSize wanted = sizeHint().boundedTo(screen()->availableSize());
     resize(isVisible() ? size().expandedTo(wanted) : wanted);
+}
+
+void FormWindow::watchEnter() {
+    for (auto* button : findChildren<QAbstractButton*>())
+        button->installEventFilter(this);
+    connect(qApp, &QApplication::focusChanged, this, [this](const QWidget*, const QWidget* now) {
+        if (now != nullptr && now->window() == this && onFocusMoved) onFocusMoved(now);
+    });
+}
+
+/// The dialog's own way would press the button that is shown as the default one.
+void FormWindow::keyPressEvent(QKeyEvent* event) {
+    if (!handleEnter(*event)) QDialog::keyPressEvent(event);
+}
+
+bool FormWindow::eventFilter(QObject* object, QEvent* event) {
+    const bool key = event->type() == QEvent::KeyPress;
+    return (key && handleEnter(*static_cast<QKeyEvent*>(event))) || QDialog::eventFilter(object, event);
+}
+
+bool FormWindow::handleEnter(const QKeyEvent& event) {
+    if (event.key() != Qt::Key_Return && event.key() != Qt::Key_Enter) return false;
+    const auto report = onEnter; // a copy: the window may go while the wish is granted
+    if (report) report(focusWidget());
+    return true;
 }
 
 void FormWindow::reject() {

@@ -6,9 +6,11 @@
 #include "toolkit/win32/message_loop.h"
 #include "toolkit/win32/modal_scope.h"
 #include "toolkit/win32/picture.h"
+#include "toolkit/win32/resource_names.h"
 #include "toolkit/win32/texts.h"
 #include "toolkit/win32/tool_tips.h"
 
+#include <algorithm>
 #include <optional>
 #include <utility>
 #include <vector>
@@ -36,6 +38,7 @@ public:
         bindControls(form.controls(), *window_);
         showAll();
         window_->onCloseRequested = [&form] { dispatch([&form] { form.closeRequested(); }); };
+        window_->onEnter = [this](int number) { enter(number); };
         window_->onRescaled = [this] { showIcon(); };
         window_->onDestroyed = [this] { window_ = nullptr; };
         liveViews().push_back(this);
@@ -100,6 +103,8 @@ private:
         show(Property::Icon);
         if (form_.caption().empty()) form_.setCaption(toUtf8(windowText(window_->handle())));
         show(Property::Caption);
+        if (const Button* const button = form_.enterButton(nullptr))
+            window_->showEnterButton(resourceNumber(button->name()));
         if (!form_.toolTip().empty()) show(Property::ToolTip);
         if (!form_.enabled()) show(Property::Enabled);
     }
@@ -118,8 +123,18 @@ private:
         }
     }
 
+    void enter(int number) {
+        const auto& controls = form_.controls();
+        const auto found = std::find_if(controls.begin(), controls.end(), [number](const Control* control) {
+            return number != 0 && resourceNumber(control->name()) == number;
+        });
+        Control* const focus = found == controls.end() ? nullptr : *found;
+        dispatch([this, focus] { form_.enterPressed(focus); });
+    }
+
     FormWindow* forgetWindow() {
         window_->onCloseRequested = {};
+        window_->onEnter = {};
         window_->onRescaled = {};
         window_->onDestroyed = {};
         return std::exchange(window_, nullptr);

@@ -131,6 +131,23 @@ void FormWindow::leave() {
     if (busy_ == 0) postDestroy();
 }
 
+/// The dialog's own way would press whichever button looks like the default one. In an open list Enter
+/// chooses.
+bool FormWindow::handleEnter(const MSG& message) {
+    if (message.message != WM_KEYDOWN || message.wParam != VK_RETURN) return false;
+    if (SendMessageW(message.hwnd, CB_GETDROPPEDSTATE, 0, 0) != FALSE) return false;
+    const Busy busy(*this);
+    const auto report = onEnter; // a copy: the window may be closed while the wish is granted
+    if (report) report(message.hwnd == handle_ ? 0 : GetDlgCtrlID(message.hwnd));
+    return true;
+}
+
+int FormWindow::showEnterButton(int number) const {
+    const LRESULT answer = SendMessageW(handle_, DM_GETDEFID, 0, 0);
+    SendMessageW(handle_, DM_SETDEFID, static_cast<WPARAM>(number), 0);
+    return HIWORD(answer) == DC_HASDEFID ? LOWORD(answer) : 0;
+}
+
 void FormWindow::postDestroy() const {
     PostMessageW(handle_, destroyMessage, 0, 0);
 }

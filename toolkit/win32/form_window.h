@@ -36,6 +36,8 @@ public:
     ~FormWindow();
 
     std::function<void()> onCloseRequested;
+    /// Enter was pressed, while the part of that number (0 for none) had the keyboard.
+    std::function<void(int number)> onEnter;
     /// The resolution or the set of colours has changed.
     std::function<void()> onRescaled;
     /// The window is gone; this object follows.
@@ -56,6 +58,11 @@ public:
     void setModal(bool modal) noexcept { modal_ = modal; }
     /// Hides the window and destroys it as soon as no handler of it is running.
     void leave();
+
+    /// Reports Enter; false when it means something to the part that gets it.
+    bool handleEnter(const MSG& message);
+    /// Shows which button Enter presses; 0 for none. Returns the one that was shown so far.
+    int showEnterButton(int number) const;
 
     /// Has the adaptor's settle() called when the messages before it have been handled.
     void postSettle(Adaptor& adaptor);

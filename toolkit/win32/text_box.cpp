@@ -2,6 +2,7 @@
 
 #include "toolkit/scoped_flag.h"
 #include "toolkit/win32/binding.h"
+#include "toolkit/win32/resource_names.h"
 #include "toolkit/win32/subclass.h"
 #include "toolkit/win32/texts.h"
 
@@ -27,6 +28,8 @@ public:
         : PartAdaptor(box, window, part), Subclass(part), box_(box) {}
 
     void command(unsigned notification) override {
+        if (notification == EN_SETFOCUS || notification == EN_KILLFOCUS)
+            focusMoved(notification == EN_SETFOCUS);
         if (notification != EN_CHANGE || setting_ || half_) return;
         if (!announced_) announce(ctrlV);
         announced_ = false;
@@ -90,6 +93,15 @@ private:
         send([this, character] { box_.keyPress(character); });
     }
 
+    /// Who presses Enter shall see what it will do.
+    void focusMoved(bool here) {
+        if (!bound() || box_.enterButton() == nullptr) return;
+        if (here)
+            buttonElsewhere_ = window().showEnterButton(resourceNumber(box_.enterButton()->name()));
+        else
+            window().showEnterButton(buttonElsewhere_);
+    }
+
     void showText() {
         const ScopedFlag setting(setting_);
         setWindowText(part(), fromUtf8(box_.text()));
@@ -103,6 +115,7 @@ private:
     }
 
     TextBox& box_;
+    int buttonElsewhere_ = 0;
     wchar_t high_ = 0;  ///< the first half of a character
     bool half_ = false; ///< the control gets it
     bool announced_ = false;
