@@ -1,0 +1,99 @@
+"""What Enter presses: in a text box its own button, elsewhere the main one, and nothing while a job runs."""
+
+import unittest
+
+from case import CONFIRMATION, SUCCESS, WindowCase
+from fault_server import slow
+from server_files import FIRMWARE
+from side_by_side import each, side_by_side
+
+
+class Enter(WindowCase):
+    def press_at(self, program, name):
+        program.focus(name)
+        program.wait_for(name, "focus", True)
+        program.type("", "Return")
+
+    def test_a_new_name(self):
+        program = self.start_loaded()
+        program.enter_text("txtDT_Cap", "NEU")
+        program.type("", "Return")
+        self.wait_label(program, "NEU")
+        self.assertIsNone(program.message())
+
+    def test_a_new_path(self):
+        program = self.start_loaded()
+        program.enter_text("txtOpenPath", "bilder")
+        program.wait_for("cmdSaveOnStick", "enabled", True)
+        program.type("", "Return")
+        program.wait_for("cmdSaveOnStick", "enabled", False)
+        self.assertIn(b"bilder", (self.stick / "USB.ini").read_bytes())
+        self.assertIsNone(program.message())
+
+    def test_nothing_to_save(self):
+        program = self.start_loaded()
+        self.press_at(program, "txtOpenPath")
+        self.input_done(program)
+        self.assertIsNone(program.message())
+        self.assertFalse((self.stick / "USB.ini").exists())
+
+    @each({"unit": "cmbSize", "receiver": "Firm_Option_1", "list": "Sett_Option_0", "box": "chkAuto",
+           "file system": "txtFAT"})
+    def test_elsewhere(self, name):
+        program = self.start_loaded()
+        self.press_at(program, name)
+        program.wait_message(title=CONFIRMATION)
+        program.answer("Abbrechen")
+
+    def test_a_button_is_its_own(self):
+        program = self.start_loaded()
+        self.press_at(program, "cmdtest")
+        program.wait_window("Form1")
+
+    def start_job(self):
+        """It takes some seconds, and lets events run all the time."""
+        self.serve("sr200.abs.txt", slow(FIRMWARE, 512, 0.3))
+        program = self.start_loaded()
+        self.confirm(program)
+        program.wait_until(lambda: "sr200.abs.txt" in self.downloads(), what="the download")
+        return program
+
+    @each({"main button": "cmdChoose", "name": "txtDT_Cap", "path": "txtOpenPath", "unit": "cmbSize",
+           "other button": "cmdtest"})
+    def test_while_a_job_runs(self, name):
+        program = self.start_job()
+        self.press_at(program, name)
+        self.press_at(program, name)
+        self.input_done(program)
+        self.assertIsNone(program.message())
+        self.assertNotIn("Form1", program.windows())
+        self.assertEqual(program.text("txtDT_Cap", "frmMain"), "ORVANTA")
+        program.wait_message(title=SUCCESS)
+        program.answer("OK")
+
+    def test_a_click_while_a_job_runs(self):
+        program = self.start_job()
+        program.click("cmdChoose")
+        program.wait_message(title=CONFIRMATION)
+        program.answer("Abbrechen")
+        program.wait_message(title=SUCCESS)
+
+    def test_after_a_job(self):
+        program = self.start_loaded()
+        self.run_job(program)
+        self.press_at(program, "cmdChoose")
+        program.wait_message(title=CONFIRMATION)
+
+    def wait_label(self, program, label):
+        program.wait_until(lambda: f"Label={label}".encode() in (program.folder / "Drives.ini").read_bytes(),
+                           what="the new name")
+
+    def input_done(self, program):
+        """Requests are answered after the input before them."""
+        program.get("cmdChoose")
+
+
+load_tests = side_by_side
+
+if __name__ == "__main__":
+    unittest.main()
