@@ -102,6 +102,10 @@ Outcome type(const QJsonObject& request) {
     return {{}, [text = textOf(request, "text"), keys] { typeKeys(text, keys); }};
 }
 
+Outcome composeText(const QJsonObject& request) {
+    return {{}, [shown = textOf(request, "shown"), text = textOf(request, "text")] { compose(shown, text); }};
+}
+
 Outcome messageBox(const QJsonObject&) {
     return {{{QStringLiteral("box"), describeMessageBox()}}, {}};
 }
@@ -160,6 +164,7 @@ Outcome perform(const QJsonObject& request) {
         {QStringLiteral("choose"), choose},
         {QStringLiteral("focus"), focus},
         {QStringLiteral("type"), type},
+        {QStringLiteral("compose"), composeText},
         {QStringLiteral("messageBox"), messageBox},
         {QStringLiteral("mouse"), mouse},
         {QStringLiteral("answer"), answer},

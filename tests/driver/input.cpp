@@ -3,6 +3,7 @@
 #include <QAbstractItemView>
 #include <QApplication>
 #include <QCheckBox>
+#include <QInputMethodEvent>
 #include <QKeySequence>
 #include <QRadioButton>
 #include <QScrollArea>
@@ -140,6 +141,15 @@ void typeKeys(const QString& text, const QStringList& keys) {
         press(combination.key(), combination.keyboardModifiers(),
               textOfKey(combination.key(), combination.keyboardModifiers()));
     }
+}
+
+void compose(const QString& shownFirst, const QString& text) {
+    const QPointer<QObject> focus = QGuiApplication::focusObject();
+    QInputMethodEvent shown(shownFirst, {});
+    QInputMethodEvent committed;
+    committed.setCommitString(text);
+    if (focus != nullptr) QCoreApplication::sendEvent(focus, &shown);
+    if (focus != nullptr) QCoreApplication::sendEvent(focus, &committed);
 }
 
 } // namespace driver

@@ -35,4 +35,7 @@ void chooseEntry(const Target& box, int index);
 /// Types a text, then presses keys ("Tab", "Ctrl+V"), into whatever has the focus.
 void typeKeys(const QString& text, const QStringList& keys);
 
+/// Writes a text as an input method does, which shows what it is made of first, into whatever has the focus.
+void compose(const QString& shownFirst, const QString& text);
+
 } // namespace driver

@@ -78,6 +78,10 @@ class Window:
         self.type("", "Ctrl+A", "Backspace")
         self.type(text)
 
+    def compose(self, text, shown=""):
+        """Writes into what has the focus by an input method, which may show something else until it is chosen."""
+        self.request("compose", text=text, shown=shown)
+
     def clipboard(self, text):
         self.request("clipboard", text=text)
 

@@ -86,6 +86,11 @@ std::string type(const Request& request) {
     return done;
 }
 
+std::string composeText(const Request& request) {
+    compose(wide(request.text("text")));
+    return done;
+}
+
 std::string messageBox(const Request&) {
     return json::object({{"box", describeMessageBox()}});
 }
@@ -235,6 +240,7 @@ std::string perform(const Request& request) {
         {"choose", choose},
         {"focus", giveFocus},
         {"type", type},
+        {"compose", composeText},
         {"messageBox", messageBox},
         {"answer", answer},
         {"close", close},

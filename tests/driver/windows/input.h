@@ -36,4 +36,7 @@ void typeText(std::wstring_view text);
 /// Presses a key such as "Tab" or "Ctrl+V". Throws Failure for one that is not known.
 void pressKey(std::string_view name);
 
+/// Hands over a text as an input method does when it has been chosen.
+void compose(std::wstring_view text);
+
 } // namespace probe

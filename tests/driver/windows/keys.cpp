@@ -91,4 +91,13 @@ void pressKey(std::string_view name) {
         send(*key, KEYEVENTF_KEYUP);
 }
 
+void compose(std::wstring_view text) {
+    activateProgram();
+    GUITHREADINFO info{};
+    info.cbSize = sizeof info;
+    GetGUIThreadInfo(GetWindowThreadProcessId(GetForegroundWindow(), nullptr), &info);
+    for (const wchar_t unit : text)
+        PostMessageW(info.hwndFocus, WM_IME_CHAR, unit, 1);
+}
+
 } // namespace probe

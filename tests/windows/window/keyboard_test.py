@@ -1,11 +1,15 @@
-"""What Enter presses, with a real keyboard."""
+"""The keyboard, a real one."""
 
 import unittest
 
-from windows_case import WindowsCase
+from windows_case import WindowsCase, only
 
-import enter_key_test as shared
+import keys_test as shared
 from side_by_side import side_by_side
+
+
+class InputMethod(WindowsCase, only(shared.InputMethod, "test_a_path")):
+    pass
 
 
 class Enter(WindowsCase, shared.Enter):

@@ -1,4 +1,5 @@
-"""What Enter presses: in a text box its own button, elsewhere the main one, and nothing while a job runs."""
+"""The keyboard: what an input method writes, and what Enter presses: in a text box its own button, elsewhere the main
+one, and nothing while a job runs."""
 
 import unittest
 
@@ -6,6 +7,28 @@ from case import CONFIRMATION, SUCCESS, WindowCase
 from fault_server import slow
 from server_files import FIRMWARE
 from side_by_side import each, side_by_side
+
+
+class InputMethod(WindowCase):
+    """Letters that come from an input method and from no key."""
+
+    @each({"one": "語", "several": "日本語", "beyond 16 bits": "😀", "a letter": "é"})
+    def test_a_path(self, text):
+        program = self.start_loaded()
+        self.assertFalse(program.get("cmdSaveOnStick")["enabled"])
+        program.focus("txtOpenPath")
+        program.compose(text, shown="ni")
+        program.wait_for("txtOpenPath", "text", text)
+        program.wait_for("cmdSaveOnStick", "enabled", True)
+        program.close()
+        self.assertIn("Wollen Sie speichern?", program.wait_message()["text"])
+
+    def test_nothing_chosen(self):
+        program = self.start_loaded()
+        program.focus("txtOpenPath")
+        program.compose("", shown="ni")
+        self.assertEqual(program.text("txtOpenPath"), "")
+        self.assertFalse(program.get("cmdSaveOnStick")["enabled"])
 
 
 class Enter(WindowCase):
