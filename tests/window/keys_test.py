@@ -75,7 +75,7 @@ class Enter(WindowCase):
 
     def start_job(self):
         """It takes some seconds, and lets events run all the time."""
-        self.serve("sr200.abs.txt", slow(FIRMWARE, 512, 0.3))
+        self.serve("sr200.abs.txt", slow(FIRMWARE * 16, 2048, 0.08))
         program = self.start_loaded()
         self.confirm(program)
         program.wait_until(lambda: "sr200.abs.txt" in self.downloads(), what="the download")
