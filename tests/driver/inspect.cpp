@@ -205,7 +205,7 @@ QJsonValue describeMessageBox() {
                                    {QMessageBox::Warning, warning},
                                    {QMessageBox::Critical, critical}};
     return QJsonObject{{QStringLiteral("title"), box->windowTitle()},
-                       {QStringLiteral("text"), box->text()},
+                       {QStringLiteral("text"), box->text().remove(QChar(0x200B))}, // as a person reads it
                        {QStringLiteral("plainText"), showsPlainText(box->text(), box->textFormat())},
                        {QStringLiteral("icon"), icons.value(box->icon(), noIcon)},
                        {QStringLiteral("buttons"), buttons}};

@@ -241,6 +241,7 @@ class LongFields(WindowCase):
         lines = program.message()["text"].split("\n")
         self.assertEqual((lines[0], lines[-1]), ("Sie haben folgende Update Optionen gewählt:", "Updaten mit OK ?"))
         self.assertLess(len(lines[1]), 300)
+        self.assertLess(max(window["geometry"][2] for window in program.windows().values()), 1000)
         self.expect_window_whole(program)
         program.answer("Abbrechen")
 

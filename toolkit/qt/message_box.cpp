@@ -51,6 +51,23 @@ QMessageBox::Icon icon(int style) {
     }
 }
 
+/// A box is as wide as its longest word. A longer one than this may be broken, at a space without a width.
+QString withBreaks(const QString& text) {
+    constexpr int longestWord = 60;
+    constexpr QChar space(0x200B);
+    QString broken;
+    int length = 0;
+    for (const QChar letter : text) {
+        length = letter.isSpace() ? 0 : length + 1;
+        if (length > longestWord && !letter.isLowSurrogate()) {
+            broken += space;
+            length = 1;
+        }
+        broken += letter;
+    }
+    return broken;
+}
+
 int depth(const QWidget* window) {
     int owners = 0;
     for (; window != nullptr; window = window->parentWidget())
@@ -77,7 +94,7 @@ int backend::showMessage(std::string_view text, int style, std::string_view titl
     QMessageBox box(qt::frontWindow());
     box.setObjectName(QStringLiteral("MessageBox"));
     box.setTextFormat(Qt::PlainText);
-    box.setText(qt::lines(text));
+    box.setText(qt::withBreaks(qt::lines(text)));
     box.setIcon(qt::icon(style));
     box.setWindowTitle(title.empty() ? QString::fromLatin1(qt::programTitle) : qt::fromUtf8(title));
     const std::vector<qt::Choice> choices = qt::choices(style);
