@@ -12,12 +12,16 @@ bool isTaken(const std::vector<UdisksVolume>& volumes, char letter) {
                        [letter](const UdisksVolume& volume) { return volume.letter == letter; });
 }
 
-/// The same place on the same bus since the drive was plugged in. UDisks2 works out anew when that was
-/// whenever it is started, give or take a moment.
-bool isSame(const UdisksVolume& left, const UdisksVolume& right) {
+/// Since the drive was plugged in. UDisks2 works out anew when that was whenever it is started, give or take
+/// a moment.
+bool isSamePlug(const UdisksVolume& left, const UdisksVolume& right) {
     constexpr std::int64_t moment = 1'000'000;
-    return left.object == right.object && left.driveSerial == right.driveSerial &&
+    return left.driveSerial == right.driveSerial &&
            std::abs(left.driveDetected - right.driveDetected) <= moment;
+}
+
+bool isSame(const UdisksVolume& left, const UdisksVolume& right) {
+    return left.object == right.object && isSamePlug(left, right);
 }
 
 /// The list may be older than what the kernel tells of the device by now: then that is another disk. But a
@@ -26,42 +30,52 @@ void keepNote(const UdisksVolume& before, UdisksVolume& volume) {
     if (volume.type == DriveFixed && !before.note.empty()) volume.note = before.note;
 }
 
-char lowestFree(const std::vector<UdisksVolume>& volumes, char first, char last) {
-    for (char letter = first; letter <= last; ++letter)
-        if (!isTaken(volumes, letter)) return letter;
+} // namespace
+
+/// The lowest letter of the range that nobody was given yet; once the last one has been given, the lowest
+/// that nobody has.
+char DriveLetters::unused(const std::vector<UdisksVolume>& volumes, char first, char last) const {
+    char candidate = first;
+    for (const auto& [letter, owner] : owners_)
+        if (letter >= first && letter <= last) candidate = static_cast<char>(letter + 1);
+    if (candidate <= last) return candidate;
+    for (candidate = first; candidate <= last; ++candidate)
+        if (!isTaken(volumes, candidate)) return candidate;
     return 0;
 }
 
-char nextLetter(const std::vector<UdisksVolume>& volumes) {
-    char highest = 'C';
-    for (const UdisksVolume& volume : volumes)
-        highest = std::max(highest, volume.letter);
-    if (highest < 'Y') return static_cast<char>(highest + 1);
-    return lowestFree(volumes, 'D', 'Y');
+/// A letter that the volume's disk had when it was divided in another way; 0 when there is none to be had.
+char DriveLetters::inherited(const UdisksVolume& volume, const std::vector<UdisksVolume>& volumes) const {
+    for (const auto& [letter, owner] : owners_)
+        if (letter != 'C' && owner.disk == volume.disk && isSamePlug(owner, volume) &&
+            !isTaken(volumes, letter))
+            return letter;
+    return 0;
 }
 
-char letterFor(const UdisksVolume& volume, const std::vector<UdisksVolume>& volumes) {
+char DriveLetters::letterFor(const UdisksVolume& volume, const std::vector<UdisksVolume>& volumes) const {
     if (volume.holdsRoot)
         return isTaken(volumes, 'C') ? '\0' : 'C'; // one file system may lie on several disks
-    const char floppyLetter = volume.floppy ? lowestFree(volumes, 'A', 'B') : '\0';
-    return floppyLetter != 0 ? floppyLetter : nextLetter(volumes);
+    if (const char letter = inherited(volume, volumes); letter != 0) return letter;
+    const char floppyLetter = volume.floppy ? unused(volumes, 'A', 'B') : '\0';
+    return floppyLetter != 0 ? floppyLetter : unused(volumes, 'D', 'Y');
 }
-
-} // namespace
 
 void DriveLetters::assign(std::vector<UdisksVolume>& volumes) {
     for (UdisksVolume& volume : volumes) {
-        const auto before = std::find_if(last_.begin(), last_.end(),
-                                         [&volume](const UdisksVolume& old) { return isSame(old, volume); });
-        volume.letter = before == last_.end() ? '\0' : before->letter;
-        if (before != last_.end()) keepNote(*before, volume);
+        const auto before = std::find_if(owners_.begin(), owners_.end(), [&volume](const auto& owner) {
+            return isSame(owner.second, volume);
+        });
+        volume.letter = before == owners_.end() ? '\0' : before->first;
+        if (before != owners_.end()) keepNote(before->second, volume);
     }
-    for (UdisksVolume& volume : volumes)
+    for (UdisksVolume& volume : volumes) {
         if (volume.letter == 0) volume.letter = letterFor(volume, volumes);
+        if (volume.letter != 0) owners_[volume.letter] = volume;
+    }
     std::erase_if(volumes, [](const UdisksVolume& volume) { return volume.letter == 0; });
     std::sort(volumes.begin(), volumes.end(),
               [](const UdisksVolume& left, const UdisksVolume& right) { return left.letter < right.letter; });
-    last_ = volumes;
 }
 
 } // namespace platform::posix

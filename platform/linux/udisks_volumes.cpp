@@ -33,13 +33,16 @@ std::vector<std::string> mountPoints(const Interfaces& interfaces) {
     return folders;
 }
 
+/// Path of the partition table that a partition stands in.
+QString tableOf(const Interfaces& interfaces) {
+    return qvariant_cast<QDBusObjectPath>(interfaces.value(partitionInterface).value("Table")).path();
+}
+
 /// Paths of the partition tables that have partitions.
 QStringList dividedDisks(const Objects& objects) {
     QStringList tables;
     for (const Interfaces& interfaces : objects)
-        if (interfaces.contains(partitionInterface))
-            tables
-                << qvariant_cast<QDBusObjectPath>(interfaces.value(partitionInterface).value("Table")).path();
+        if (interfaces.contains(partitionInterface)) tables << tableOf(interfaces);
     return tables;
 }
 
@@ -90,6 +93,7 @@ UdisksVolume volumeOf(const Objects& objects, const QString& object, const Inter
     volume.type = typeOf(drive);
     volume.floppy = anyBeginsWith(mediaOf(drive), "floppy");
     volume.object = object;
+    volume.disk = interfaces.contains(partitionInterface) ? tableOf(interfaces) : object;
     volume.device = bytesToPath(qdbus_cast<QByteArray>(block.value("Device")));
     volume.deviceNumber = block.value("DeviceNumber").toULongLong();
     volume.size = block.value("Size").toULongLong();

@@ -16,6 +16,7 @@ struct UdisksVolume {
     bool floppy = false;
     bool holdsRoot = false; ///< mounted at "/"
     QString object;         ///< path on the bus
+    QString disk;           ///< path of the disk that it is a partition of, else its own
     std::string device;     ///< node: "/dev/sdb1"
     std::uint64_t deviceNumber = 0;
     std::uint64_t size = 0; ///< bytes; 0 without a medium

@@ -1,6 +1,8 @@
 """The list of scenarios. A scenario is a function of the ring that returns its figure, and raises what went wrong."""
 
+import itertools
 import re
+import string
 
 _scenarios = []
 
@@ -26,6 +28,11 @@ def scenario(name, title, long=False, timed=False):
 def scenarios():
     """The long ones first, so that the others can run beside them."""
     return sorted(_scenarios, key=lambda one: (not one.long, int(one.number), one.name))
+
+
+def new_letters():
+    """The letters that one stick after the other is given in a run: each once, and from D on again after Y."""
+    return itertools.chain(string.ascii_uppercase[3:25], itertools.repeat("D"))
 
 
 def expect(condition, complaint):

@@ -5,7 +5,7 @@ import threading
 import time
 
 import images
-from scenario import expect, expect_equal, scenario
+from scenario import expect, expect_equal, new_letters, scenario
 from server import FIRMWARE, SETTINGS
 from starvation import Starvation
 
@@ -62,9 +62,9 @@ def detect(ring, agent, who):
     image = ring.stick("stick", "STICK ONE")
     program = ring.loaded_program(agent)
     expect_equal(program.facts()["StatusBar1_1"], "No Stick", "before the stick is plugged")
-    series = []
+    series, letters = [], new_letters()
     while len(series) < MOST_SERIES and all(usual(figures) > LIMIT for figures in series):
-        series.append(plugs(ring, program, image, who))
+        series.append(plugs(ring, program, image, who, letters))
     program.end()
     figures = min(series, key=usual)
     slowest = max(kernel - waited for kernel, _, waited in figures)
@@ -77,15 +77,15 @@ def detect(ring, agent, who):
     return told
 
 
-def plugs(ring, program, image, who):
+def plugs(ring, program, image, who, letters):
     """Figures of a series of plugs; the window shows the right facts at each."""
     figures = []
     while len(figures) < MOST_REPETITIONS and sum(starved(figure) <= QUIET for figure in figures) < REPETITIONS:
         name, figure = time_to_show(ring, program, image, "STICK ONE")
         figures.append(figure)
         facts = program.facts()
-        wanted = {"lblLW": "D:\\", "txtDT_Cap": "STICK ONE", "txtFAT": "FAT32", "cmdChoose": "Starte Update",
-                  "StatusBar1_1": "USB Stick"}
+        wanted = {"lblLW": f"{next(letters)}:\\", "txtDT_Cap": "STICK ONE", "txtFAT": "FAT32",
+                  "cmdChoose": "Starte Update", "StatusBar1_1": "USB Stick"}
         expect_equal({key: facts[key] for key in wanted}, wanted, "facts of the stick")
         size = float(facts["lblHDSize"])
         expect(250 < size <= 256, f"capacity {size} of a stick of 256 MB")

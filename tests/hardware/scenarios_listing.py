@@ -2,7 +2,7 @@
 
 import images
 from images import MIB
-from scenario import expect, expect_equal, scenario
+from scenario import expect, expect_equal, new_letters, scenario
 
 SIZE = 128 * MIB
 
@@ -24,11 +24,12 @@ def make_sticks(ring):
 def kinds(ring):
     program = ring.loaded_program()
     told = []
-    for image, label, kind in make_sticks(ring):
+    for letter, (image, label, kind) in zip(new_letters(), make_sticks(ring)):
         name = ring.guest.plug(image)
         program.wait_stick(label)
         facts = program.facts()
-        expect_equal((facts["txtFAT"], facts["lblLW"], facts["txtDT_Cap"]), (kind, "D:\\", label), f"facts of {label}")
+        expect_equal((facts["txtFAT"], facts["lblLW"], facts["txtDT_Cap"]), (kind, f"{letter}:\\", label),
+                     f"facts of {label}")
         total, free = float(facts["lblHDSize"]), float(facts["lblHDFree"])
         expect(0.8 * SIZE <= total * MIB <= SIZE and 0 < free <= total, f"{kind}: {free} of {total} MB free")
         told.append(f"{kind} {total:.0f}")

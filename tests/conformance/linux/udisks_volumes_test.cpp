@@ -30,7 +30,7 @@ DriveType typeOn(const Interfaces& drive) {
 /// A volume of a drive of its own.
 UdisksVolume volume(const QString& name) {
     UdisksVolume result;
-    result.object = name;
+    result.object = result.disk = name;
     result.driveSerial = name;
     return result;
 }
@@ -108,6 +108,7 @@ TEST(UdisksVolumes, DividedDiskIsItsPartitions) {
                              {blockPath("sdb2"), onTable(blankBlock("sdb2", 18, "d"), "sdb", true)},
                              {blockPath("sdb5"), onTable(fileSystemBlock("sdb5", 21, "d"), "sdb")}};
     EXPECT_EQ(devices(objects), (std::vector<std::string>{"/dev/sdb1", "/dev/sdb5"}));
+    EXPECT_EQ(udisksVolumes(objects)[1].disk, blockPath("sdb").path());
 }
 
 TEST(UdisksVolumes, BlankDisksAreIn) {
@@ -149,9 +150,47 @@ TEST(DriveLetters, NewVolumesStandBehindOlderOnes) {
     EXPECT_EQ(assigned(letters, {volume("a"), volume("b"), volume("c")}), "D=a E=b F=c ");
     EXPECT_EQ(assigned(letters, {volume("new"), volume("b"), volume("c")}), "E=b F=c G=new ");
     EXPECT_EQ(assigned(letters, {volume("b")}), "E=b ");
-    EXPECT_EQ(assigned(letters, {volume("a"), volume("b")}), "E=b F=a ");
+    EXPECT_EQ(assigned(letters, {volume("z"), volume("b")}), "E=b H=z ");
+}
+
+TEST(DriveLetters, ALetterThatWasGivenNeverMeansAnotherDisk) {
+    DriveLetters letters;
+    EXPECT_EQ(assigned(letters, {volume("a")}), "D=a ");
     EXPECT_EQ(assigned(letters, {}), "");
-    EXPECT_EQ(assigned(letters, {volume("z")}), "D=z ");
+    EXPECT_EQ(assigned(letters, {volume("b")}), "E=b ");
+    UdisksVolume again = volume("a");
+    again.driveDetected = 60'000'000; // plugged in anew: who knows what happened to it meanwhile
+    EXPECT_EQ(assigned(letters, {again}), "F=a ");
+}
+
+TEST(DriveLetters, AVolumeThatWasNotListedForAWhileKeepsItsLetter) {
+    DriveLetters letters;
+    assigned(letters, {volume("a"), volume("b")});
+    EXPECT_EQ(assigned(letters, {}), "");
+    EXPECT_EQ(assigned(letters, {volume("new"), volume("b"), volume("a")}), "D=a E=b F=new ");
+}
+
+TEST(DriveLetters, FromDOnAgainOnceYHasBeenGiven) {
+    DriveLetters letters;
+    for (char letter = 'D'; letter <= 'Y'; ++letter) {
+        const std::string wanted = {letter, '=', letter, ' '};
+        EXPECT_EQ(assigned(letters, {volume(QString(QLatin1Char(letter)))}), wanted);
+    }
+    EXPECT_EQ(assigned(letters, {volume("Y"), volume("next")}), "D=next Y=Y ");
+    EXPECT_EQ(assigned(letters, {volume("Y"), volume("D")}), "D=D Y=Y ") << "the letter has a new owner";
+}
+
+TEST(DriveLetters, ADiskThatIsDividedHandsItsLetterOn) {
+    DriveLetters letters;
+    const auto partition = [](const QString& name) {
+        UdisksVolume one = volume(name);
+        one.disk = one.driveSerial = "sdb";
+        return one;
+    };
+    EXPECT_EQ(assigned(letters, {volume("sda"), volume("sdb")}), "D=sda E=sdb ");
+    EXPECT_EQ(assigned(letters, {volume("sda"), partition("sdb1"), partition("sdb2")}),
+              "D=sda E=sdb1 F=sdb2 ");
+    EXPECT_EQ(assigned(letters, {volume("sda"), volume("sdb")}), "D=sda E=sdb ");
 }
 
 TEST(DriveLetters, LowestFreeLetterOnceTheLastOneIsTaken) {
@@ -197,7 +236,7 @@ TEST(DriveLetters, AnotherDriveAtTheSamePlaceIsNew) {
     EXPECT_EQ(assigned(letters, {other, volume("b"), volume("c")}), "E=b F=c G=a ");
     UdisksVolume again = other;
     again.driveDetected = 60'000'000; // plugged in anew
-    EXPECT_EQ(assigned(letters, {again, volume("b"), volume("d")}), "E=b F=a G=d ");
+    EXPECT_EQ(assigned(letters, {again, volume("b"), volume("d")}), "E=b H=a I=d ");
 }
 
 TEST(DriveLetters, FormattedVolumeKeepsItsLetter) {
