@@ -6,6 +6,7 @@
 #include "platform/basINI.h"
 #include "platform/cTray.h"
 #include "platform/files.h"
+#include "platform/profile.h"
 #include "toolkit/picture.h"
 #include "widgets/frmAuswahl.h"
 
@@ -73,7 +74,7 @@ void cDrive::mp_EvaluateSticks() {
     if (p_GetDL_Count() == 1) {
         program_.Tray->TrayIcon_Icon(toolkit::iconResource(drive::stickIcon));
         const std::string file = p_GetDriveLetters("0") + "USB.ini";
-        if (mp_PathExists(file)) readProfile(file);
+        if (mp_PathExists(file) && platform::profileIsReadable(file)) readProfile(file);
     } else if (p_GetDL_Count() == 0) {
         p_SetUSBInfos(noStick);
         program_.Tray->TrayIcon_Icon(toolkit::iconResource(drive::noStickIcon));

@@ -6,6 +6,7 @@
 #include "drive/stick_actions.h"
 #include "drive/stick_icons.h"
 #include "platform/cTray.h"
+#include "platform/profile.h"
 #include "toolkit/picture.h"
 
 namespace {
@@ -38,9 +39,10 @@ void cDrive::SetUSB_Info() {
 }
 
 /// Takes the value that the last evaluation with a profile file read; a stick chosen in the dialog has had
-/// none read in this pass. This is intended.
+/// none read in this pass. This is intended. A file that is missing or cannot be read leaves the path alone.
 void cDrive::showStandardPath(const std::string& root) {
-    if (!mp_PathExists(root + "USB.ini")) return;
+    const std::string file = root + "USB.ini";
+    if (!mp_PathExists(file) || !platform::profileIsReadable(file)) return;
     const std::string path = drive::withoutLeadingBackslash(profileValue_);
     mp_StandardPfad(path);
     program_.MainWindow->txtOpenPath.setText(path);

@@ -1,5 +1,6 @@
 // Private-profile (INI) files. All text here but the path is in the ANSI code page, one character a byte; the
-// path is UTF-8, as in files.h. Section and key names match regardless of case.
+// path is UTF-8, as in files.h. Section and key names match regardless of case. A file that is larger than
+// largestProfile counts as one that cannot be read: it has no sections and cannot be written.
 #pragma once
 
 #include "platform/drive_identity.h"
@@ -10,6 +11,13 @@
 #include <string_view>
 
 namespace platform {
+
+/// Bytes. What is larger was made by no program that this one has to do with, and whoever plugs in such a
+/// stick does not wait for it.
+inline constexpr std::uint64_t largestProfile = 1024ULL * 1024;
+
+/// Whether the file is there and the functions below take it in.
+bool profileIsReadable(std::string_view path);
 
 /// Stores the lines of a section, comments left out, each followed by a NUL, and one more NUL at the end.
 /// Returns the number of characters without that last NUL; size − 2 when they did not all fit; 0 for a
@@ -23,8 +31,8 @@ std::uint32_t profileSectionNames(std::span<char> buffer, std::string_view path)
 
 /// Writes one key, or deletes it (no value), or deletes the section (no key). Lines that it does not touch
 /// stay as they are, and the file's old contents are safe until the new ones are. False when the file could
-/// not be written, or when a text holds a line end or a NUL. `drive` is the drive that the path has to lead
-/// to, as in files.h. Windows: `WritePrivateProfileStringA`,
+/// not be written or read, would become larger than largestProfile, or when a text holds a line end or a NUL.
+/// `drive` is the drive that the path has to lead to, as in files.h. Windows: `WritePrivateProfileStringA`,
 /// https://learn.microsoft.com/windows/win32/api/winbase/nf-winbase-writeprivateprofilestringa
 bool writeProfileString(std::string_view section, std::optional<std::string_view> key,
                         std::optional<std::string_view> value, std::string_view path,

@@ -13,9 +13,6 @@ using namespace posix;
 
 namespace {
 
-/// A file that is larger is none that this program has to do with.
-constexpr std::uint64_t largestProfile = 256ULL * 1024 * 1024;
-
 bool readProfile(std::string_view path, std::string& text) {
     const auto length = fileLength(path);
     return length && *length <= largestProfile && readWholeFile(path, text) == FileResult::Ok;
@@ -41,6 +38,11 @@ std::uint32_t handOut(std::string_view entries, std::span<char> buffer) {
 
 } // namespace
 
+bool profileIsReadable(std::string_view path) {
+    std::string text;
+    return readProfile(path, text);
+}
+
 std::uint32_t profileSection(std::string_view section, std::span<char> buffer, std::string_view path) {
     std::string text;
     return handOut(readProfile(path, text) ? profileLines(text, section) : std::string(), buffer);
@@ -64,7 +66,7 @@ bool writeProfileString(std::string_view section, std::optional<std::string_view
     if (file.exists() && !readProfile(path, text)) return false;
     const std::string changed =
         key ? withProfileKey(text, section, *key, value) : withoutProfileSection(text, section);
-    return changed == text || file.replace(changed);
+    return changed == text || (changed.size() <= largestProfile && file.replace(changed));
 }
 
 } // namespace platform

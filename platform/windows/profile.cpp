@@ -7,6 +7,8 @@
 #include <windows.h>
 
 #include <algorithm>
+#include <cstdint>
+#include <optional>
 #include <string>
 
 namespace platform {
@@ -29,8 +31,26 @@ std::string upToNul(std::string_view text) {
     return std::string(text.substr(0, text.find('\0')));
 }
 
+/// No value when the file cannot be opened to be read.
+std::optional<std::uint64_t> sizeOfFile(const Place& place) {
+    const UniqueHandle opened(CreateFileA(place.native.c_str(), GENERIC_READ,
+                                          FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                                          OPEN_EXISTING, 0, nullptr));
+    LARGE_INTEGER size{};
+    if (!opened || GetFileSizeEx(opened.get(), &size) == FALSE) return std::nullopt;
+    return static_cast<std::uint64_t>(size.QuadPart);
+}
+
+/// The functions themselves would read a file of any size.
 bool locateProfile(std::string_view path, Place& place) {
-    return locate(path, place) == FileResult::Ok && place.isFile();
+    return locate(path, place) == FileResult::Ok && place.isFile() &&
+           sizeOfFile(place).value_or(UINT64_MAX) <= largestProfile;
+}
+
+/// Whether the file stays one that can be read when that many bytes are added at the most.
+bool staysReadable(const Place& place, std::size_t growth) {
+    const auto size = place.exists() ? sizeOfFile(place) : std::uint64_t{0};
+    return size && *size <= largestProfile && growth <= largestProfile - *size;
 }
 
 /// What a missing file or section gives.
@@ -131,6 +151,12 @@ bool mayWrite(const Place& place) {
 
 } // namespace
 
+bool profileIsReadable(std::string_view path) {
+    const QuietErrors quiet;
+    Place place;
+    return locateProfile(path, place);
+}
+
 std::uint32_t profileSection(std::string_view section, std::span<char> buffer, std::string_view path) {
     const QuietErrors quiet;
     Place place;
@@ -162,10 +188,12 @@ bool writeProfileString(std::string_view section, std::optional<std::string_view
     const std::string sectionText(section);
     const std::string keyText(key.value_or(""));
     const std::string valueText(value.value_or(""));
-    Draft draft(place);
     constexpr std::size_t signs = 7; // the brackets, the sign between key and value, two line ends
-    if (!draft.exists() || !hasRoom(place, sectionText.size() + keyText.size() + valueText.size() + signs))
-        return false;
+    const std::size_t growth =
+        key && value ? sectionText.size() + keyText.size() + valueText.size() + signs : 0;
+    if (!staysReadable(place, growth)) return false;
+    Draft draft(place);
+    if (!draft.exists() || !hasRoom(place, growth)) return false;
     const bool written =
         WritePrivateProfileStringA(sectionText.c_str(), key ? keyText.c_str() : nullptr,
                                    key && value ? valueText.c_str() : nullptr, draft.file().c_str()) != FALSE;

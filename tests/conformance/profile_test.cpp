@@ -19,6 +19,7 @@ namespace {
 
 constexpr std::string_view path = R"(E:\USB.ini)";
 constexpr std::size_t largeBuffer = 32767;
+constexpr std::size_t largestFile = 1024UL * 1024;
 
 /// Entries as the functions hand them out, written with "|" for each NUL between or behind them.
 std::string shown(std::string entries) {
@@ -401,12 +402,49 @@ TEST_F(Profile, AnotherDriveUnderTheSameLetterIsNotWritten) {
     EXPECT_EQ(ini(), "[s]\r\nk=its own\r\n");
 }
 
+TEST_F(Profile, OneByteMoreThanTheLargestCannotBeRead) {
+    const std::string lines = "[s]\r\nk=1\r\n;";
+    ini(lines + std::string(largestFile - lines.size(), 'x'));
+    EXPECT_TRUE(profileIsReadable(path));
+    EXPECT_EQ(section("s"), "k=1|");
+    EXPECT_EQ(names(), "s|");
+
+    const std::string large = lines + std::string(largestFile + 1 - lines.size(), 'x');
+    ini(large);
+    EXPECT_FALSE(profileIsReadable(path));
+    EXPECT_EQ(section("s"), "");
+    EXPECT_EQ(names(), "");
+    EXPECT_FALSE(writeProfileString("s", "k", "2", path));
+    EXPECT_FALSE(writeProfileString("s", "k", std::nullopt, path));
+    EXPECT_FALSE(writeProfileString("s", std::nullopt, std::nullopt, path));
+    EXPECT_EQ(ini(), large) << "what cannot be read is not written either";
+    EXPECT_EQ(entries(stick), 1);
+}
+
+TEST_F(Profile, WritingMakesNoFileThatCannotBeRead) {
+    const std::string lines = "[s]\r\nk=1\r\n;";
+    const std::string full = lines + std::string(largestFile - lines.size(), 'x');
+    ini(full);
+    EXPECT_FALSE(writeProfileString("s", "new", "1", path));
+    EXPECT_EQ(ini(), full);
+    EXPECT_TRUE(writeProfileString("s", "k", std::nullopt, path)) << "it may become smaller";
+}
+
+TEST_F(Profile, WhatIsNoFileCannotBeRead) {
+    EXPECT_FALSE(profileIsReadable(path));
+    EXPECT_FALSE(profileIsReadable(R"(E:\)"));
+    EXPECT_FALSE(profileIsReadable(R"(X:\USB.ini)"));
+    EXPECT_FALSE(profileIsReadable(""));
+    ini("");
+    EXPECT_TRUE(profileIsReadable(path));
+}
+
 TEST_F(Profile, ManyLinesTakeTimeInProportion) {
-    // 50 MB in 100,000 lines, a key in each: a second or two for what reads it once, hours for what starts
-    // over.
+    // As many lines as fit, a key in each: a moment for what reads the file once, minutes for what starts
+    // over at each line.
     std::string large = "[s]\r\n";
-    for (int i = 0; i < 100000; ++i)
-        large += "key" + std::to_string(i) + "=" + std::string(490, 'v') + "\r\n";
+    for (int i = 0; large.size() < largestFile - 100; ++i)
+        large += "k" + std::to_string(i) + "=\r\n";
     large += "[last]\r\nk=1\r\n";
     ini(large);
     const auto start = std::chrono::steady_clock::now();

@@ -52,6 +52,11 @@ bool isSection(const std::string& line, std::string_view name) {
 
 namespace platform {
 
+bool profileIsReadable(std::string_view path) {
+    const auto file = computer().files.find(std::string(path));
+    return file != computer().files.end() && file->second.contents.size() <= largestProfile;
+}
+
 std::uint32_t profileSection(std::string_view section, std::span<char> buffer, std::string_view path) {
     if (computer().profile) return computer().profile(buffer, std::string(section));
     std::string entries;

@@ -5,6 +5,7 @@
 #include "drive/stick_actions.h"
 #include "platform/basINI.h"
 #include "platform/cTray.h"
+#include "platform/profile.h"
 
 using unit::MainWindow;
 
@@ -148,6 +149,22 @@ TEST_F(StandardPath, OfAReadOnlyProfileIsNotTaken) {
     window().txtOpenPath.setText("old");
     search();
     EXPECT_EQ(path(), "old");
+}
+
+TEST_F(StandardPath, OfAProfileThatIsTooLargeIsNotTaken) {
+    putFile("D:\\USB.ini", "[Open]\r\nDir=first\r\n");
+    start();
+    window().txtOpenPath.setText("old");
+    drive().mp_StandardPfad("old");
+    const std::string second = "[Open]\r\nDir=second\r\n;";
+    putFile("D:\\USB.ini", second + std::string(platform::largestProfile + 1 - second.size(), 'x'));
+    search();
+    EXPECT_EQ(path(), "old");
+    EXPECT_EQ(drive().mp_StandardPfad(), "old");
+    EXPECT_EQ(drive().p_USBInfosCount(), 0);
+    putFile("D:\\USB.ini", second + std::string(platform::largestProfile - second.size(), 'x'));
+    search();
+    EXPECT_EQ(path(), "second");
 }
 
 TEST_F(StandardPath, OfAStickChosenInTheDialogIsNotReadInThisPass) {
