@@ -1,30 +1,31 @@
 #include "platform/linux/drives_ini.h"
 
+#include "platform/linux/file_io.h"
+#include "platform/linux/profile_text.h"
+#include "platform/linux/unique_fd.h"
 #include "platform/linux/volume_folder.h"
 #include "platform/profile.h"
 #include "platform/program_folder.h"
 #include "platform/text.h"
 
+#include <fcntl.h>
+
 #include <algorithm>
+#include <cerrno>
 #include <charconv>
+#include <chrono>
 #include <ctime>
-#include <fstream>
-#include <iterator>
 #include <map>
+#include <system_error>
 
 namespace platform::posix {
 
 namespace {
 
-constexpr std::string_view blanks = " \t\n\v\f\r\x1A";
+/// Somebody waits for the window while a drive is measured.
+constexpr std::chrono::milliseconds longestMeasure{100};
 
 using Keys = std::map<std::string, std::string>; // names in lower case
-
-std::string_view trimmed(std::string_view text) {
-    const std::size_t first = text.find_first_not_of(blanks);
-    if (first == std::string_view::npos) return {};
-    return text.substr(first, text.find_last_not_of(blanks) - first + 1);
-}
 
 std::string_view unquoted(std::string_view text) {
     const bool quoted =
@@ -50,12 +51,6 @@ std::optional<std::uint64_t> number(std::string_view text) {
 std::string_view valueOf(const Keys& keys, const char* name) {
     const auto found = keys.find(name);
     return found == keys.end() ? std::string_view() : std::string_view(found->second);
-}
-
-/// Letter of a section like "e:"; 0 when it is another section.
-char letterOf(std::string_view section) {
-    if (section.size() != 2 || section[1] != ':' || section[0] < 'a' || section[0] > 'z') return 0;
-    return static_cast<char>(section[0] - 'a' + 'A');
 }
 
 /// Whoever wrote the file on this system may have meant the path as UTF-8, and such a folder is no accident.
@@ -84,26 +79,36 @@ std::optional<IniDrive> driveOf(char letter, const Keys& keys, const std::string
     return drive;
 }
 
-/// Of several sections or keys of one name the first one counts, as in every private-profile file.
-std::map<char, Keys> sectionsOf(std::string_view contents) {
-    std::map<char, Keys> sections;
-    Keys ignored;
-    Keys* current = &ignored;
-    while (!contents.empty()) {
-        const std::size_t end = std::min(contents.find_first_of("\r\n"), contents.size());
-        const std::string_view line = trimmed(contents.substr(0, end));
-        contents.remove_prefix(std::min(end + 1, contents.size()));
-        if (line.empty() || line[0] == ';') continue;
-        if (const std::size_t close = line.find(']'); line[0] == '[' && close != std::string_view::npos) {
-            const char letter = letterOf(lowered(trimmed(line.substr(1, close - 1))));
-            const bool isNew = letter != 0 && !sections.contains(letter);
-            current = isNew ? &sections[letter] : &ignored;
-        } else if (const std::size_t equals = line.find('='); equals != std::string_view::npos) {
-            current->emplace(lowered(trimmed(line.substr(0, equals))),
-                             unquoted(trimmed(line.substr(equals + 1))));
-        }
+/// The keys of a section, read as every private-profile file is. Of several keys of one name the first one
+/// counts: it is the one that is written.
+Keys keysOf(std::string_view contents, const std::string& section) {
+    const std::string lines = profileLines(contents, section);
+    Keys keys;
+    for (std::size_t begin = 0; begin < lines.size();) {
+        const std::size_t end = lines.find('\0', begin);
+        const std::string_view line = std::string_view(lines).substr(begin, end - begin);
+        if (const std::size_t equals = line.find('='); equals != std::string_view::npos)
+            keys.emplace(lowered(profileTrimmed(line.substr(0, equals))), unquoted(line.substr(equals + 1)));
+        begin = end + 1;
     }
-    return sections;
+    return keys;
+}
+
+std::string because(int error) {
+    return "Drives.ini kann nicht gelesen werden: " + std::system_category().message(error);
+}
+
+/// Why the file cannot be read; empty when it has been.
+std::string readTable(const std::string& path, std::string& text) {
+    const UniqueFd file(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+    if (!file) return because(errno);
+    text.resize(largestProfile + 1);
+    std::size_t length = 0;
+    for (std::size_t count = 1; count != 0 && length < text.size(); length += count)
+        if (readSome(file.get(), text.data() + length, text.size() - length, count) != FileResult::Ok)
+            return because(errno);
+    text.resize(length);
+    return length <= largestProfile ? std::string() : "Drives.ini kann nicht gelesen werden: mehr als 1 MB";
 }
 
 /// Younger than this a file may still change within the same tick of the clock that stamps it.
@@ -120,8 +125,9 @@ bool isOlderThanTick(const struct stat& status) {
 
 std::vector<IniDrive> parseDrivesIni(std::string_view contents, const std::string& base) {
     std::vector<IniDrive> drives;
-    for (const auto& [letter, keys] : sectionsOf(contents))
-        if (auto drive = driveOf(letter, keys, base)) drives.push_back(std::move(*drive));
+    for (char letter = 'A'; letter <= 'Z'; ++letter)
+        if (auto drive = driveOf(letter, keysOf(contents, {letter, ':'}), base))
+            drives.push_back(std::move(*drive));
     return drives;
 }
 
@@ -134,18 +140,29 @@ bool IniDrives::isUnchanged(const struct stat& status) const {
 bool IniDrives::load() {
     static const std::string file = programFolder() + "/Drives.ini";
     struct stat status = {};
-    if (stat(file.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) {
-        settled_ = false;
+    const int error = stat(file.c_str(), &status) == 0 ? 0 : errno;
+    if (error == ENOENT || error == ENOTDIR || (error == 0 && !S_ISREG(status.st_mode))) {
+        there_ = settled_ = false;
         drives_.clear();
         return false;
     }
-    if (isUnchanged(status)) return true;
-    std::ifstream stream(file, std::ios::binary);
-    const std::string contents{std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
+    if (error != 0)
+        complaint_.tell(because(error));
+    else if (!isUnchanged(status))
+        read(file, status);
+    return there_;
+}
+
+/// What cannot be read leaves the last good table: a drive in use does not vanish for a moment's error.
+void IniDrives::read(const std::string& file, const struct stat& status) {
+    std::string contents;
+    const std::string failure = readTable(file, contents);
+    complaint_.tell(failure);
+    there_ = true;
+    settled_ = failure.empty() && isOlderThanTick(status);
+    if (!failure.empty()) return;
     drives_ = parseDrivesIni(contents, programFolder());
     read_ = status;
-    settled_ = isOlderThanTick(status);
-    return true;
 }
 
 const IniDrive* IniDrives::find(char letter) const {
@@ -188,6 +205,15 @@ std::optional<std::string> IniDrives::folder(char letter) {
     return drive->folder;
 }
 
+/// What files below the folder leave of that many bytes. A tree that takes too long to measure has what its
+/// file system has.
+std::optional<std::uint64_t> IniDrives::freeOf(const std::string& folder, std::uint64_t total) {
+    if (const auto used = bytesBelow(folder, longestMeasure)) return total - std::min(*used, total);
+    const auto space = folderSpace(folder);
+    if (!space) return std::nullopt;
+    return std::min(space->totalFree, total);
+}
+
 std::optional<VolumeSpace> IniDrives::space(char letter) {
     const auto path = folder(letter);
     if (!path) return std::nullopt;
@@ -202,7 +228,9 @@ std::optional<VolumeSpace> IniDrives::space(char letter) {
     if (drive.free) {
         result.freeToCaller = result.totalFree = *drive.free;
     } else if (drive.total) {
-        result.freeToCaller = result.totalFree = result.total - std::min(bytesBelow(*path), result.total);
+        const auto free = freeOf(*path, result.total);
+        if (!free) return std::nullopt;
+        result.freeToCaller = result.totalFree = *free;
     }
     return result;
 }

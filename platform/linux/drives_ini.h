@@ -7,11 +7,14 @@
 //   Label=ORVANTA
 //   FileSystem=FAT32
 //   Total=4294967296   bytes; without it what statvfs says of Path
-//   Free=1000000000    bytes; without it Total less the files below Path
+//   Free=1000000000    bytes; without it Total less the files below Path, or what statvfs says of it when
+//   they
+//                      cannot be measured in 100 ms
 //
 // A drive whose folder is missing has no medium.
 #pragma once
 
+#include "platform/linux/complaint.h"
 #include "platform/linux/drive_source.h"
 
 #include <sys/stat.h>
@@ -39,7 +42,8 @@ std::vector<IniDrive> parseDrivesIni(std::string_view contents, const std::strin
 
 class IniDrives : public DriveSource {
 public:
-    /// Reads the file when it is another one than the last time; false when there is none.
+    /// Reads the file when it is another one than the last time; false when there is none. One that cannot be
+    /// read, or is larger than largestProfile, changes nothing, and the reason is told.
     bool load();
 
     void refresh() override {}
@@ -60,9 +64,13 @@ public:
 
 private:
     const IniDrive* find(char letter) const;
+    void read(const std::string& file, const struct stat& status);
+    static std::optional<std::uint64_t> freeOf(const std::string& folder, std::uint64_t total);
     bool isUnchanged(const struct stat& status) const;
 
     std::vector<IniDrive> drives_;
+    Complaint complaint_;
+    bool there_ = false;
     struct stat read_ = {};
     bool settled_ =
         false; ///< the file was old enough when it was read for any later change to show in its time

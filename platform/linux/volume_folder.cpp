@@ -47,12 +47,15 @@ std::optional<VolumeSpace> folderSpace(const std::string& folder) {
     return VolumeSpace{block * volume.f_bavail, block * volume.f_blocks, block * volume.f_bfree};
 }
 
-std::uint64_t bytesBelow(const std::string& folder) {
+std::optional<std::uint64_t> bytesBelow(const std::string& folder, std::chrono::milliseconds longest) {
     namespace fs = std::filesystem;
+    using Clock = std::chrono::steady_clock;
+    const Clock::time_point end = Clock::now() + longest;
     std::uint64_t bytes = 0;
     std::error_code error;
     fs::recursive_directory_iterator entry(folder, fs::directory_options::skip_permission_denied, error);
     while (!error && entry != fs::recursive_directory_iterator()) {
+        if (Clock::now() > end) return std::nullopt;
         std::error_code entryError;
         if (fs::is_regular_file(entry->symlink_status(entryError))) {
             const std::uint64_t size = entry->file_size(entryError);
@@ -60,6 +63,7 @@ std::uint64_t bytesBelow(const std::string& folder) {
         }
         entry.increment(error);
     }
+    if (error) return std::nullopt;
     return bytes;
 }
 

@@ -3,6 +3,7 @@
 
 #include "platform/linux/drive_source.h"
 
+#include <chrono>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -14,8 +15,9 @@ bool isFolder(const std::string& path);
 /// No value when there is no such folder.
 std::optional<VolumeSpace> folderSpace(const std::string& folder);
 
-/// Bytes of all regular files below the folder; links are not followed, what cannot be read counts nothing.
-std::uint64_t bytesBelow(const std::string& folder);
+/// Bytes of all regular files below the folder; links are not followed, what may not be read counts nothing.
+/// No value when the folder cannot be gone through to its end, or not in that time.
+std::optional<std::uint64_t> bytesBelow(const std::string& folder, std::chrono::milliseconds longest);
 
 /// Writes out everything that the folder's file system still holds back; false when that failed.
 bool syncFolder(const std::string& folder);

@@ -1,13 +1,18 @@
 // The drive table in "Drives.ini".
 #include "platform/linux/drive_table.h"
 #include "platform/linux/drives_ini.h"
+#include "platform/profile.h"
 #include "platform/volumes.h"
 
 #include "tests/conformance/linux/temporary_folder.h"
 
 #include <gtest/gtest.h>
 
+#include <fcntl.h>
+#include <sys/stat.h>
+
 #include <array>
+#include <chrono>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -100,6 +105,14 @@ TEST(DrivesIniText, ReadsAsEveryProfileFile) {
     EXPECT_FALSE(drives[0].total);
 }
 
+TEST(DrivesIniText, SectionsAndLinesEndWhereAWriterFindsThem) {
+    EXPECT_EQ(letters("[E:]x]\nType=2\nPath=/a\n"), "") << "the name ends at the last bracket";
+    EXPECT_EQ(letters("[E:\0]\nType=2\nPath=/a\n"s), "") << "a line ends at its first NUL";
+    const auto drives = parse("[E:]\0]\nType=2\0x\nPath=/a\nLabel=ONE\0TWO\n"s);
+    ASSERT_EQ(drives.size(), 1U);
+    EXPECT_EQ(drives[0].names.label, "ONE");
+}
+
 TEST(DrivesIniText, SectionsThatMakeNoDrive) {
     EXPECT_EQ(letters(""), "");
     EXPECT_EQ(letters("Type=2\nPath=/a\n"), "");
@@ -130,6 +143,35 @@ TEST_F(DrivesIni, TotalAloneLeavesWhatTheFilesDoNotUse) {
     EXPECT_EQ(number(space.totalFree), 0U);
 }
 
+/// Deeper than a path can name.
+void makeDeepFolders(const fs::path& base, int levels) {
+    int at = open(base.c_str(), O_PATH | O_DIRECTORY);
+    for (int i = 0; i < levels && at >= 0; ++i) {
+        const bool made = mkdirat(at, "d", 0700) == 0;
+        const int next = made ? openat(at, "d", O_PATH | O_DIRECTORY) : -1;
+        close(at);
+        at = next;
+    }
+    ASSERT_GE(at, 0);
+    close(at);
+}
+
+TEST_F(DrivesIni, AFolderThatTakesTooLongToMeasureHasWhatItsFileSystemHas) {
+    makeDeepFolders(stick, 20000);
+    const fs::space_info system = fs::space(stick);
+    writeDrive("Total=" + std::to_string(std::uint64_t{1} << 60U) + "\r\n");
+    DiskFreeSpace space;
+    const auto start = std::chrono::steady_clock::now();
+    ASSERT_TRUE(diskFreeSpace("E:\\", space));
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
+    EXPECT_EQ(number(space.total), std::uint64_t{1} << 60U);
+    EXPECT_LE(number(space.totalFree), system.capacity);
+    EXPECT_GT(number(space.totalFree), 0U);
+    writeDrive("Total=1000\r\n");
+    ASSERT_TRUE(diskFreeSpace("E:\\", space));
+    EXPECT_EQ(number(space.totalFree), 1000U) << "no more than there is";
+}
+
 TEST_F(DrivesIni, TotalAndFreeAsTheyStand) {
     writeDrive("Total=18446744073709551615\r\nFree=1311768467463790320\r\n");
     DiskFreeSpace space;
@@ -143,6 +185,54 @@ TEST_F(DrivesIni, ChangeCountsAtTheNextCall) {
     EXPECT_EQ(labelOf("E:\\"), "ONE");
     writeDrive("Label=TWO\r\n"); // as long as before, and in the same moment
     EXPECT_EQ(labelOf("E:\\"), "TWO");
+}
+
+TEST_F(DrivesIni, AnErrorLeavesTheLastGoodTable) {
+    writeDrive("Label=GOOD\r\n");
+    ASSERT_EQ(labelOf("E:\\"), "GOOD");
+    fs::remove(file);
+    fs::create_symlink("/proc/self/mem", file); // a file whose first bytes cannot be read
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(labelOf("E:\\"), "GOOD");
+    EXPECT_EQ(labelOf("E:\\"), "GOOD");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "orvanta-usbtool: Drives.ini kann nicht gelesen werden: Input/output error\n")
+        << "told once";
+    fs::remove(file);
+    EXPECT_EQ(driveType("E:\\"), DriveNoRootDir) << "without the file there is no such table";
+}
+
+TEST_F(DrivesIni, AnErrorFromTheBeginningLeavesNoDrives) {
+    fs::remove(file);
+    EXPECT_EQ(driveType("E:\\"), DriveNoRootDir);
+    fs::create_symlink("/proc/self/mem", file);
+    std::array<char, 64> buffer{};
+    EXPECT_EQ(logicalDriveStrings(buffer), 0U) << "the file is the table, whatever is in it";
+    fs::remove(file);
+    writeDrive("Label=GOOD\r\n");
+    EXPECT_EQ(labelOf("E:\\"), "GOOD");
+}
+
+TEST_F(DrivesIni, ALargeFileLeavesTheLastGoodTable) {
+    writeDrive("Label=GOOD\r\n");
+    ASSERT_EQ(labelOf("E:\\"), "GOOD");
+    const std::string large = "[E:]\r\nLabel=LARGE\r\n;" + std::string(largestProfile, 'x');
+    write(large);
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(labelOf("E:\\"), "GOOD");
+    EXPECT_NE(testing::internal::GetCapturedStderr().find("mehr als 1 MB"), std::string::npos);
+    EXPECT_FALSE(setVolumeLabel("E:\\", "NEW"));
+    EXPECT_EQ(read(), large);
+}
+
+TEST_F(DrivesIni, ALabelIsReadWhereItIsWritten) {
+    const std::string drive = "Type=2\r\nPath=" + stick.string() + "\r\n";
+    write("[E:]x]\r\nLabel=NO\r\n[E:\0]\r\n[E:]\r\n"s + drive);
+    EXPECT_TRUE(setVolumeLabel("E:\\", "NEW"));
+    EXPECT_EQ(labelOf("E:\\"), "NEW");
+    write("[E:] \0]\r\n"s + drive + "Label\r\n");
+    EXPECT_TRUE(setVolumeLabel("E:\\", "NEWER"));
+    EXPECT_EQ(labelOf("E:\\"), "NEWER");
 }
 
 TEST_F(DrivesIni, SettingALabelWritesItBack) {

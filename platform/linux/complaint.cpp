@@ -1,0 +1,15 @@
+#include "platform/linux/complaint.h"
+
+#include "platform/linux/file_io.h"
+
+#include <unistd.h>
+
+namespace platform::posix {
+
+void Complaint::tell(std::string_view text) {
+    if (text == last_) return;
+    last_ = text;
+    if (!text.empty()) (void)writeAll(STDERR_FILENO, "orvanta-usbtool: " + last_ + "\n");
+}
+
+} // namespace platform::posix
