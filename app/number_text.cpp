@@ -50,9 +50,11 @@ double numberFromText(std::string_view text) {
     double value = 0;
     const char* const end = number.data() + number.size();
     const auto [next, error] = std::from_chars(number.data(), end, value);
-    if (error == std::errc::result_out_of_range) throw RuntimeError(ErrorNumber::Overflow, std::string(text));
-    if (error != std::errc() || next != end || !std::isfinite(value))
+    // What follows a number decides first: "324e324e" is no number, however large its beginning is.
+    if (error == std::errc::invalid_argument || next != end)
         throw RuntimeError(ErrorNumber::TypeMismatch, std::string(text));
+    if (error == std::errc::result_out_of_range) throw RuntimeError(ErrorNumber::Overflow, std::string(text));
+    if (!std::isfinite(value)) throw RuntimeError(ErrorNumber::TypeMismatch, std::string(text));
     return value;
 }
 

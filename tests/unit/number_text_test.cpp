@@ -76,6 +76,9 @@ TEST_F(NumberText, WhatIsNoNumberIsAnError) {
 
 TEST_F(NumberText, WhatIsTooLargeOverflows) {
     EXPECT_EQ(numberError("1" + std::string(400, '0')), 6);
+    EXPECT_EQ(numberError("324e324"), 6);
+    EXPECT_EQ(numberError("324e324e"), 13) << "no number at all, however large its beginning is";
+    EXPECT_EQ(numberError("1" + std::string(400, '0') + "x"), 13);
 }
 
 TEST_F(NumberText, SixteenBitNumbersAreRoundedHalvesToTheEvenOne) {
