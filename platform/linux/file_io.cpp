@@ -159,7 +159,7 @@ FileResult syncAndClose(UniqueFd& file) {
 
 FileResult syncFolder(int folder) {
     UniqueFd readable(openat(folder, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (!readable) return FileResult::Ok; // a folder that may be written but not read cannot be synced
+    if (!readable) return fileResult(errno); // also when it may be written, only not read
     const FileResult result = syncAndClose(readable);
     // Network file systems refuse to sync a folder (EINVAL); their server does it.
     return result == FileResult::PathNotFound ? FileResult::Ok : result;

@@ -190,8 +190,7 @@ int RegistryFile::sync() {
 int RegistryFile::syncFolder() const {
     const std::string path = fs::path(path_).parent_path();
     const UniqueFd folder(::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (!folder)
-        return errno == EACCES ? 0 : errno; // a folder that may be written but not read cannot be synced
+    if (!folder) return errno; // also when it may be written, only not read
     const int error = untilDone([&] { return fsync(folder.get()); });
     return error == EINVAL ? 0 : error; // network file systems refuse it; their server does it
 }

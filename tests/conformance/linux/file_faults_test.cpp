@@ -247,6 +247,20 @@ TEST_F(Faults, AFileThatIsNewIsSyncedWithItsFolder) {
     EXPECT_EQ(fault.count, 3) << "the file before and after it has its name, and the folder";
 }
 
+TEST_F(Faults, AFolderThatCannotBeOpenedIsNotSynced) {
+    Fault count;
+    count.call = "openat";
+    ASSERT_EQ(writeWith(count), FileResult::Ok);
+    const int last = fault.count; // once the file is there, its folder is opened to be synced
+    for (const int error : {EACCES, EMFILE, EIO}) {
+        fs::remove(file);
+        Fault wanted = failAt("openat", error);
+        wanted.at = last;
+        EXPECT_NE(writeWith(wanted), FileResult::Ok) << error;
+        EXPECT_EQ(get(file), "new");
+    }
+}
+
 TEST_F(Faults, AProfileSurvivesAnyFailure) {
     put(ini, oldText);
     const auto before = entries(folder);

@@ -301,6 +301,24 @@ TEST_F(RegistryFileTest, AReadOnlyFileCanBeReadOnly) {
     EXPECT_EQ(setValue(other, "Name", "y"), 0);
 }
 
+TEST_F(RegistryFileTest, AFolderThatCannotBeOpenedIsNotSynced) {
+    constexpr uid_t nobody = 65534; // for root everything is readable
+    fs::create_directories(file_.parent_path());
+    const uid_t user = geteuid();
+    if (user == 0) {
+        fs::permissions(folder_.path(), fs::perms(0711));
+        ASSERT_EQ(chown(file_.parent_path().c_str(), nobody, gid_t(-1)), 0);
+        ASSERT_EQ(seteuid(nobody), 0);
+    }
+    fs::permissions(file_.parent_path(), fs::perms(0300));
+    RegistryStore registry = store();
+    EXPECT_EQ(setValue(registry, "Name", "x"), 0);
+    EXPECT_EQ(registry.flush(), platform::RegistryIoFailed);
+    fs::permissions(file_.parent_path(), fs::perms(0700));
+    EXPECT_EQ(registry.flush(), 0);
+    ASSERT_EQ(seteuid(user), 0);
+}
+
 TEST_F(RegistryFileTest, WithoutAFolderNothingCanBeKept) {
     RegistryStore registry{""};
     EXPECT_EQ(valueOf(registry, "Name"), "(none)");
