@@ -13,12 +13,19 @@ namespace {
 
 /// Panel 1 of the status bar, with a picture from the program folder.
 void showStickState(frmMain& window, const char* picture, const char* text, bool enabled,
-                    const char* toolTip) {
+                    const std::string& toolTip) {
     toolkit::StatusPanel& panel = window.StatusBar1.panel(1);
     panel.setPicture(toolkit::loadPicture(app::programPath() + picture));
     panel.setText(text);
     panel.setEnabled(enabled);
     panel.setToolTip(toolTip);
+}
+
+/// Where the sticks cannot be seen at all, plugging one in helps nobody.
+std::string noStickToolTip() {
+    const std::string missing = platform::missingDriveService();
+    return "Kein USB-Stick gefunden. Schließen Sie den USB-Stick am PC an." +
+           (missing.empty() ? missing : "\n" + missing);
 }
 
 } // namespace
@@ -58,8 +65,7 @@ void cDrive::RemoveUSB_Info() {
     clearCapacity();
     window.cmdChoose.setEnabled(false);
     window.cmdChoose.setCaption("USB Stick einstecken");
-    showStickState(window, "nofile.bmp", "No Stick", false,
-                   "Kein USB-Stick gefunden. Schließen Sie den USB-Stick am PC an.");
+    showStickState(window, "nofile.bmp", "No Stick", false, noStickToolTip());
 }
 
 void drive::showTrayIcon(app::Program& program, int icon) {

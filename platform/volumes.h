@@ -59,6 +59,10 @@ bool setVolumeLabel(std::string_view root, std::string_view label, const DriveId
 /// medium did not take it. Windows: `FlushFileBuffers` on the volume.
 bool settleVolume(std::string_view root);
 
+/// What keeps the program from seeing its drives, as a German sentence that says what to do about it; empty
+/// when nothing does. As of the last logicalDriveStrings(). Windows: always empty.
+std::string missingDriveService();
+
 /// Gives back what the program took of the drives; nothing of this header may be called afterwards.
 void releaseVolumes();
 

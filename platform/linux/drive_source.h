@@ -66,6 +66,8 @@ public:
     /// Unmounts what was mounted by folder().
     virtual void release() = 0;
     virtual std::vector<PresentDrive> present() = 0;
+    /// What the source itself lacks, as missingDriveService() tells it.
+    virtual std::string missing() { return {}; }
     /// Whether UDisks2 tells when the table has changed.
     virtual bool isOnBus() const = 0;
 };

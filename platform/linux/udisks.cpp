@@ -37,12 +37,16 @@ Outcome outcomeOf(const QDBusMessage& answer) {
 
 } // namespace
 
-std::optional<Objects> managedObjects() {
+Everything managedObjects() {
+    if (!QDBusConnection::systemBus().isConnected()) return {{}, Missing::Bus};
     const QDBusMessage answer = answerTo(QDBusMessage::createMethodCall(
         service, managerPath, "org.freedesktop.DBus.ObjectManager", "GetManagedObjects"));
+    const QString error = answer.errorName();
+    if (error == "org.freedesktop.DBus.Error.ServiceUnknown" || error.contains(".Spawn."))
+        return {{}, Missing::Service};
     if (answer.type() != QDBusMessage::ReplyMessage || answer.signature() != "a{oa{sa{sv}}}")
-        return std::nullopt;
-    return qdbus_cast<Objects>(answer.arguments().constFirst());
+        return {{}, Missing::Answer};
+    return {qdbus_cast<Objects>(answer.arguments().constFirst())};
 }
 
 QDBusPendingCall startMount(const QString& object) {

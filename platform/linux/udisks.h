@@ -28,8 +28,16 @@ struct MountAnswer {
     QString folder;
 };
 
-/// Everything the service knows, in one round trip; no value when there is no such service.
-std::optional<Objects> managedObjects();
+/// Why the service did not tell what it knows.
+enum class Missing { Nothing, Bus, Service, Answer };
+
+struct Everything {
+    Objects objects;
+    Missing missing = Missing::Nothing;
+};
+
+/// Everything the service knows, in one round trip.
+Everything managedObjects();
 
 // `object` is the path of a block device. None of them asks the user for a password.
 

@@ -36,6 +36,23 @@ constexpr auto mountLook = 5ms;
 constexpr int labelAttempts = 20;
 constexpr auto labelPause = 50ms;
 
+std::string sentenceFor(udisks::Missing missing) {
+    switch (missing) {
+    case udisks::Missing::Bus:
+        return "USB-Sticks werden nicht erkannt: Der Systembus (D-Bus) ist nicht erreichbar. Starten Sie den "
+               "Dienst \"dbus\".";
+    case udisks::Missing::Service:
+        return "USB-Sticks werden nicht erkannt: Der Dienst UDisks2 fehlt. Installieren Sie das Paket "
+               "\"udisks2\".";
+    case udisks::Missing::Answer:
+        return "USB-Sticks werden nicht erkannt: Der Dienst UDisks2 antwortet nicht. Starten Sie den Dienst "
+               "\"udisks2\" neu.";
+    case udisks::Missing::Nothing:
+        break;
+    }
+    return {};
+}
+
 bool standsForTree(char letter) {
     return letter == systemLetter || letter == treeLetter;
 }
@@ -44,11 +61,13 @@ bool standsForTree(char letter) {
 
 void UdisksDrives::refresh() {
     listed_ = true;
-    const auto objects = udisks::managedObjects();
+    const udisks::Everything everything = udisks::managedObjects();
+    missing_ = sentenceFor(everything.missing);
+    complaint_.tell(missing_);
     volumes_.clear();
     // Letters and mounts are kept in mind when the service is away: it may come back with the same volumes.
-    if (!objects) return;
-    volumes_ = udisksVolumes(*objects);
+    if (everything.missing != udisks::Missing::Nothing) return;
+    volumes_ = udisksVolumes(everything.objects);
     for (UdisksVolume& volume : volumes_)
         volume.note = diskNote(volume.deviceNumber, volume.driveSerial.toStdString(), devices_);
     letters_.assign(volumes_);

@@ -1,6 +1,7 @@
 // The drive table of a desktop: UDisks2 knows the volumes, and mounts them.
 #pragma once
 
+#include "platform/linux/complaint.h"
 #include "platform/linux/drive_letters.h"
 #include "platform/linux/drive_source.h"
 #include "platform/linux/volume_folder.h"
@@ -44,6 +45,7 @@ public:
     /// clean.
     bool settle(char letter) override;
     void release() override;
+    std::string missing() override { return missing_; }
     std::vector<PresentDrive> present() override;
     bool isOnBus() const override { return true; }
 
@@ -72,6 +74,8 @@ private:
     std::map<QString, Mounted> mounted_; ///< by object
     DriveLetters letters_;
     bool listed_ = false;
+    std::string missing_;
+    Complaint complaint_;
 };
 
 } // namespace platform::posix

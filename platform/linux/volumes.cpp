@@ -83,6 +83,10 @@ bool settleVolume(std::string_view root) {
     return posix::driveSource().settle(posix::driveLetter(root));
 }
 
+std::string missingDriveService() {
+    return posix::driveSource().missing();
+}
+
 void releaseVolumes() {
     posix::releaseDriveTable();
 }

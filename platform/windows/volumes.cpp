@@ -99,6 +99,10 @@ bool settleVolume(std::string_view root) {
     return error == ERROR_ACCESS_DENIED || error == ERROR_INVALID_FUNCTION || error == ERROR_NOT_SUPPORTED;
 }
 
+std::string missingDriveService() {
+    return {};
+}
+
 void releaseVolumes() {}
 
 } // namespace platform

@@ -73,6 +73,7 @@ struct Computer {
     /// What writing to a path comes to.
     std::map<std::string, platform::FileResult> writeResults;
     bool settles = true;
+    std::string missingService; ///< as missingDriveService() tells it
     /// Makes an operation fail; it is given as the journal has it. File operations come to `failure` then,
     /// and whatever is fetched ends there.
     std::function<bool(const std::string& operation)> fails;

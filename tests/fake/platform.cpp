@@ -96,6 +96,10 @@ bool settleVolume(std::string_view root) {
     return !fake::enter("settle " + std::string(root)) && computer().settles;
 }
 
+std::string missingDriveService() {
+    return computer().missingService;
+}
+
 void releaseVolumes() {}
 
 std::optional<std::uint32_t> fileAttributes(std::string_view path) {

@@ -74,6 +74,19 @@ TEST_F(StickDisplay, ShowsTheFileSystemOfTheStickWhoseLabelItShows) {
     EXPECT_EQ(window().txtFAT.text(), "exFAT");
 }
 
+TEST_F(StickDisplay, TellsWhatKeepsSticksFromBeingSeen) {
+    start();
+    pullOut("D:\\");
+    computer().missingService = "Der Dienst fehlt.";
+    search();
+    EXPECT_EQ(panel().toolTip(),
+              "Kein USB-Stick gefunden. Schließen Sie den USB-Stick am PC an.\nDer Dienst fehlt.");
+    EXPECT_EQ(panel().text(), "No Stick");
+    computer().missingService.clear();
+    search();
+    EXPECT_EQ(panel().toolTip(), "Kein USB-Stick gefunden. Schließen Sie den USB-Stick am PC an.");
+}
+
 TEST_F(StickDisplay, AStickEnablesTheButtonWhateverTheOnlineState) {
     computer().web.clear();
     startOnline();

@@ -597,9 +597,9 @@ TEST_F(UdisksTable, BlankDiskHasAnIdentity) {
     mock.add(drivePath("other"), drive("OTHER"));
     mock.add(blockPath("sdb"), blankBlock("sdb", 16, "other"));
     drives.refresh();
-    const char letter = drives.letters()[1]; // whichever it has
-    ASSERT_EQ(drives.target(letter), "/dev/sdb");
-    EXPECT_NE(drives.identity(letter), blank);
+    ASSERT_EQ(drives.target('E'), "/dev/sdb");
+    EXPECT_NE(drives.identity('E'), blank);
+    EXPECT_EQ(drives.identity('D'), "");
 }
 
 TEST_F(UdisksTable, RootOfAVolumeIsKnownByItsDevice) {
@@ -617,13 +617,22 @@ TEST_F(UdisksTable, RootOfAVolumeIsKnownByItsDevice) {
 TEST_F(UdisksTable, WithoutTheServiceOnlyTheSystemDrives) {
     addStick("sdb1", 17);
     EXPECT_TRUE(drives.folder('D'));
+    EXPECT_EQ(drives.missing(), "");
     mock.stop();
+    testing::internal::CaptureStderr();
     drives.refresh();
+    drives.refresh();
+    const std::string sentence =
+        "USB-Sticks werden nicht erkannt: Der Dienst UDisks2 fehlt. Installieren Sie "
+        "das Paket \"udisks2\".";
+    EXPECT_EQ(drives.missing(), sentence);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "orvanta-usbtool: " + sentence + "\n") << "told once";
     EXPECT_EQ(drives.letters(), "CZ");
     EXPECT_FALSE(drives.folder('D'));
     EXPECT_TRUE(drives.space('C'));
     mock.start();
     drives.refresh();
+    EXPECT_EQ(drives.missing(), "");
     EXPECT_EQ(drives.letters(), "CDZ");
     calls();
     drives.release();
