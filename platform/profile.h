@@ -4,10 +4,12 @@
 #pragma once
 
 #include "platform/drive_identity.h"
+#include "platform/files.h"
 
 #include <cstdint>
 #include <optional>
 #include <span>
+#include <string>
 #include <string_view>
 
 namespace platform {
@@ -28,6 +30,10 @@ std::uint32_t profileSection(std::string_view section, std::span<char> buffer, s
 /// The same for the names of all sections. Windows: `GetPrivateProfileSectionNamesA`,
 /// https://learn.microsoft.com/windows/win32/api/winbase/nf-winbase-getprivateprofilesectionnamesa
 std::uint32_t profileSectionNames(std::span<char> buffer, std::string_view path);
+
+/// Stores the lines of a section as profileSection() does, all of them and without the last NUL, for whoever
+/// has to know a file without that section from one that cannot be read.
+FileResult readProfileSection(std::string_view section, std::string& lines, std::string_view path);
 
 /// Writes one key, or deletes it (no value), or deletes the section (no key). Lines that it does not touch
 /// stay as they are, and the file's old contents are safe until the new ones are. False when the file could

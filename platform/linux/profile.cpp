@@ -53,6 +53,13 @@ std::uint32_t profileSectionNames(std::span<char> buffer, std::string_view path)
     return handOut(readProfile(path, text) ? profileNames(text, buffer.size()) : std::string(), buffer);
 }
 
+FileResult readProfileSection(std::string_view section, std::string& lines, std::string_view path) {
+    std::string text;
+    const FileResult result = readWholeFile(path, text);
+    lines = profileLines(text, section);
+    return result;
+}
+
 bool writeProfileString(std::string_view section, std::optional<std::string_view> key,
                         std::optional<std::string_view> value, std::string_view path,
                         const DriveIdentity& drive) {

@@ -172,6 +172,15 @@ std::uint32_t profileSectionNames(std::span<char> buffer, std::string_view path)
     return GetPrivateProfileSectionNamesA(buffer.data(), sizeOf(buffer), place.native.c_str());
 }
 
+/// The system's function does not tell why it found nothing.
+FileResult readProfileSection(std::string_view section, std::string& lines, std::string_view path) {
+    std::string text;
+    const FileResult result = readWholeFile(path, text);
+    lines.assign(text.size() + smallestBuffer, '\0');
+    lines.resize(result == FileResult::Ok ? profileSection(section, lines, path) : 0);
+    return result;
+}
+
 bool writeProfileString(std::string_view section, std::optional<std::string_view> key,
                         std::optional<std::string_view> value, std::string_view path,
                         const DriveIdentity& drive) {

@@ -70,6 +70,30 @@ protected:
 
 // Reading a section
 
+TEST_F(Profile, ASectionIsReadWithTheReasonWhenItCannotBe) {
+    ini("[Other]\r\na=1\r\n[Open]\r\nDir=x\r\n; no\r\nmore");
+    std::string lines = "old";
+    EXPECT_EQ(readProfileSection("open", lines, path), FileResult::Ok);
+    EXPECT_EQ(shown(lines), "Dir=x|more|");
+    EXPECT_EQ(readProfileSection("none", lines, path), FileResult::Ok);
+    EXPECT_EQ(lines, "");
+    EXPECT_EQ(readProfileSection("Open", lines, R"(E:\none.ini)"), FileResult::FileNotFound);
+    EXPECT_EQ(lines, "");
+    fs::remove(file);
+    fs::create_directory(file);
+    EXPECT_EQ(readProfileSection("Open", lines, path), FileResult::PathFileAccess);
+    EXPECT_EQ(lines, "");
+    fs::remove(file);
+}
+
+TEST_F(Profile, ASectionThatIsReadWithTheReasonIsReadWhole) {
+    const std::string value(40000, 'v');
+    ini("[Open]\r\nDir=" + value);
+    std::string lines;
+    EXPECT_EQ(readProfileSection("Open", lines, path), FileResult::Ok);
+    EXPECT_EQ(lines, "Dir=" + value + '\0');
+}
+
 TEST_F(Profile, ASectionIsItsLines) {
     ini("[A]\r\na=1\r\nb = two\r\n[B]\r\nc=3\r\n");
     EXPECT_EQ(section("A"), "a=1|b=two|");

@@ -72,6 +72,13 @@ std::uint32_t profileSection(std::string_view section, std::span<char> buffer, s
     return store(entries, buffer);
 }
 
+FileResult readProfileSection(std::string_view section, std::string& lines, std::string_view path) {
+    const FileResult result = readWholeFile(path, lines);
+    lines.assign(lines.size() + 2, '\0');
+    lines.resize(result == FileResult::Ok ? profileSection(section, lines, path) : 0);
+    return result;
+}
+
 std::uint32_t profileSectionNames(std::span<char> buffer, std::string_view path) {
     if (computer().profile) return computer().profile(buffer, {});
     std::string names;
