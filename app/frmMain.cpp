@@ -5,6 +5,7 @@
 #include "drive/stick_actions.h"
 #include "format/Form1.h"
 #include "job/stick_update.h"
+#include "online/server_addresses.h"
 #include "online/update_check.h"
 #include "platform/basDeklare.h"
 #include "platform/cRegistry.h"
@@ -117,6 +118,7 @@ void frmMain::connectEvents() {
 }
 
 void frmMain::Form_Load() {
+    online::loadServerAddresses(); // before anything else: it may be the end
     program_.MainWindow = this;
     program_.Tray = std::make_unique<cTray>();
     program_.Drive = std::make_unique<cDrive>(program_);

@@ -1,9 +1,11 @@
 #include "online/server_addresses.h"
 
 #include "app/program_path.h"
+#include "platform/files.h"
 #include "platform/http_address.h"
 #include "platform/profile.h"
 #include "platform/text.h"
+#include "toolkit/runtime_error.h"
 
 #include <optional>
 #include <string_view>
@@ -11,8 +13,6 @@
 namespace online {
 
 namespace {
-
-constexpr std::size_t sectionBufferSize = 4096;
 
 /// Of several lines with one key the first counts, as everywhere in such a file.
 void store(std::optional<std::string>& address, std::string_view key, std::string_view line) {
@@ -24,24 +24,41 @@ void store(std::optional<std::string>& address, std::string_view key, std::strin
         address->pop_back();
 }
 
-} // namespace
-
-ServerAddresses serverAddresses() {
+ServerAddresses addressesOf(std::string_view lines) {
     std::optional<std::string> update;
     std::optional<std::string> updatePage;
     std::optional<std::string> webHost;
-    std::string buffer(sectionBufferSize, '\0');
-    buffer.resize(platform::profileSection("Server", buffer, app::programPath() + "Server.ini"));
-    std::string_view rest = buffer;
-    for (std::size_t end = rest.find('\0'); end != std::string_view::npos; end = rest.find('\0')) {
-        const std::string_view line = rest.substr(0, end);
+    for (std::size_t end = lines.find('\0'); end != std::string_view::npos; end = lines.find('\0')) {
+        const std::string_view line = lines.substr(0, end);
         store(update, "Update", line);
         store(updatePage, "UpdatePage", line);
         store(webHost, "WebHost", line);
-        rest.remove_prefix(end + 1);
+        lines.remove_prefix(end + 1);
     }
-    return {update.value_or("http://update.orvanta.example"), updatePage.value_or("www.orvanta.example"),
-            webHost.value_or("www.brellix.example")};
+    const ServerAddresses builtIn;
+    return {update.value_or(builtIn.Update), updatePage.value_or(builtIn.UpdatePage),
+            webHost.value_or(builtIn.WebHost)};
+}
+
+ServerAddresses& loaded() {
+    static ServerAddresses addresses;
+    return addresses;
+}
+
+} // namespace
+
+void loadServerAddresses() {
+    using platform::FileResult;
+    const std::string file = app::programPath() + "Server.ini";
+    std::string lines;
+    const FileResult result = platform::readProfileSection("Server", lines, file);
+    if (result != FileResult::Ok && result != FileResult::FileNotFound)
+        throw toolkit::RuntimeError(static_cast<toolkit::ErrorNumber>(result), file);
+    loaded() = addressesOf(lines);
+}
+
+const ServerAddresses& serverAddresses() {
+    return loaded();
 }
 
 std::string downloadUrl() {

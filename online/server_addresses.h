@@ -7,12 +7,18 @@ namespace online {
 /// Where the program finds its servers: "Server.ini" in the program folder, section `Server`; what the file
 /// does not name is the built-in default.
 struct ServerAddresses {
-    std::string Update;     ///< scheme and host of the update server, as in "http://update.orvanta.example"
-    std::string UpdatePage; ///< host of the page that offers the program itself
-    std::string WebHost;    ///< the distributor's web host
+    std::string Update = "http://update.orvanta.example"; ///< scheme and host of the update server
+    std::string UpdatePage = "www.orvanta.example";       ///< host of the page that offers the program itself
+    std::string WebHost = "www.brellix.example";          ///< the distributor's web host
 };
 
-ServerAddresses serverAddresses();
+/// Reads the file, once, when the program starts; without a file all are the built-in ones. Throws
+/// toolkit::RuntimeError with the file's name when there is one that cannot be read: the built-in servers are
+/// not those that its owner has chosen.
+void loadServerAddresses();
+
+/// As they were loaded.
+const ServerAddresses& serverAddresses();
 
 /// Address of the update server's download folder, ending in "/".
 std::string downloadUrl();
