@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <array>
 #include <limits>
+#include <utility>
 
 namespace online {
 
@@ -59,15 +60,24 @@ void makeRoom(std::string& result, const platform::InternetRequest& request) {
     result.reserve(static_cast<std::size_t>(std::min(request.announcedLength().value_or(0), largest)));
 }
 
+void checkRoom(const std::optional<Destination>& destination, std::uint64_t length) {
+    if (destination && length > destination->room)
+        throw toolkit::RuntimeError(toolkit::ErrorNumber::DiskFull, destination->path);
+}
+
+/// What a download came to.
+struct Download {
+    std::string contents;
+    bool cut = false; ///< some of the file had come, or been announced, and then no more
+};
+
 void check(platform::FileResult result, std::string_view path) {
     if (result != platform::FileResult::Ok)
         throw toolkit::RuntimeError(static_cast<toolkit::ErrorNumber>(result), std::string(path));
 }
 
-} // namespace
-
-std::string OpenURL(frmMain& window, std::string_view URL, std::string_view downtype, std::int32_t OpenType) {
-    const Progress* const progress = progressOf(downtype);
+Download download(frmMain& window, std::string_view URL, const Progress* progress, std::int32_t OpenType,
+                  const std::optional<Destination>& destination) {
     std::string status = progress == nullptr ? std::string() : std::string(progress->text) + ".";
     std::int16_t reads = 0;
     std::string result;
@@ -78,9 +88,11 @@ std::string OpenURL(frmMain& window, std::string_view URL, std::string_view down
     for (;;) {
         count(reads);
         const std::size_t length = request.read(buffer);
+        if (result.empty()) checkRoom(destination, request.announcedLength().value_or(0));
         if (length == 0) break;
         if (result.empty()) makeRoom(result, request);
         result.append(buffer.data(), length);
+        checkRoom(destination, result.size());
         if (progress == nullptr) continue;
         showProgress(window.StatusBar1.panel(2), status, *progress);
         if (reads == progress->readsPerDot) {
@@ -89,7 +101,24 @@ std::string OpenURL(frmMain& window, std::string_view URL, std::string_view down
         }
         toolkit::DoEvents();
     }
-    return result;
+    const bool answered = !result.empty() || request.announcedLength();
+    return {std::move(result), answered && !request.complete()};
+}
+
+} // namespace
+
+std::string OpenURL(frmMain& window, std::string_view URL, std::string_view downtype, std::int32_t OpenType,
+                    const std::optional<Destination>& destination) {
+    const Progress* const progress = progressOf(downtype);
+    Download result = download(window, URL, progress, OpenType, destination);
+    if (result.cut && progress == nullptr) return {};
+    return std::move(result.contents);
+}
+
+std::optional<std::string> OpenTextFile(frmMain& window, std::string_view URL) {
+    Download result = download(window, URL, nullptr, 0, {});
+    if (result.cut) return std::nullopt;
+    return std::move(result.contents);
 }
 
 bool FileExists(std::string_view Path) {

@@ -10,6 +10,7 @@
 #include "toolkit/dispatch.h"
 #include "toolkit/message_box.h"
 
+#include <optional>
 #include <string>
 
 namespace online {
@@ -54,15 +55,16 @@ void CheckForUpdates(frmMain& window) {
     window.cmdChoose.setEnabled(false);
     const std::string url = downloadUrl();
     const std::string version = OpenURL(window, url + "usb-version.txt", "0");
-    if (version.empty()) {
-        reportNoConnection(window);
-        return;
-    }
+    if (version.empty()) return reportNoConnection(window);
     // A line end behind the number is a difference, too.
     if (version != app::programVersion) refuseOutdatedProgram();
 
-    showNews(window, OpenURL(window, url + "usb-news.csv", "0"));
-    LoadCatalog(window, OpenURL(window, url + "usb-list.csv", "0"));
+    const auto news = OpenTextFile(window, url + "usb-news.csv");
+    if (!news) return reportNoConnection(window);
+    showNews(window, *news);
+    const auto catalog = OpenTextFile(window, url + "usb-list.csv");
+    if (!catalog) return reportNoConnection(window);
+    LoadCatalog(window, *catalog);
 
     window.showOnlineState("Updates geladen.", "Updates wurden geladen.");
     if (!window.lblHDSize.caption().empty()) window.cmdChoose.setEnabled(true);

@@ -4,6 +4,8 @@
 
 #include "online/download.h"
 
+#include <algorithm>
+
 using namespace online;
 using unit::errorOf;
 using unit::MainWindow;
@@ -62,7 +64,66 @@ TEST_F(Download, KeepsWhatCameBeforeTheConnectionWasLost) {
     computer().fails = [&](const std::string& operation) {
         return operation.starts_with("read ") && ++reads == 4;
     };
-    EXPECT_EQ(fetch("0").size(), 3 * 2048U);
+    EXPECT_EQ(fetch("1").size(), 3 * 2048U);
+}
+
+TEST_F(Download, ATextCountsOnlyAsAWhole) {
+    serve(10);
+    EXPECT_EQ(OpenTextFile(window(), url).value_or("").size(), 10 * 2048U);
+    for (int last = 2; last <= 11; ++last) {
+        computer().fails = [&, reads = 0](const std::string& operation) mutable {
+            return operation.starts_with("read ") && ++reads == last;
+        };
+        EXPECT_EQ(fetch("0"), "") << last;
+        computer().fails = [&, reads = 0](const std::string& operation) mutable {
+            return operation.starts_with("read ") && ++reads == last;
+        };
+        EXPECT_FALSE(OpenTextFile(window(), url)) << last;
+    }
+}
+
+TEST_F(Download, ATextThatIsShorterThanAnnouncedWasCut) {
+    serve(1);
+    for (const std::uint64_t announced : {0U, 1U, 2048U}) {
+        computer().announcedLength = announced;
+        EXPECT_EQ(fetch("0").size(), 2048U) << announced;
+    }
+    computer().announcedLength = 2049;
+    EXPECT_EQ(fetch("0"), "");
+    EXPECT_FALSE(OpenTextFile(window(), url));
+    EXPECT_EQ(fetch("1").size(), 2048U);
+    computer().web[url] = "";
+    EXPECT_FALSE(OpenTextFile(window(), url)) << "nothing of it came";
+}
+
+TEST_F(Download, ATextThatCannotBeReachedIsEmptyAndWasNotCut) {
+    EXPECT_EQ(OpenTextFile(window(), url), "");
+}
+
+TEST_F(Download, AFileMayFillTheRoomOfItsDestination) {
+    serve(10, 7);
+    const Destination exact{"D:\\a", 10 * 2048 + 7};
+    EXPECT_EQ(OpenURL(window(), url, "1", 0, exact).size(), exact.room);
+}
+
+TEST_F(Download, AFileWithoutRoomEndsAsSoonAsThatIsKnown) {
+    serve(100);
+    const Destination small{"D:\\a", 3 * 2048};
+    computer().journal.clear();
+    try {
+        OpenURL(window(), url, "1", 0, small);
+        FAIL() << "no error";
+    } catch (const toolkit::RuntimeError& error) {
+        EXPECT_EQ(error.number(), toolkit::ErrorNumber::DiskFull);
+        EXPECT_EQ(error.subject(), "D:\\a");
+    }
+    EXPECT_EQ(std::count(computer().journal.begin(), computer().journal.end(), std::string("read ") + url),
+              4);
+    computer().announcedLength = 3 * 2048 + 1;
+    computer().journal.clear();
+    EXPECT_EQ(errorOf([&] { OpenURL(window(), url, "1", 0, small); }), 61);
+    EXPECT_EQ(std::count(computer().journal.begin(), computer().journal.end(), std::string("read ") + url),
+              1);
 }
 
 TEST_F(Download, WithoutProgressNothingIsShownAndNoEventsRun) {
@@ -227,6 +288,6 @@ TEST_F(Download, WhatTheServerAnnouncesNeedNotBeTrue) {
          {std::uint64_t{0}, std::uint64_t{1}, std::uint64_t{9000}, ~std::uint64_t{0}}) {
         computer().announcedLength = announced;
         computer().web["http://h/a"] = contents;
-        EXPECT_EQ(online::OpenURL(window(), "http://h/a", "0"), contents) << announced;
+        EXPECT_EQ(online::OpenURL(window(), "http://h/a", "1"), contents) << announced;
     }
 }

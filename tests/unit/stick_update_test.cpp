@@ -127,6 +127,40 @@ TEST_F(StickUpdate, LessThanFiveAreRefused) {
     EXPECT_TRUE(computer().writes.empty());
 }
 
+TEST_F(StickUpdate, AFileThatTheStickCannotHoldIsNotWritten) {
+    free(6 * MB);
+    computer().web[serverFile("fw0.bin.txt")] = std::string(6 * MB + 1, 'x');
+    update();
+    expectReport(ErrorNumber::DiskFull, "D:\\fw0.bin");
+    EXPECT_TRUE(computer().writes.empty());
+}
+
+TEST_F(StickUpdate, AFileMayFillTheStick) {
+    free(6 * MB);
+    computer().web[serverFile("fw0.bin.txt")] = std::string(6 * MB, 'x');
+    update();
+    EXPECT_EQ(onStick("fw0.bin").size(), 6 * MB);
+}
+
+TEST_F(StickUpdate, TheFileThatIsReplacedMakesRoom) {
+    free(6 * MB);
+    putFile("D:\\fw0.bin", std::string(1000, 'o'));
+    computer().web[serverFile("fw0.bin.txt")] = std::string(6 * MB + 1000, 'x');
+    update();
+    EXPECT_EQ(onStick("fw0.bin").size(), 6 * MB + 1000);
+}
+
+TEST_F(StickUpdate, NoFileHasFourGigabytes) {
+    plugIn("D:\\", 64 * GB, 60 * GB);
+    computer().fails = [](const std::string& operation) {
+        if (operation == "fetch " + serverFile("fw0.bin.txt")) computer().announcedLength = 4 * GB;
+        return false;
+    };
+    update();
+    expectReport(ErrorNumber::DiskFull, "D:\\fw0.bin");
+    EXPECT_TRUE(computer().writes.empty());
+}
+
 TEST_F(StickUpdate, WhatIsShownDecidesNotTheBytes) {
     free(5 * MB - 1);
     update();

@@ -228,12 +228,54 @@ TEST_F(UpdateCheck, AnEmptyVersionFileIsNoConnection) {
     expectNoConnection();
 }
 
+TEST_F(UpdateCheck, ACutAnswerIsNoConnection) {
+    for (const char* name : {"usb-version.txt", "usb-news.csv", "usb-list.csv"}) {
+        SCOPED_TRACE(name);
+        toolkit::resetEnding();
+        computer().messages.clear();
+        program.Tray.reset();
+        computer().fails = [&, reads = 0](const std::string& operation) mutable {
+            return operation == "read " + serverFile(name) && ++reads == 2;
+        };
+        check();
+        expectNoConnection();
+        EXPECT_EQ(panel().text(), "Keine Internetverbindung");
+        EXPECT_EQ(window().cmdChoose.caption(), "Keine Verbindung");
+        EXPECT_FALSE(window().cmdChoose.enabled());
+        EXPECT_EQ(window().SelectedFirmware, -1);
+    }
+}
+
 class ServerAddresses : public MainWindow {
 protected:
-    static void serverIni(const std::string& lines) { putFile("/opt/tool\\Server.ini", lines); }
+    static void serverIni(const std::string& lines) {
+        putFile("/opt/tool\\Server.ini", lines);
+        online::loadServerAddresses();
+    }
 };
 
+TEST_F(ServerAddresses, AreReadOnceAtTheStart) {
+    putFile("/opt/tool\\Server.ini", "[Server]\r\nUpdate=http://first.test\r\n");
+    start();
+    computer().files.erase("/opt/tool\\Server.ini");
+    tick();
+    EXPECT_EQ(computer().fetched.at(0), "http://first.test/orvanta/download/usb-version.txt");
+}
+
+TEST_F(ServerAddresses, AFileThatCannotBeReadEndsTheStart) {
+    putFile("/opt/tool\\Server.ini", "[Server]\r\nUpdate=http://first.test\r\n");
+    computer().failure = platform::FileResult::DeviceIo;
+    computer().fails = [](const std::string& operation) { return operation.ends_with("Server.ini"); };
+    start();
+    ASSERT_EQ(computer().messages.size(), 1U);
+    EXPECT_EQ(computer().messages[0].text,
+              errorReport(toolkit::ErrorNumber::DeviceIo, "/opt/tool\\Server.ini"));
+    EXPECT_EQ(status(), 1);
+    EXPECT_EQ(program.Tray, nullptr) << "nothing has begun";
+}
+
 TEST_F(ServerAddresses, HaveDefaults) {
+    online::loadServerAddresses();
     EXPECT_EQ(online::downloadUrl(), "http://update.orvanta.example/orvanta/download/");
     EXPECT_EQ(online::updatePageUrl(), "http://www.orvanta.example");
     EXPECT_EQ(online::sponsorPageUrl(), "http://www.brellix.example/index_link.php?ref=usbtool");

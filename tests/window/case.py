@@ -221,7 +221,7 @@ class WindowCase(Tables, unittest.TestCase):
         self.assertTrue(box["plainText"])
         program.answer(buttons[0])
 
-    def expect_error(self, program, number):
+    def expect_error(self, program, number, subject=""):
         """The one report of that error is shown, and then the program ends with status 1, settings not saved."""
         settings = program.folder / "Settings.ini"
         before = settings.read_bytes() if settings.is_file() else None
@@ -229,6 +229,7 @@ class WindowCase(Tables, unittest.TestCase):
         self.assertEqual((box["title"], box["icon"], box["buttons"]), (REPORT_TITLE, 16, ["OK"]), box)
         self.assertEqual(box["text"].splitlines()[0], f"Laufzeitfehler '{number}':", box)
         self.assertIn(ERRORS[number], box["text"])
+        self.assertIn(subject, box["text"])
         program.answer("OK")
         self.assertEqual(program.exit_status(), 1, program.output())
         self.assertEqual(settings.read_bytes() if settings.is_file() else None, before)
@@ -242,13 +243,16 @@ class WindowCase(Tables, unittest.TestCase):
         self.assertEqual(found, expected)
 
     def expect_no_connection(self, program):
+        self.expect_lost_connection(program)
+        self.assertNotIn("usb-news.csv", self.downloads())
+
+    def expect_lost_connection(self, program):
         self.drop_message(program, CONNECTION_ERROR, NO_CONNECTION, 16)
         program.wait_for("cmdChoose", "text", "Keine Verbindung")
         self.assertFalse(program.get("cmdChoose")["enabled"])
         panel = program.get("StatusBar1_2")
         self.assertEqual((panel["text"], panel["enabled"], panel["toolTip"]),
                          ("Keine Internetverbindung", True, "Überprüfen Sie Ihren Internetanschluss."))
-        self.assertNotIn("usb-news.csv", self.downloads())
 
     # The stick
 

@@ -3,7 +3,7 @@
 import socket
 import unittest
 
-from case import CONNECTION_ERROR, COPIED, WindowCase
+from case import CONNECTION_ERROR, COPIED, GIB, MIB, WindowCase
 from fault_server import RefusedPort, body, chunked, generated, missing, redirect, reset, truncated
 from server_files import FIRMWARE, SETTINGS, catalog
 from side_by_side import side_by_side
@@ -103,10 +103,72 @@ class Download(WindowCase):
         self.expect_error(program, 6)
         self.expect_stick({})
 
+    def test_a_cut_list_as_connection_test(self):
+        program = self.start_loaded()
+        self.serve("usb-list.csv", truncated(catalog()[:300], len(catalog())))
+        self.confirm(program)
+        self.drop_message(program, CONNECTION_ERROR, NO_CONNECTION_IN_JOB, 16)
+        self.expect_stick({})
+        self.close(program)
+
     def test_an_error_page_as_connection_test(self):
         program = self.start_loaded()
         self.serve("usb-list.csv", body(b"503", 503))
         self.run_job(program)
+
+
+class TooLarge(WindowCase):
+    """What the stick cannot hold is not fetched to its end, and nothing of it is written."""
+
+    def expect_full(self, free=None):
+        program = self.start_loaded(drives=self.drives(free=free))
+        self.confirm(program)
+        self.expect_error(program, 61)
+        self.expect_stick({})
+
+    def test_an_announced_length_of_five_gigabytes(self):
+        self.serve("sr200.abs.txt", generated(5 * GIB))
+        self.expect_full()
+
+    def test_an_announced_length_beyond_the_free_space(self):
+        self.serve("sr200.abs.txt", truncated(FIRMWARE, 6 * MIB + 1))
+        self.expect_full(6 * MIB)
+
+    def test_chunks_beyond_the_free_space(self):
+        self.serve("sr200.abs.txt", chunked(bytes(7 * MIB), piece=MIB))
+        self.expect_full(6 * MIB)
+
+    def test_a_list_beyond_the_free_space(self):
+        self.serve("sr200_at.sdx.txt", truncated(SETTINGS, 6 * MIB + 1))
+        program = self.start_loaded(drives=self.drives(free=6 * MIB))
+        self.confirm(program)
+        self.expect_error(program, 61)
+        self.expect_stick({"sr200.abs": FIRMWARE})
+
+    def test_a_file_that_just_fits_with_the_one_it_replaces(self):
+        (self.stick / "sr200.abs").write_bytes(b"old" * 1000)
+        firmware = bytes(6 * MIB + 3000)
+        self.serve("sr200.abs.txt", firmware)
+        self.run_job(self.start_loaded(drives=self.drives(free=6 * MIB)))
+        self.expect_stick({"sr200.abs": firmware, "sr200_at.sdx": SETTINGS} | COPIED)
+
+
+class Addresses(WindowCase):
+    """Server.ini is read when the program starts, and not again."""
+
+    def test_a_file_that_goes_meanwhile(self):
+        program = self.start_loaded()
+        (program.folder / "Server.ini").unlink()
+        self.run_job(program)
+        self.expect_stick({"sr200.abs": FIRMWARE, "sr200_at.sdx": SETTINGS} | COPIED)
+
+    def test_a_file_that_cannot_be_read(self):
+        program = self.start(start=False)
+        (program.folder / "Server.ini").unlink()
+        (program.folder / "Server.ini").mkdir()
+        program.start()
+        self.expect_error(program, 75, "Server.ini")
+        self.assertEqual(self.downloads(), [])
 
 
 load_tests = side_by_side

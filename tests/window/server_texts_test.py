@@ -3,7 +3,7 @@
 import unittest
 
 from case import CONFIRMATION, COPIED, SLOWNESS, SUCCESS, WindowCase
-from fault_server import generated, missing, redirect, reset, slow, truncated
+from fault_server import chunked, generated, missing, redirect, reset, slow, truncated
 from server_files import FIRMWARE, SETTINGS, catalog, row
 from side_by_side import each, side_by_side
 
@@ -36,18 +36,32 @@ class Version(WindowCase):
     def test_an_error_page(self):
         self.expect_outdated_with(missing())
 
+    def expect_no_connection_with(self, version):
+        self.serve("usb-version.txt", version)
+        self.expect_no_connection(self.start())
+
     def test_cut_off(self):
-        self.expect_outdated_with(truncated(b"1.", 3))
+        self.expect_no_connection_with(truncated(b"1.", 3))
+
+    def test_cut_off_behind_what_would_do(self):
+        self.expect_no_connection_with(truncated(b"1.5", 100))
 
     def test_reset(self):
-        self.expect_outdated_with(reset(b"1.", 3))
+        self.expect_no_connection_with(reset(b"1.", 3))
+
+    def test_a_chunk_that_is_cut(self):
+        self.expect_no_connection_with(chunked(b"1.", cut=True))
+
+    def test_chunks(self):
+        self.serve("usb-version.txt", chunked(b"1.5", piece=1))
+        self.start_loaded()
 
     def test_nothing(self):
         self.serve("usb-version.txt", b"")
         self.expect_no_connection(self.start())
 
     def test_complete_before_the_connection_breaks(self):
-        self.serve("usb-version.txt", reset(b"1.5", 100))
+        self.serve("usb-version.txt", reset(b"1.5", 3))
         self.start_loaded()
 
     def test_in_pieces(self):
@@ -81,6 +95,13 @@ class News(WindowCase):
 
     def test_redirects_without_end(self):
         self.expect_error_with(9, redirect("/orvanta/download/usb-news.csv"))
+
+    def test_cut_off(self):
+        self.serve("usb-news.csv", truncated(b"a;b;c;d\r\n", 100))
+        program = self.start()
+        self.expect_lost_connection(program)
+        self.assertNotIn("usb-list.csv", self.downloads())
+        self.close(program)
 
     def test_without_end(self):
         self.expect_error_with(6, generated(TOO_LARGE))
@@ -132,8 +153,18 @@ class Catalog(WindowCase):
     def test_an_error_page(self):
         self.expect_error_with(9, missing())
 
+    def expect_lost_connection_with(self, text):
+        self.serve("usb-list.csv", text)
+        program = self.start()
+        self.expect_lost_connection(program)
+        self.assertFalse(any(program.get(f"Firm_Option_{i}")["enabled"] for i in range(9)))
+        self.close(program)
+
     def test_cut_off(self):
-        self.expect_error_with(9, truncated(catalog()[:300], len(catalog())))
+        self.expect_lost_connection_with(truncated(catalog()[:300], len(catalog())))
+
+    def test_cut_off_behind_nine_lines(self):
+        self.expect_lost_connection_with(truncated(catalog(), len(catalog()) + 1))
 
     def test_without_end(self):
         self.expect_error_with(6, generated(TOO_LARGE))

@@ -19,7 +19,7 @@ class Unreachable(WindowsCase, only(server_faults_test.Unreachable, "test_a_refu
 
 
 class Download(WindowsCase, only(server_faults_test.Download, "test_cut_off", "test_chunks",
-                                 "test_error_pages", "test_a_redirect_that", "test_nothing", "test_large")):
+                                 "test_error_pages", "test_a_redirect_that", "test_nothing", "test_large", "test_a_cut_list")):
     def test_reset_in_the_middle(self):
         """What had come may be lost with the connection; nothing else is written."""
         self.serve("sr200.abs.txt", reset(FIRMWARE[:5000], 9000))
@@ -32,18 +32,26 @@ class Download(WindowsCase, only(server_faults_test.Download, "test_cut_off", "t
 
 
 class Version(WindowsCase, only(server_texts_test.Version, "test_another_digit", "test_an_error_page", "test_nothing",
-                                "test_in_pieces")):
+                                "test_in_pieces", "test_cut_off", "test_complete", "test_chunks")):
     def opened(self):
         """The shell writes the slash of the root behind an address without a path."""
         return [address.rstrip("/") for address in super().opened()]
 
 
-class News(WindowsCase, only(server_texts_test.News, "test_three_fields", "test_empty_fields",
+class TooLarge(WindowsCase, only(server_faults_test.TooLarge, "test_an_announced_length_of")):
+    pass
+
+
+class Addresses(WindowsCase, server_faults_test.Addresses):
+    pass
+
+
+class News(WindowsCase, only(server_texts_test.News, "test_three_fields", "test_cut_off", "test_empty_fields",
                              "test_characters_that_are_not", "test_bytes_without", "test_markup")):
     pass
 
 
-class Catalog(WindowsCase, only(server_texts_test.Catalog, "test_eight_lines")):
+class Catalog(WindowsCase, only(server_texts_test.Catalog, "test_eight_lines", "test_cut_off")):
     pass
 
 
