@@ -13,6 +13,12 @@ namespace {
 constexpr toolkit::Color usedColor{222, 0, 0};
 constexpr toolkit::Color freeColor{0, 222, 0};
 
+/// Where none is chosen, which the settings file may say, sizes are in the first one, megabytes.
+const toolkit::ComboBox::Item& chosenUnit(const toolkit::ComboBox& units) {
+    const std::int16_t index = std::max<std::int16_t>(units.listIndex(), 0);
+    return units.items().at(static_cast<std::size_t>(index));
+}
+
 } // namespace
 
 void cDrive::GetDriveCapacity() {
@@ -25,8 +31,9 @@ void cDrive::GetDriveCapacity() {
     }
     const double free = TotalFreeSpace();
     const double used = total - free;
-    const double divisor = std::pow(1024.0, window.cmbSize.itemData());
-    const int decimals = window.cmbSize.listIndex() == 0 ? 2 : 3;
+    const toolkit::ComboBox::Item& unit = chosenUnit(window.cmbSize);
+    const double divisor = std::pow(1024.0, unit.data);
+    const int decimals = &unit == &window.cmbSize.items().front() ? 2 : 3;
 
     window.lblHDSize.setCaption(app::formatNumber(total / divisor, decimals));
     window.lblHDFree.setCaption(app::formatNumber(free / divisor, decimals));

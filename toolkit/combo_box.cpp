@@ -15,7 +15,7 @@ void ComboBox::setListIndex(std::int16_t index) {
     if (index < -1 || (index >= 0 && static_cast<std::size_t>(index) >= items_.size()))
         throw RuntimeError(ErrorNumber::InvalidProcedureCall, name());
     assign(listIndex_, index, Property::ListIndex);
-    if (index >= 0 && onClick) onClick();
+    if (onClick) onClick();
 }
 
 std::string ComboBox::text() const {

@@ -18,7 +18,7 @@ public:
 
     using Control::Control;
 
-    /// Fires each time an entry is selected, also when it was selected before.
+    /// Fires each time an entry, or none, is selected, also when it was selected before.
     std::function<void()> onClick;
 
     const std::vector<Item>& items() const noexcept { return items_; }
@@ -26,8 +26,7 @@ public:
 
     /// Index of the selected entry, -1 for none.
     std::int16_t listIndex() const noexcept { return listIndex_; }
-    /// Throws RuntimeError (InvalidProcedureCall) for an index that is neither an entry's nor -1. Choosing
-    /// none (-1) fires nothing: nothing has been selected.
+    /// Throws RuntimeError (InvalidProcedureCall) for an index that is neither an entry's nor -1.
     void setListIndex(std::int16_t index);
 
     /// Text of the selected entry; empty for none.

@@ -185,10 +185,11 @@ TEST_F(Combo, SelectingFiresEveryTime) {
     EXPECT_EQ(combo.itemData(), 2);
 }
 
-TEST_F(Combo, SelectingNoneFiresNothing) {
+TEST_F(Combo, SelectingNoneFiresEveryTimeToo) {
     combo.setListIndex(0);
     combo.setListIndex(-1);
-    EXPECT_EQ(fired, std::vector<std::int16_t>{0});
+    combo.setListIndex(-1);
+    EXPECT_EQ(fired, (std::vector<std::int16_t>{0, -1, -1}));
     EXPECT_EQ(combo.text(), "");
 }
 
