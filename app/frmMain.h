@@ -108,7 +108,8 @@ public:
     /// Reads the settings file into the controls. A missing file or section changes nothing. Throws
     /// toolkit::RuntimeError for a value that is no number or a key that names no control.
     void LoadSettings();
-    /// Writes the controls into a settings file that holds nothing else.
+    /// Writes the controls into a settings file that holds nothing else, unless they have not been loaded
+    /// yet. When it fails the old file stays, and it is told on the standard error output.
     void SaveSettings();
     /// Shows the chosen unit behind the three capacities.
     void SetLabelCap();
@@ -121,5 +122,6 @@ private:
 
     app::Program& program_;
     std::unique_ptr<Form1> assistant_;
+    bool settingsLoaded_ = false;     ///< the controls show what the settings file says
     bool automaticDetection_ = false; ///< device messages count only while it is set
 };

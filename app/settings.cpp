@@ -5,11 +5,11 @@
 #include "app/program_path.h"
 #include "drive/cDrive.h"
 #include "drive/device_monitor.h"
-#include "online/download.h"
 #include "platform/basINI.h"
-#include "platform/files.h"
 #include "platform/program_folder.h"
 #include "toolkit/runtime_error.h"
+
+#include <iostream>
 
 namespace {
 
@@ -40,17 +40,18 @@ void frmMain::LoadSettings() {
         if (prefix == "cmb")
             controlOf<toolkit::ComboBox>(*this, key).setListIndex(app::integer16FromText(value));
     }
+    settingsLoaded_ = true;
 }
 
 void frmMain::SaveSettings() {
+    // The session may end while the load asks which of two sticks is meant: the controls show no settings
+    // then.
+    if (!settingsLoaded_) return;
     const std::string file = settingsFile();
-    if (online::FileExists(file)) {
-        const platform::FileResult result = platform::deleteFile(file);
-        if (result != platform::FileResult::Ok)
-            throw toolkit::RuntimeError(static_cast<toolkit::ErrorNumber>(result), file);
-    }
-    basINI::IniWrite(file, section, chkAuto.name(), std::to_string(chkAuto.value()));
-    basINI::IniWrite(file, section, cmbSize.name(), std::to_string(cmbSize.listIndex()));
+    const bool saved = basINI::IniWriteFile(file, section,
+                                            {{chkAuto.name(), std::to_string(chkAuto.value())},
+                                             {cmbSize.name(), std::to_string(cmbSize.listIndex())}});
+    if (!saved) std::cerr << file << ": Die Einstellungen konnten nicht gespeichert werden.\n";
 }
 
 void frmMain::chkAuto_Click() {

@@ -58,6 +58,13 @@ bool IniWrite(std::string_view file, std::string_view section, std::string_view 
                                         drive);
 }
 
+bool IniWriteFile(std::string_view file, std::string_view section, std::initializer_list<IniEntry> entries) {
+    std::string text = "[" + std::string(section) + "]\r\n";
+    for (const auto& [key, value] : entries)
+        text.append(key).append("=").append(value.empty() ? " " : value).append("\r\n");
+    return platform::replaceProfile(platform::toAnsi(text), file);
+}
+
 void IniReset() {
     IniKeys = {};
     IniValues = {};

@@ -5,8 +5,10 @@
 #include "platform/drive_identity.h"
 
 #include <cstdint>
+#include <initializer_list>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace basINI {
@@ -16,6 +18,13 @@ namespace basINI {
 /// Only on that drive, when one is given.
 bool IniWrite(std::string_view file, std::string_view section, std::string_view key, std::string_view value,
               const platform::DriveIdentity& drive = {});
+
+/// A key and its value.
+using IniEntry = std::pair<std::string_view, std::string_view>;
+
+/// Makes the file one that holds this section and nothing else, or leaves what was there: false when it could
+/// not be written. Empty values as of IniWrite().
+bool IniWriteFile(std::string_view file, std::string_view section, std::initializer_list<IniEntry> entries);
 
 /// Replaces the lists of keys and values by empty ones.
 void IniReset();

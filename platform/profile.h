@@ -44,4 +44,10 @@ bool writeProfileString(std::string_view section, std::optional<std::string_view
                         std::optional<std::string_view> value, std::string_view path,
                         const DriveIdentity& drive = {});
 
+/// Makes the file one of these contents, or puts it in the place of the one that is there: whatever happens,
+/// there is either the old file or the new one, with all of it. False when it could not be written; the old
+/// one is still there then. Windows: `MoveFileExA`,
+/// https://learn.microsoft.com/windows/win32/api/winbase/nf-winbase-movefileexa
+bool replaceProfile(std::string_view contents, std::string_view path);
+
 } // namespace platform

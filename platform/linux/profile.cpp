@@ -76,4 +76,9 @@ bool writeProfileString(std::string_view section, std::optional<std::string_view
     return changed == text || (changed.size() <= largestProfile && file.replace(changed));
 }
 
+bool replaceProfile(std::string_view contents, std::string_view path) {
+    FileReplacement file(path);
+    return file.possible() && file.replace(contents);
+}
+
 } // namespace platform

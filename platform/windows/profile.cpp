@@ -139,6 +139,16 @@ void dropCache(const std::string& file) {
     WritePrivateProfileStringA(nullptr, nullptr, nullptr, file.c_str());
 }
 
+bool writeContents(const std::string& file, std::string_view contents) {
+    UniqueHandle opened(CreateFileA(file.c_str(), GENERIC_WRITE, 0, nullptr, TRUNCATE_EXISTING,
+                                    FILE_ATTRIBUTE_NORMAL, nullptr));
+    DWORD written = 0;
+    return opened &&
+           WriteFile(opened.get(), contents.data(), static_cast<DWORD>(contents.size()), &written, nullptr) !=
+               FALSE &&
+           written == contents.size() && opened.close();
+}
+
 /// Whether the user may change the file, which the exchange of it would not find out.
 bool mayWrite(const Place& place) {
     if (!place.exists()) return true;
@@ -210,6 +220,17 @@ bool writeProfileString(std::string_view section, std::optional<std::string_view
     // The functions know a file by its path alone, so the drive is looked at again.
     const bool isSameDrive = !drive || driveIdentity(place.root) == drive;
     if (!written || !isSameDrive || !draft.takePlace()) return false;
+    dropCache(place.native);
+    return true;
+}
+
+bool replaceProfile(std::string_view contents, std::string_view path) {
+    const QuietErrors quiet;
+    Place place;
+    if (locate(path, place) != FileResult::Ok || checkIsFile(place) != FileResult::Ok || !mayWrite(place))
+        return false;
+    Draft draft(place);
+    if (!draft.exists() || !writeContents(draft.file(), contents) || !draft.takePlace()) return false;
     dropCache(place.native);
     return true;
 }

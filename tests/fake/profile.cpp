@@ -114,4 +114,12 @@ bool writeProfileString(std::string_view section, std::optional<std::string_view
     return true;
 }
 
+bool replaceProfile(std::string_view contents, std::string_view path) {
+    computer().writes.emplace_back(path);
+    if (computer().writeResults.contains(std::string(path)) || fake::enter("write " + std::string(path)))
+        return false;
+    computer().files[std::string(path)].contents = contents;
+    return true;
+}
+
 } // namespace platform

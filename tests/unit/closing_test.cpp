@@ -85,10 +85,9 @@ TEST_F(Closing, GoesInOrder) {
     edit("Firmware");
     computer().journal.clear();
     close();
-    EXPECT_EQ(
-        computer().journal,
-        (std::vector<std::string>{"message Orvanta USB-Stick Internetupdate Tool 1.5", "write D:\\USB.ini",
-                                  "write /opt/tool\\Settings.ini", "write /opt/tool\\Settings.ini"}));
+    EXPECT_EQ(computer().journal,
+              (std::vector<std::string>{"message Orvanta USB-Stick Internetupdate Tool 1.5",
+                                        "write D:\\USB.ini", "write /opt/tool\\Settings.ini"}));
     EXPECT_EQ(computer().routedWindows, std::vector<std::intptr_t>(2, fake::windowHandle));
     EXPECT_NE(computer().procedure, nullptr);
     computer().procedure(fake::windowHandle, 0x219, 0x8000, 0);

@@ -66,10 +66,15 @@ TEST_F(Settings, ControlNamesMatchRegardlessOfCase) {
     EXPECT_EQ(window().chkAuto.value(), 1);
 }
 
-TEST_F(Settings, MinusOneSelectsNoUnitAndKeepsTheLabels) {
+TEST_F(Settings, MinusOneIsAChoiceOfNoUnit) {
     startWith("[USB Tool]\r\ncmbSize=-1\r\n");
     EXPECT_EQ(window().cmbSize.listIndex(), -1);
-    EXPECT_EQ(window().lblSize[0].caption(), "MB");
+    for (std::size_t i = 0; i < 3; ++i)
+        EXPECT_EQ(window().lblSize[i].caption(), "");
+    EXPECT_EQ(window().lblHDSize.caption(), "4096,00");
+    click(window().cmdSearch);
+    EXPECT_EQ(window().lblHDSize.caption(), "4096,00");
+    EXPECT_FALSE(ended());
 }
 
 TEST_F(Settings, AValueThatIsNoNumberIsTheEnd) {
@@ -145,19 +150,40 @@ TEST_F(Settings, WhatTheProgramWroteItReadsAgain) {
     EXPECT_FALSE(toolkit::ending().atOnce);
 }
 
-TEST_F(Settings, TheOldFileIsDeletedBeforeTheNewOneIsWritten) {
+TEST_F(Settings, AreWrittenAtOnce) {
     startWith("[USB Tool]\r\nchkAuto=1\r\n");
-    computer().fails = [](const std::string& operation) { return operation.starts_with("write "); };
+    computer().writes.clear();
     close();
-    EXPECT_EQ(computer().files.count(path), 0U) << "writing failed: the next start has the defaults";
-    EXPECT_EQ(status(), 0);
+    EXPECT_EQ(computer().writes, std::vector<std::string>{path});
 }
 
-TEST_F(Settings, AFileThatCannotBeDeletedIsAnError) {
-    startWith("[USB Tool]\r\nchkAuto=1\r\n");
-    computer().writeResults[path] = platform::FileResult::PermissionDenied;
+TEST_F(Settings, AFileThatCannotBeWrittenStaysAndIsTold) {
+    const std::string before = "[USB Tool]\r\nchkAuto=1\r\n";
+    startWith(before);
+    computer().fails = [](const std::string& operation) { return operation.starts_with("write "); };
+    testing::internal::CaptureStderr();
     close();
-    expectReport(ErrorNumber::PermissionDenied, path);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              std::string(path) + ": Die Einstellungen konnten nicht gespeichert werden.\n");
+    EXPECT_EQ(computer().files[path].contents, before);
+    EXPECT_TRUE(computer().messages.empty());
+    EXPECT_EQ(status(), 0);
+    EXPECT_FALSE(toolkit::ending().atOnce);
+}
+
+TEST_F(Settings, WhatWasNotLoadedIsNotSaved) {
+    const std::string before = "[USB Tool]\r\nchkAuto=1\r\ncmbSize=1\r\n";
+    putFile(path, before);
+    plugIn("E:\\"); // two sticks: the load asks which one is meant
+    bool asked = false;
+    computer().onModal = [&](toolkit::Form&) {
+        asked = true;
+        window().unload();
+    };
+    start();
+    EXPECT_TRUE(asked);
+    EXPECT_TRUE(ended());
+    EXPECT_EQ(computer().files[path].contents, before);
 }
 
 TEST_F(Settings, LieInTheFolderForSettings) {

@@ -101,10 +101,22 @@ class Settings(Files):
         self.assertEqual((program.folder / "Settings.ini").read_bytes(), b"[USB Tool]\r\nchkAuto=0\r\ncmbSize=-1\r\n")
 
     def test_figures_without_a_unit(self):
-        program = self.start_with_settings(b"[USB Tool]\r\ncmbSize=-1\r\n")
+        """They are in megabytes, and stay so, and the next start is like this one."""
+        settings = b"[USB Tool]\r\nchkAuto=0\r\ncmbSize=-1\r\n"
+        program = self.start_with_settings(settings)
         program.wait_for("cmbSize", "index", -1)
+        program.wait_for("lblHDSize", "text", "4096.00")
+        self.assertEqual(program.text("lblSize_0"), "")
+        program.write("Drives.ini", b"")
         program.click("cmdSearch")
-        self.expect_error(program, 9)
+        program.wait_for("lblHDSize", "text", "")
+        program.set_drives(self.drives())
+        program.click("cmdSearch")
+        program.wait_for("lblHDSize", "text", "4096.00")
+        self.close(program)
+        self.assertEqual((program.folder / "Settings.ini").read_bytes(), settings)
+        program.restart()
+        program.wait_for("lblHDSize", "text", "4096.00")
 
     def test_a_folder(self):
         program = self.start(start=False)
@@ -112,6 +124,7 @@ class Settings(Files):
         program.start()
         self.expect_choices(program, False, "MB")
         self.close(program)
+        self.assertIn("Settings.ini: Die Einstellungen konnten nicht gespeichert werden.", program.output())
 
 
 class Profile(Files):

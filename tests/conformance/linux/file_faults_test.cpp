@@ -14,6 +14,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <cstdarg>
 #include <set>
@@ -114,7 +115,7 @@ namespace {
 class Faults : public testing::Test {
 protected:
     const std::string oldText = "[s]\r\nk=old\r\n" + std::string(5000, ';') + "\r\n";
-    const std::string newText = "[s]\r\nk=new\r\n" + std::string(5000, ';') + "\r\n";
+    const std::string newText = newContents();
 
     // In the program folder, so that no look at the table of drives comes in between.
     void SetUp() override { fault = {}; }
@@ -137,6 +138,68 @@ protected:
     }
 
     static bool setKey() { return writeProfileString("s", "k", "new", programFolder() + "\\faults.ini"); }
+
+    static bool replaceAll() { return replaceProfile(newContents(), programFolder() + "\\faults.ini"); }
+
+    static std::string newContents() { return "[s]\r\nk=new\r\n" + std::string(5000, ';') + "\r\n"; }
+
+    /// Both ways to write a profile.
+    static constexpr std::array ways = {setKey, replaceAll};
+
+    /// Each call fails once.
+    void surviveAnyFailure(bool (*write)()) {
+        put(ini, oldText);
+        const auto before = entries(folder);
+        int at = 1;
+        for (;; ++at) {
+            put(ini, oldText);
+            Fault wanted;
+            wanted.at = at;
+            wanted.error = EIO;
+            const bool written = with(wanted, write);
+            const bool happened = fault.count >= at;
+            const std::string text = get(ini);
+            EXPECT_TRUE(text == newText || (!written && text == oldText)) << "call " << at;
+            EXPECT_EQ(entries(folder), before) << "nothing is left behind, call " << at;
+            if (happened) continue;
+            EXPECT_TRUE(written);
+            break;
+        }
+        EXPECT_GT(at, 10) << "calls tried";
+    }
+
+    /// The process ends at each call.
+    void surviveTheEnd(bool (*write)()) {
+        int at = 1;
+        for (;; ++at) {
+            put(ini, oldText);
+            const pid_t child = fork();
+            ASSERT_GE(child, 0);
+            if (child == 0) {
+                Fault wanted;
+                wanted.at = at;
+                wanted.largestWrite = 1000;
+                _exit(with(wanted, write) ? 0 : 1);
+            }
+            int status = 0;
+            ASSERT_EQ(waitpid(child, &status, 0), child);
+            ASSERT_TRUE(WIFEXITED(status));
+            const std::string text = get(ini);
+            EXPECT_TRUE(text == newText || text == oldText) << "call " << at;
+            removeDrafts();
+            if (WEXITSTATUS(status) == killed) continue;
+            EXPECT_EQ(WEXITSTATUS(status), 0);
+            EXPECT_EQ(text, newText);
+            break;
+        }
+        EXPECT_GT(at, 10) << "calls tried";
+    }
+
+    /// What the end of a process leaves behind.
+    void removeDrafts() const {
+        for (const auto& entry : fs::directory_iterator(folder))
+            if (entry.path().extension() == ".tmp") fs::remove(entry.path());
+    }
 
     static std::string filePath() { return programFolder() + "\\faults.tmp"; }
     static std::string copyPath() { return programFolder() + "\\faults-copy.tmp"; }
@@ -262,25 +325,10 @@ TEST_F(Faults, AFolderThatCannotBeOpenedIsNotSynced) {
 }
 
 TEST_F(Faults, AProfileSurvivesAnyFailure) {
+    for (const auto write : ways)
+        surviveAnyFailure(write);
     put(ini, oldText);
-    const auto before = entries(folder);
-    int at = 1;
-    for (;; ++at) {
-        put(ini, oldText);
-        Fault wanted;
-        wanted.at = at;
-        wanted.error = EIO;
-        const bool written = with(wanted, setKey);
-        const bool happened = fault.count >= at;
-        const std::string text = get(ini);
-        EXPECT_TRUE(text == newText || (!written && text == oldText)) << "call " << at;
-        EXPECT_EQ(entries(folder), before) << "nothing is left behind, call " << at;
-        if (!happened) {
-            EXPECT_TRUE(written);
-            break;
-        }
-    }
-    EXPECT_GT(at, 10) << "calls tried";
+    with({}, setKey);
     for (const auto& call : {"openat", "read", "write", "fsync", "renameat", "close"})
         EXPECT_EQ(fault.seen.count(call), 1U) << call;
 }
@@ -308,31 +356,6 @@ TEST_F(Faults, AProfileSurvivesAFullDisk) {
 }
 
 TEST_F(Faults, AProfileSurvivesTheEndOfTheProcess) {
-    int at = 1;
-    for (;; ++at) {
-        put(ini, oldText);
-        const pid_t child = fork();
-        ASSERT_GE(child, 0);
-        if (child == 0) {
-            Fault wanted;
-            wanted.at = at;
-            wanted.largestWrite = 1000;
-            _exit(with(wanted, setKey) ? 0 : 1);
-        }
-        int status = 0;
-        ASSERT_EQ(waitpid(child, &status, 0), child);
-        ASSERT_TRUE(WIFEXITED(status));
-        const std::string text = get(ini);
-        EXPECT_TRUE(text == newText || text == oldText) << "call " << at;
-        for (const auto& entry : fs::directory_iterator(folder)) {
-            if (entry.path().extension() == ".tmp")
-                fs::remove(entry.path()); // what such an end leaves behind
-        }
-        if (WEXITSTATUS(status) != killed) {
-            EXPECT_EQ(WEXITSTATUS(status), 0);
-            EXPECT_EQ(text, newText);
-            break;
-        }
-    }
-    EXPECT_GT(at, 10) << "calls tried";
+    for (const auto write : ways)
+        surviveTheEnd(write);
 }
