@@ -1,11 +1,12 @@
 """Every way to end, at bad moments. What is on the stick stays, the process says 0 or 1 and is gone."""
 
+import signal
 import threading
 import unittest
 
 from case import CONFIRMATION, COPIED, SUCCESS, TITLE, WindowCase
 from server_files import FIRMWARE, SETTINGS
-from side_by_side import side_by_side
+from side_by_side import each, side_by_side
 
 LARGE = FIRMWARE * 2000  # takes minutes by the trickle below
 SAVED = b"[USB Tool]\r\nchkAuto=0\r\ncmbSize=0\r\n"
@@ -165,6 +166,15 @@ class BehindABox(Endings):
 
 
 class Idle(Endings):
+    @each({"hung up": signal.SIGHUP, "interrupted": signal.SIGINT, "terminated": signal.SIGTERM})
+    def test_signals(self, number):
+        """Of a terminal that goes away, of its user, of the session."""
+        if signal.getsignal(number) == signal.SIG_IGN:
+            self.skipTest("these tests run without a terminal, and so does the program")
+        program = self.start_loaded()
+        program.terminate(number)
+        self.expect_saved_end(program)
+
     def test_told_to_end(self):
         program = self.start_loaded()
         program.terminate()

@@ -15,7 +15,7 @@ namespace toolkit::qt {
 
 namespace {
 
-constexpr std::array endSignals = {SIGTERM, SIGINT};
+constexpr std::array endSignals = {SIGTERM, SIGINT, SIGHUP};
 
 volatile std::sig_atomic_t writeEnd = -1;
 
@@ -31,8 +31,12 @@ void handle(void (*handler)(int)) {
     struct sigaction action = {};
     action.sa_handler = handler;
     action.sa_flags = SA_RESTART;
-    for (const int number : endSignals)
-        sigaction(number, &action, nullptr);
+    for (const int number : endSignals) {
+        struct sigaction before = {};
+        // "nohup" lets a program go on when its terminal goes.
+        const bool ignored = sigaction(number, nullptr, &before) == 0 && before.sa_handler == SIG_IGN;
+        if (number != SIGHUP || !ignored) sigaction(number, &action, nullptr);
+    }
 }
 
 } // namespace

@@ -4,7 +4,7 @@
 
 namespace toolkit::qt {
 
-/// Turns SIGTERM and SIGINT into a wish to close the program, on the user-interface thread.
+/// Turns SIGTERM, SIGINT and SIGHUP into a wish to close the program, on the user-interface thread.
 class EndSignals : public QObject {
 public:
     EndSignals();

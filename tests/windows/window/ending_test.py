@@ -2,7 +2,7 @@
 
 import unittest
 
-from windows_case import WindowsCase
+from windows_case import WindowsCase, without
 
 import endings_test as shared
 from side_by_side import side_by_side
@@ -20,7 +20,7 @@ class BehindABox(WindowsCase, shared.BehindABox):
     pass
 
 
-class Idle(WindowsCase, shared.Idle):
+class Idle(WindowsCase, without(shared.Idle, "test_signals")):
     pass
 
 
