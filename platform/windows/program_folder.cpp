@@ -54,10 +54,10 @@ std::string findProgramFolder() {
 
 /// Whether a file can be created in the folder, found out by creating one that goes again at once.
 bool takesFiles(const std::string& folder) {
-    std::array<char, MAX_PATH> name{};
-    if (GetTempFileNameA(folder.c_str(), "orv", 0, name.data()) == 0) return false;
-    DeleteFileA(name.data());
-    return true;
+    const std::string name = folder + "\\~settings-" + std::to_string(GetCurrentProcessId()) + ".tmp";
+    const UniqueHandle created(CreateFileA(name.c_str(), GENERIC_WRITE | DELETE, 0, nullptr, CREATE_ALWAYS,
+                                           FILE_ATTRIBUTE_TEMPORARY | FILE_FLAG_DELETE_ON_CLOSE, nullptr));
+    return static_cast<bool>(created);
 }
 
 bool canBeWritten(const std::string& file) {

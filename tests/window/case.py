@@ -271,6 +271,16 @@ class WindowCase(Tables, unittest.TestCase):
             self.skipTest(f"this machine does not mount {kind}: {result.stderr.strip()}")
         self.addCleanup(subprocess.run, ["umount", "-l", self.stick], check=True)
 
+    def write_protect(self, folder):
+        """Whoever the user is; the test is skipped where that is not allowed."""
+        if os.geteuid() != 0:
+            self.skipTest("only root can write-protect a folder from root")
+        result = subprocess.run(["mount", "--bind", folder, folder], capture_output=True, text=True, check=False)
+        if result.returncode != 0:
+            self.skipTest(f"this machine does not mount: {result.stderr.strip()}")
+        self.addCleanup(subprocess.run, ["umount", "-l", folder], check=True)
+        subprocess.run(["mount", "-o", "remount,bind,ro", folder], check=True)
+
     def remount(self, *options):
         subprocess.run(["mount", "-o", "remount," + ",".join(options), self.stick], check=True)
 

@@ -132,6 +132,21 @@ class End(WindowCase):
         self.expect_stick({})
         self.assertTrue((program.folder / "Settings.ini").exists())
 
+    def test_settings_of_a_program_folder_that_cannot_be_written(self):
+        """They are in the user's folder for settings, and are found there again."""
+        program = self.start(start=False)
+        self.write_protect(program.folder)
+        program.start()
+        program.choose("cmbSize", 1)
+        program.wait_for("lblSize_0", "text", "GB")
+        self.close(program)
+        own = program.home / "config" / "orvanta-usbtool" / "Settings.ini"
+        self.assertEqual(own.read_bytes(), b"[USB Tool]\r\nchkAuto=0\r\ncmbSize=1\r\n")
+        self.assertFalse((program.folder / "Settings.ini").exists())
+        program.restart()
+        program.wait_for("lblSize_0", "text", "GB")
+        self.close(program)
+
     def test_settings_survive(self):
         program = self.start(files={"Settings.ini": b"[Other]\r\nkey=1\r\n[USB Tool]\r\nnoise=2\r\n"})
         program.choose("cmbSize", 1)

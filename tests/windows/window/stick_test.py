@@ -243,6 +243,23 @@ class Types(WindowsCase):
 
 
 class End(WindowsCase, shared.End):
+    def test_settings_of_a_program_folder_that_cannot_be_written(self):
+        """They are in the user's folder for the data of programs, and are found there again."""
+        program = self.start(start=False)
+        own = self.machine.prefix / "drive_c/users/root/AppData/Roaming/orvanta-usbtool"
+        shutil.rmtree(own, ignore_errors=True)
+        self.addCleanup(shutil.rmtree, own, ignore_errors=True)
+        self.write_protect(program.folder)
+        program.start()
+        program.choose("cmbSize", 1)
+        program.wait_for("lblSize_0", "text", "GB")
+        self.close(program)
+        self.assertEqual((own / "Settings.ini").read_bytes(), b"[USB Tool]\r\nchkAuto=0\r\ncmbSize=1\r\n")
+        self.assertFalse((program.folder / "Settings.ini").exists())
+        program.restart()
+        program.wait_for("lblSize_0", "text", "GB")
+        self.close(program)
+
     def test_settings_survive(self):
         program = self.start(files={"Settings.ini": b"[Other]\r\nkey=1\r\n[USB Tool]\r\nnoise=2\r\n"})
         program.choose("cmbSize", 1)
