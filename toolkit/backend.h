@@ -12,8 +12,9 @@
 namespace toolkit {
 
 /// Sets the toolkit up, dispatches `start`, handles events until the program ends, and tells how it ended.
-/// Called once, by main().
-Ending run(int argc, char** argv, const std::function<void()>& start);
+/// Called once, by main(). `program` is the name that the program was called by; nothing else of the command
+/// line is for a toolkit.
+Ending run(char* program, const std::function<void()>& start);
 
 namespace backend {
 

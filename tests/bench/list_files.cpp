@@ -12,7 +12,7 @@
 
 int main(int argc, char** argv) {
     if (argc != 2) return EXIT_FAILURE;
-    toolkit::run(argc, argv, [&] {
+    toolkit::run(argv[0], [&] {
         std::vector<std::string> names;
         std::vector<std::int16_t> attributes;
         std::int32_t count = 0;

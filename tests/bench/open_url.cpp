@@ -16,7 +16,7 @@ int main(int argc, char** argv) {
     if (argc != 2) return EXIT_FAILURE;
     const auto program = std::make_unique<app::Program>();
     std::unique_ptr<frmMain> window;
-    toolkit::run(argc, argv, [&] {
+    toolkit::run(argv[0], [&] {
         window = std::make_unique<frmMain>(*program);
         window->show();
         const auto started = std::chrono::steady_clock::now();

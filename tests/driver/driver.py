@@ -49,6 +49,8 @@ class Program(PluginWindow, LocalProgram):
     executable    the program; else $USBTOOL_PROGRAM, else that of the release build
     """
 
+    arguments = ()  # of the command line
+
     def __init__(self, drives=None, server=None, files=None, environment=None, executable=None, start=True,
                  screen=SMALLEST_SCREEN):
         original = executable or os.environ.get("USBTOOL_PROGRAM") or BUILD / "program" / "orvanta-usbtool"
@@ -126,7 +128,7 @@ class Program(PluginWindow, LocalProgram):
 
     def start(self):
         (self.home / "runtime").mkdir(mode=0o700, exist_ok=True)
-        self._launch([str(self.executable)], self.environment())
+        self._launch([str(self.executable), *self.arguments], self.environment())
         self._connect()
 
     def _connect(self):
@@ -144,9 +146,9 @@ class Program(PluginWindow, LocalProgram):
             time.sleep(POLL)
         self._use(connection)
 
-    def terminate(self):
+    def terminate(self, number=signal.SIGTERM):
         """The end of the session, as a service manager tells it."""
-        self.process.send_signal(signal.SIGTERM)
+        self.process.send_signal(number)
 
     def restart(self):
         self._disconnect()

@@ -12,6 +12,7 @@
 #include <QSessionManager>
 #include <QTimer>
 
+#include <array>
 #include <chrono>
 
 // The macro declares a function, which must not be in a namespace.
@@ -48,12 +49,14 @@ void describe(QApplication& application) {
 
 } // namespace
 
-Ending run(int argc, char** argv, const std::function<void()>& start) {
+Ending run(char* program, const std::function<void()>& start) {
     resetEnding();
     quitting = false;
     loadResources();
     qt::distrustPluginsBesideTheProgram();
-    QApplication application(argc, argv);
+    int argumentCount = 1;
+    std::array<char*, 2> arguments = {program, nullptr};
+    QApplication application(argumentCount, arguments.data());
     describe(application);
     qt::GermanTexts germanTexts;
     QCoreApplication::installTranslator(&germanTexts);

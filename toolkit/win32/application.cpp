@@ -55,7 +55,7 @@ void loadControlClasses() {
 
 } // namespace
 
-Ending run(int /*argc*/, char** /*argv*/, const std::function<void()>& start) {
+Ending run(char* /*program*/, const std::function<void()>& start) {
     trustSystemLibrariesOnly();
     resetEnding();
     win32::startLoops();
