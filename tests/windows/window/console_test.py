@@ -11,10 +11,13 @@ from windows_program import PROGRAM
 
 class CommandLine(WindowsCase):
     def printed(self, *arguments):
-        result = subprocess.run(["wine", str(PROGRAM), *arguments], env=self.machine.environment, capture_output=True,
-                                timeout=120, check=False)
-        self.assertEqual(result.returncode, 0, result)
-        return result.stdout.decode("utf-8")
+        file = self.home / "printed"
+        with open(file, "wb") as output:  # not a pipe: Wine's own processes would keep it open
+            result = subprocess.run(["wine", str(PROGRAM), *arguments], env=self.machine.environment,
+                                    stdin=subprocess.DEVNULL, stdout=output, stderr=subprocess.DEVNULL, timeout=120,
+                                    check=False)
+        self.assertEqual(result.returncode, 0)
+        return file.read_bytes().decode("utf-8")
 
     def test_the_version(self):
         self.assertEqual(self.printed("--version"), TITLE + "\n")
