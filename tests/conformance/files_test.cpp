@@ -199,7 +199,7 @@ TEST_F(Files, AnEmptyNameNeverTouchesAFolder) {
 // Reading
 
 TEST_F(Files, ReadsBytesAsTheyAre) {
-    for (const std::size_t size : {0, 1, 511, 262144, 262145, 1000000}) {
+    for (const std::size_t size : {0U, 1U, 511U, 262144U, 262145U, 1000000U}) {
         put(stick / "data.bin", pattern(size));
         std::string contents = "old";
         EXPECT_EQ(readWholeFile(R"(E:\data.bin)", contents), FileResult::Ok);
@@ -246,7 +246,7 @@ TEST_F(Files, ADriveWithoutMediumIsNotReady) {
 // Writing
 
 TEST_F(Files, WritesBytesAsTheyAre) {
-    for (const std::size_t size : {1000000, 512, 0, 1}) {
+    for (const std::size_t size : {1000000U, 512U, 0U, 1U}) {
         EXPECT_EQ(writeWholeFile(R"(E:\data.bin)", pattern(size)), FileResult::Ok);
         EXPECT_TRUE(get(stick / "data.bin") == pattern(size)) << size;
     }
@@ -298,7 +298,7 @@ TEST_F(Files, OnAFullDiskWhatWasWrittenStays) {
 // Copying
 
 TEST_F(Files, CopiesBytesAsTheyAre) {
-    for (const std::size_t size : {3000000, 262144, 1, 0}) {
+    for (const std::size_t size : {3000000U, 262144U, 1U, 0U}) {
         put(stick / "from", pattern(size));
         EXPECT_EQ(copyFile(R"(E:\from)", R"(E:\to)"), FileResult::Ok);
         EXPECT_TRUE(get(stick / "to") == pattern(size)) << size;

@@ -213,7 +213,7 @@ TEST_F(Profile, BytesComeBackAsTheyAre) {
 TEST_F(Profile, ACompleteAnswerLeavesTwoCharactersFree) {
     ini("[section1]\r\n[section2]\r\n[section3]\r\n"); // 27 characters
     const std::string all = "section1|section2|section3|";
-    for (const std::size_t size : {100, 30, 29}) {
+    for (const std::size_t size : {100U, 30U, 29U}) {
         std::vector<char> buffer(size, '#');
         EXPECT_EQ(profileSectionNames(buffer, path), 27U) << size;
         EXPECT_EQ(shown({buffer.data(), 27}), all);
@@ -224,7 +224,7 @@ TEST_F(Profile, ACompleteAnswerLeavesTwoCharactersFree) {
 TEST_F(Profile, ATruncatedAnswerIsTwoShorterThanTheBuffer) {
     ini("[section1]\r\n[section2]\r\n[section3]\r\n");
     const std::string all = "section1|section2|section3|";
-    for (const std::size_t size : {28, 27, 20, 12, 11, 10, 5, 3}) {
+    for (const std::size_t size : {28U, 27U, 20U, 12U, 11U, 10U, 5U, 3U}) {
         std::vector<char> buffer(size, '#');
         EXPECT_EQ(profileSectionNames(buffer, path), size - 2) << size;
         EXPECT_EQ(shown({buffer.data(), size - 2}).substr(0, 8),
