@@ -35,11 +35,11 @@ public:
 
     void kill() const { ::kill(id_, SIGKILL); }
 
-    /// Waits for its end; the signal that ended it, 0 for none.
+    /// Waits for its end; the signal that ended it, or its exit status with a minus.
     int end() {
         if (id_ > 0) waitpid(id_, &state_, 0);
         id_ = -1;
-        return WIFSIGNALED(state_) ? WTERMSIG(state_) : 0;
+        return WIFSIGNALED(state_) ? WTERMSIG(state_) : -WEXITSTATUS(state_);
     }
 
 private:
