@@ -67,6 +67,16 @@ int useStickAndEnd(int argc, char** argv) {
     return EXIT_SUCCESS;
 }
 
+/// That of "/", as the kernel lists it; empty where "/" is no mount point, as in a build chroot.
+std::string rootFileSystem() {
+    std::ifstream mounts("/proc/self/mounts");
+    std::string root;
+    std::string device, folder, type, rest;
+    while (mounts >> device >> folder >> type && std::getline(mounts, rest))
+        if (folder == "/") root = type;
+    return root;
+}
+
 class UdisksTable : public testing::Test {
 protected:
     void addStick(const QString& name, quint64 number, const QVariantMap& more = {}) {
@@ -107,7 +117,7 @@ TEST_F(UdisksTable, SystemDrivesAreAlwaysThere) {
         struct statvfs root = {};
         ASSERT_EQ(statvfs("/", &root), 0);
         EXPECT_EQ(drives.space(letter)->total, std::uint64_t{root.f_frsize} * root.f_blocks);
-        EXPECT_NE(drives.names(letter)->fileSystem, "");
+        EXPECT_EQ(drives.names(letter)->fileSystem, rootFileSystem());
         EXPECT_FALSE(drives.setLabel(letter, "NO"));
     }
     EXPECT_EQ(calls(), QStringList());
