@@ -109,6 +109,8 @@ std::optional<std::uint32_t> fileAttributes(std::string_view path) {
 }
 
 std::optional<std::uint64_t> fileLength(std::string_view path) {
+    const auto length = computer().lengths.find(std::string(path));
+    if (length != computer().lengths.end()) return length->second;
     const auto found = computer().files.find(std::string(path));
     if (found == computer().files.end()) return std::nullopt;
     return found->second.contents.size();

@@ -244,6 +244,23 @@ TEST_F(UsbIni, AMalformedOneIsTheEnd) {
               unit::errorReport(toolkit::ErrorNumber::SubscriptOutOfRange, "D:\\USB.ini"));
 }
 
+TEST_F(UsbIni, IsNoLongerSearchedOnceThatTook256MB) {
+    const std::string lines = "[A]\r\na=1\r\nx=\r\n[B]\r\nb=2\r\nx=\r\n[C]\r\nc=3\r\nx=\r\n";
+    const std::vector<std::string> one = {"a", "1"};
+    const std::vector<std::string> two = {"a", "1", "b", "2"};
+    const std::vector<std::string> all = {"a", "1", "b", "2", "c", "3"};
+    const auto infosOfLength = [&](std::uint64_t length) {
+        computer().lengths["D:\\USB.ini"] = length;
+        scanWith(lines);
+        return infos();
+    };
+    EXPECT_EQ(infosOfLength(1), all);
+    EXPECT_EQ(infosOfLength(128 * unit::MB), all) << "the second section ends at the limit itself";
+    EXPECT_EQ(infosOfLength(128 * unit::MB + 1), two);
+    EXPECT_EQ(infosOfLength(256 * unit::MB), two);
+    EXPECT_EQ(infosOfLength(256 * unit::MB + 1), one) << "one section always";
+}
+
 TEST_F(UsbIni, AReadOnlyOneCountsAsAbsent) {
     computer().files["D:\\USB.ini"] = {"[Open]\r\nDir=x\r\n", platform::FileArchive | platform::FileReadOnly};
     drive().mp_GetDriveTyps();
