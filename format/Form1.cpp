@@ -5,6 +5,7 @@
 #include "app/program_path.h"
 #include "format/admin_check.h"
 #include "format/process_runner.h"
+#include "platform/volumes.h"
 #include "toolkit/message_box.h"
 #include "toolkit/scoped_flag.h"
 
@@ -45,6 +46,10 @@ std::string question(const std::string& drive) {
     return joinLines({"ACHTUNG: ALLE DATEN AUF DER USB-DISK WERDEN GELÖSCHT:", "",
                       "Wollen Sie wirklich die Festplatte " + drive + " formatieren?", "",
                       "Für Datenverlust wird keine Haftung übernommen.", "", "Formatieren mit OK ?"});
+}
+
+std::string rootOf(const std::string& drive) {
+    return drive + '\\';
 }
 
 constexpr const char* cancelQuestion = "Die Festplatte wird gerade formatiert. Wirklich abbrechen?";
@@ -89,14 +94,22 @@ void Form1::Command1_Click() {
     }
     if (state_ == WithoutDisk)
         beginWaiting();
-    else if (state_ == DiskFound && !formatting_ && confirmFormat())
-        formatDrive();
+    else if (state_ == DiskFound && !formatting_ && !asking_)
+        askAndFormat();
 }
 
+/// No disk is looked for behind the question, which is about the one that it names. One that is being
+/// formatted may well be another one by now.
 void Form1::Timer1_Timer() {
+    if (asking_) return;
+    if (state_ == DiskFound && !formatting_ && !isDiskThere()) {
+        waitForDisk();
+        return;
+    }
     if (state_ != WaitingForDisk) return;
     drive_ = snapshot_.newDrive();
     if (drive_.empty()) return;
+    disk_ = platform::driveIdentity(rootOf(drive_));
     state_ = DiskFound;
     Label3.setCaption(thirdStep);
     Label2.setCaption(thirdInstructions(drive_));
@@ -111,6 +124,11 @@ void Form1::showFirstStep() {
 
 void Form1::beginWaiting() {
     snapshot_.take();
+    waitForDisk();
+}
+
+/// The drives noted before stay so: whichever disk comes now, also the one that has just gone, is a new one.
+void Form1::waitForDisk() {
     state_ = WaitingForDisk;
     Label3.setCaption(secondStep);
     Label2.setCaption(secondInstructions());
@@ -118,9 +136,25 @@ void Form1::beginWaiting() {
     Command2.setEnabled(true);
 }
 
+/// Not another one that has got its letter.
+bool Form1::isDiskThere() const {
+    return platform::driveType(rootOf(drive_)) == platform::DriveFixed &&
+           platform::driveIdentity(rootOf(drive_)) == disk_;
+}
+
 bool Form1::confirmFormat() {
+    const toolkit::ScopedFlag asking(asking_);
     const int answer = toolkit::messageBox(question(drive_), toolkit::OkCancel, questionTitle);
     return answer == toolkit::Ok && loaded();
+}
+
+/// The answer may take its time, in which the disk can be exchanged.
+void Form1::askAndFormat() {
+    if (isDiskThere()) {
+        if (!confirmFormat() || state_ != DiskFound) return;
+        if (isDiskThere()) return formatDrive();
+    }
+    waitForDisk();
 }
 
 /// Events go on while the formatter runs. WEITER then starts no second one, which would write to the same

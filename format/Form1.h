@@ -1,6 +1,7 @@
 #pragma once
 
 #include "format/drive_snapshot.h"
+#include "platform/drive_identity.h"
 #include "toolkit/button.h"
 #include "toolkit/form.h"
 #include "toolkit/label.h"
@@ -35,15 +36,20 @@ private:
 
     void showFirstStep();
     void beginWaiting();
+    void waitForDisk();
+    bool isDiskThere() const;
     bool confirmFormat();
+    void askAndFormat();
     void formatDrive();
     bool mayClose();
     void endAssistant();
 
     frmMain& owner_;
     Module1::DriveSnapshot snapshot_;
-    std::string drive_; ///< the new disk, as in "E:"; empty until it is found
+    std::string drive_;            ///< the new disk, as in "E:"; empty until it is found
+    platform::DriveIdentity disk_; ///< which one it is, whatever has its letter later
     std::int16_t state_ = WithoutDisk;
+    bool asking_ = false;
     bool formatting_ = false;
     bool closed_ = false; ///< since the formatter was started
 };

@@ -151,6 +151,89 @@ TEST_F(FormatAssistant, NothingIsLookedForInTheThirdStep) {
     expectThirdStep();
 }
 
+TEST_F(FormatAssistant, DiskThatGoesLeadsBackToTheSecondStep) {
+    goToThirdStep();
+    computer().drives.erase("E:\\");
+    assistant.Timer1.tick();
+    expectSecondStep();
+    EXPECT_TRUE(assistant.Command2.enabled());
+    assistant.Timer1.tick();
+    expectSecondStep();
+    plug("E:\\");
+    assistant.Timer1.tick();
+    expectThirdStep();
+}
+
+TEST_F(FormatAssistant, AnotherDiskInItsPlaceIsFoundAnew) {
+    goToThirdStep();
+    computer().drives["E:\\"].medium = "another";
+    assistant.Timer1.tick();
+    expectSecondStep();
+    assistant.Timer1.tick();
+    expectThirdStep();
+    formatterWrites("Done");
+    assistant.Command1.click();
+    EXPECT_EQ(console().commandLines.size(), 1U);
+}
+
+TEST_F(FormatAssistant, DiskThatBecomesAnotherKindOfDriveIsGone) {
+    goToThirdStep();
+    plug("E:\\", platform::DriveRemovable);
+    assistant.Timer1.tick();
+    expectSecondStep();
+}
+
+TEST_F(FormatAssistant, AnotherDiskInItsPlaceIsNotAskedAbout) {
+    goToThirdStep();
+    computer().drives["E:\\"].medium = "another";
+    assistant.Command1.click();
+    EXPECT_TRUE(computer().messages.empty());
+    EXPECT_TRUE(console().calls.empty());
+    expectSecondStep();
+}
+
+TEST_F(FormatAssistant, DiskThatIsExchangedBehindTheQuestionIsNotFormatted) {
+    goToThirdStep();
+    computer().answer = [this](const fake::Message&) {
+        computer().drives["E:\\"].medium = "another";
+        assistant.Timer1.tick();
+        assistant.Timer1.tick();
+        return 1;
+    };
+    assistant.Command1.click();
+    EXPECT_EQ(computer().messages.size(), 1U);
+    EXPECT_TRUE(console().calls.empty());
+    expectSecondStep();
+}
+
+TEST_F(FormatAssistant, AnotherDiskThatIsFoundBehindTheQuestionIsNotFormatted) {
+    goToThirdStep();
+    computer().answer = [this](const fake::Message&) {
+        computer().drives.erase("E:\\");
+        plug("F:\\");
+        assistant.Command2.click();
+        assistant.Command1.click();
+        assistant.Timer1.tick();
+        return 1;
+    };
+    assistant.Command1.click();
+    EXPECT_TRUE(console().calls.empty());
+}
+
+TEST_F(FormatAssistant, DiskThatChangesWhileItIsFormattedIsTheSame) {
+    goToThirdStep();
+    computer().onPump = [this] {
+        computer().drives["E:\\"].medium = "formatted";
+        assistant.Timer1.tick();
+        expectThirdStep();
+        if (computer().pumps > 1) return;
+        console().child.write("Done");
+        console().child.exit();
+    };
+    assistant.Command1.click();
+    EXPECT_EQ(computer().messages.back().text, "Formatierung abgeschlossen.");
+}
+
 TEST_F(FormatAssistant, BackFromTheSecondStepRetakesTheSnapshot) {
     plug("D:\\");
     goToSecondStep();

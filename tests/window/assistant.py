@@ -64,6 +64,12 @@ class AssistantCase(SticksCase):
         self.expect_step(program, 3, THIRD.format(found))
         self.expect_buttons(program, True, True)
 
+    def exchange_disk(self, letter):
+        """From now on another disk has the letter."""
+        folder = self.folder(letter)
+        folder.rename(folder.with_name(letter + "-pulled"))
+        (self.folder(letter) / ".windows-serial").write_text("0815CAFE\n")  # where Wine keeps a folder's number
+
     def ask(self, program):
         program.click("Command1", "Form1")
         program.wait_message(title=QUESTION_TITLE)

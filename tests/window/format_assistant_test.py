@@ -2,7 +2,7 @@
 
 import unittest
 
-from assistant import FIRST, QUESTION, REFUSAL, REFUSAL_TITLE, SECOND, THIRD, AssistantCase
+from assistant import DONE, FIRST, QUESTION, REFUSAL, REFUSAL_TITLE, SECOND, THIRD, AssistantCase
 from side_by_side import each, side_by_side
 
 LARGE = (2732, 1536)
@@ -171,6 +171,39 @@ class Question(AssistantCase):
         program.terminate()
         self.assertEqual(program.exit_status(), 0, program.output())
         self.assertIsNone(self.note(program, "called"))
+
+
+class Exchange(AssistantCase):
+    def test_pulled_and_plugged_again(self):
+        program = self.start_assistant()
+        self.third_step(program)
+        self.plug(program, "")
+        self.expect_step(program, 2, SECOND)
+        self.expect_buttons(program, False, True)
+        self.plug(program, "h")
+        self.expect_step(program, 3, THIRD.format("H:"))
+
+    def test_exchanged_before_the_question(self):
+        program = self.start_assistant()
+        self.third_step(program)
+        self.exchange_disk("h")
+        self.expect_step(program, 2, SECOND)
+        self.expect_step(program, 3, THIRD.format("H:"))
+
+    def test_exchanged_behind_the_question(self):
+        program = self.start_assistant()
+        self.third_step(program)
+        self.ask(program)
+        self.exchange_disk("h")
+        program.answer("OK")
+        self.expect_step(program, 2, SECOND)
+        self.assertIsNone(program.message())
+        self.assertIsNone(self.note(program, "called"))
+        self.expect_step(program, 3, THIRD.format("H:"))
+        self.ask(program)
+        program.answer("OK")
+        self.expect_result(program, DONE)
+        self.assertEqual(self.note(program, "called"), "-c64 H:\n")
 
 
 load_tests = side_by_side

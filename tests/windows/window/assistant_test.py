@@ -23,6 +23,10 @@ class WindowsAssistant(WindowsSticksCase):
         self.open(program)
         return program
 
+    def exchange_disk(self, letter):
+        super().exchange_disk(letter)
+        self.machine.define(letter.upper(), 3, self.folder(letter))
+
     def is_running(self):
         """Whether there is a process of the formatter."""
         return FORMATTER in self.machine.processes()
@@ -49,6 +53,10 @@ class Gate(WindowsAssistant, shared.Gate):
 
 
 class Question(WindowsAssistant, shared.Question):
+    pass
+
+
+class Exchange(WindowsAssistant, shared.Exchange):
     pass
 
 
