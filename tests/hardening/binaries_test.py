@@ -1,0 +1,98 @@
+"""Reads from the finished programs what they were hardened with. USBTOOL_BUILD names the build; `.exe`s of a cross
+build are read with the tools of its compiler."""
+
+import os
+import re
+import subprocess
+import unittest
+from pathlib import Path
+
+ROOT = Path(__file__).resolve().parents[2]
+BUILD = Path(os.environ.get("USBTOOL_BUILD", ROOT / "build")).resolve()
+WINDOWS = os.environ.get("USBTOOL_SYSTEM") == "Windows"
+MINGW = "x86_64-w64-mingw32-"
+PROGRAM = BUILD / "program" / ("orvanta-usbtool.exe" if WINDOWS else "orvanta-usbtool")
+ELF_PROGRAMS = [PROGRAM, BUILD / "program" / "fat32format.exe"]
+
+
+def output_of(*command):
+    return subprocess.run([str(word) for word in command], capture_output=True, text=True, errors="replace",
+                          check=True).stdout
+
+
+def paths_of_the_build(program):
+    """Folders of this machine that are named in the program."""
+    data = program.read_bytes()
+    return [str(folder) for folder in (ROOT, BUILD, Path.home() / "") if str(folder) != "/"
+            and str(folder).encode() + b"/" in data]
+
+
+@unittest.skipIf(WINDOWS, "reads programs for Linux")
+class Linux(unittest.TestCase):
+    def test_it_lies_anywhere_and_its_tables_are_read_only(self):
+        for program in ELF_PROGRAMS:
+            headers = output_of("readelf", "-hlW", program)
+            dynamic = output_of("readelf", "-dW", program)
+            self.assertRegex(headers, r"Type:\s+DYN")
+            self.assertIn("GNU_RELRO", headers)
+            self.assertRegex(headers, r"GNU_STACK.* RW ")
+            self.assertRegex(dynamic, r"FLAGS_1.*NOW")
+            self.assertRegex(dynamic, r"FLAGS_1.*PIE")
+            self.assertNotIn("TEXTREL", dynamic)
+
+    def test_libraries_come_from_the_system(self):
+        for program in ELF_PROGRAMS:
+            self.assertNotRegex(output_of("readelf", "-dW", program), "RPATH|RUNPATH")
+
+    def test_the_stack_is_watched(self):
+        for program in ELF_PROGRAMS:
+            self.assertIn("__stack_chk_fail", output_of("nm", "-D", "--undefined-only", program))
+
+    def test_the_library_checks_what_it_is_told(self):
+        for program in ELF_PROGRAMS:
+            self.assertIn("__glibcxx_assert_fail", output_of("nm", "-D", "--undefined-only", program))
+
+    def test_functions_of_c_know_the_size_of_what_they_fill(self):
+        """A program calls those of them for which the compiler had something to check."""
+        self.assertRegex(output_of("nm", "-D", "--undefined-only", PROGRAM), r"__\w+_(chk|2)@GLIBC")
+
+    def test_functions_are_marked_where_they_may_be_jumped_to(self):
+        """The note that the whole program is cannot be there: Debian's start-up objects are not."""
+        for program in ELF_PROGRAMS:
+            code = output_of("objdump", "-d", "--section=.text", "--no-show-raw-insn", program)
+            self.assertGreater(code.count("endbr64"), 50, program)
+
+    def test_debug_information_lies_apart_and_fits(self):
+        for program in ELF_PROGRAMS:
+            self.assertNotIn(".debug_", output_of("readelf", "-SW", program))
+            apart = BUILD / "debug-information" / f"{program.name}.debug"
+            self.assertIn(".debug_info", output_of("readelf", "-SW", apart))
+            self.assertIn(apart.name, output_of("readelf", "--string-dump=.gnu_debuglink", program))
+            ids = [re.search("Build ID: (.*)", output_of("readelf", "-nW", file))[1] for file in (program, apart)]
+            self.assertEqual(ids[0], ids[1])
+
+    def test_no_folder_of_the_builder_is_named(self):
+        for program in ELF_PROGRAMS:
+            self.assertEqual(paths_of_the_build(program), [])
+
+
+@unittest.skipUnless(WINDOWS, "reads programs for Windows")
+class Windows(unittest.TestCase):
+    def test_it_lies_anywhere_and_its_data_are_not_run(self):
+        found = re.search(r"DllCharacteristics\s+([0-9a-f]+)", output_of(MINGW + "objdump", "-p", PROGRAM))
+        high_entropy, dynamic_base, no_execution = 0x20, 0x40, 0x100
+        wanted = high_entropy | dynamic_base | no_execution
+        self.assertEqual(int(found[1], 16) & wanted, wanted)
+
+    def test_the_stack_is_watched(self):
+        self.assertIn("__stack_chk_fail", output_of(MINGW + "nm", PROGRAM))
+
+    def test_the_library_checks_what_it_is_told(self):
+        self.assertIn("__glibcxx_assert_fail", output_of(MINGW + "nm", PROGRAM))
+
+    def test_no_folder_of_the_builder_is_named(self):
+        self.assertEqual(paths_of_the_build(PROGRAM), [])
+
+
+if __name__ == "__main__":
+    unittest.main()
