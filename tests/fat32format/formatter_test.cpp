@@ -40,7 +40,7 @@ protected:
     /// That there is a file system, and nothing else, from that place on; returns its first sector.
     Bytes expectFileSystem(std::uint64_t place, std::uint32_t size = 512) {
         const auto& sectors = system.disk.sectors;
-        const Bytes boot = system.disk.read(place, size);
+        Bytes boot = system.disk.read(place, size);
         EXPECT_EQ(std::string(boot.begin() + 82, boot.begin() + 90), "FAT32   ");
         const std::uint64_t count = std::distance(sectors.lower_bound(place), sectors.end());
         EXPECT_EQ(count, 6U) << "two boot sectors, two of information, two tables";

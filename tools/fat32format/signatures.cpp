@@ -5,7 +5,6 @@
 #include <blkid/blkid.h>
 #include <cerrno>
 #include <memory>
-#include <ranges>
 #include <string>
 #include <unistd.h>
 #include <utility>
@@ -42,8 +41,8 @@ std::string shownName(const std::string& type) {
 
 std::uint64_t littleEndian(const std::array<unsigned char, 8>& bytes) {
     std::uint64_t value = 0;
-    for (const unsigned char byte : std::ranges::reverse_view(bytes))
-        value = (value << 8U) | byte;
+    for (std::size_t i = bytes.size(); i > 0; --i)
+        value = (value << 8U) | bytes.at(i - 1);
     return value;
 }
 
