@@ -107,21 +107,21 @@ bool connected(frmMain& window) {
     return false;
 }
 
-/// How many bytes a file on the stick may have. One that is there already makes room for the new one. A stick
-/// that cannot be measured has an error of its own when it is written to.
-std::uint64_t roomFor(frmMain& window, const std::string& root, const std::string& file) {
+/// How many bytes a file on the stick may have. One that is there already makes room for the new one. What
+/// cannot be measured, or is not the stick any more, has an error of its own when it is written to.
+std::uint64_t roomFor(frmMain& window, const Stick& stick, const std::string& file) {
     constexpr std::uint64_t largestFile = 0xFFFFFFFF; // of FAT32
     cDrive& drive = *window.program().Drive;
-    drive.mp_GetDiskSpace(root);
-    if (drive.TotalSpace() <= 0) return largestFile;
+    drive.mp_GetDiskSpace(stick.root);
+    if (drive.TotalSpace() <= 0 || platform::driveIdentity(stick.root) != stick.identity) return largestFile;
     const auto free = static_cast<std::uint64_t>(drive.TotalFreeSpace());
-    return std::min(free + platform::fileLength(root + file).value_or(0), largestFile);
+    return std::min(free + platform::fileLength(stick.root + file).value_or(0), largestFile);
 }
 
 /// The file is called ".txt" on the server and not on the stick, and an empty download is written, too: both
 /// are intended.
 void transfer(frmMain& window, const Stick& stick, const std::string& file, const char* downtype) {
-    const online::Destination destination{stick.root + file, roomFor(window, stick.root, file)};
+    const online::Destination destination{stick.root + file, roomFor(window, stick, file)};
     const std::string contents =
         online::OpenURL(window, online::downloadUrl() + file + ".txt", downtype, 0, destination);
     checkPlace(stick);
