@@ -94,6 +94,11 @@ def read(path, name):
         return copy.read_bytes() if done.returncode == 0 else None
 
 
+def attributes(path, name):
+    """Those of a file, by their letters in the order of the alphabet: "AR" for a read-only one."""
+    return "".join(sorted(run("mattrib", "-i", path, f"::/{name}")[:11].replace(" ", "")))
+
+
 def label(path, partitioned=False):
     """The label in the root directory as it stands there, in the bytes of code page 850; None without one."""
     with open(path, "rb") as image:

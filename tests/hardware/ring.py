@@ -30,6 +30,7 @@ from server import Server
 import scenarios_detection  # noqa: F401
 import scenarios_disks  # noqa: F401
 import scenarios_events  # noqa: F401
+import scenarios_exchange  # noqa: F401
 import scenarios_interrupted  # noqa: F401
 import scenarios_job  # noqa: F401
 import scenarios_label  # noqa: F401
