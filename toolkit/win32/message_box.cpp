@@ -10,6 +10,7 @@
 #include <commctrl.h>
 
 #include <array>
+#include <cwctype>
 #include <memory>
 #include <utility>
 
@@ -31,6 +32,23 @@ struct Caption {
 /// "Cancel" among them, so each caption belongs to its kind of box.
 constexpr std::array captions = {Caption{MB_OKCANCEL, IDCANCEL, L"&Abbrechen"},
                                  Caption{MB_YESNO, IDYES, L"&Ja"}, Caption{MB_YESNO, IDNO, L"&Nein"}};
+
+/// A box is as wide as its longest word, and knows no place in it to break it: a longer one than this goes
+/// on in the next line.
+std::wstring withBreaks(const std::wstring& text) {
+    constexpr int longestWord = 60;
+    std::wstring broken;
+    int length = 0;
+    for (const wchar_t unit : text) {
+        length = std::iswspace(static_cast<wint_t>(unit)) != 0 ? 0 : length + 1;
+        if (length > longestWord && !IS_LOW_SURROGATE(unit)) {
+            broken += L"\r\n";
+            length = 1;
+        }
+        broken += unit;
+    }
+    return broken;
+}
 
 /// Closing a box of yes and no means no; the system's own box refuses it.
 LRESULT CALLBACK closableProcedure(HWND box, UINT message, WPARAM wParam, LPARAM lParam, UINT_PTR number,
@@ -100,7 +118,7 @@ BoxWatch* BoxWatch::current = nullptr;
 } // namespace win32
 
 int backend::showMessage(std::string_view text, int style, std::string_view title) {
-    const std::wstring wideText = win32::fromUtf8(text);
+    const std::wstring wideText = win32::withBreaks(win32::fromUtf8(text));
     const std::wstring wideTitle = win32::fromUtf8(title.empty() ? win32::programTitle : title);
     HWND const owner = win32::FormWindow::front();
     // The box itself makes only its owner deaf, and needs to find it as it was.
