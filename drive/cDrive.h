@@ -67,7 +67,8 @@ public:
     const std::string& mp_FileSystem() const noexcept { return fileSystem_; }
     /// Nothing happens, and nothing is told, where that fails or when the drive is not the stick that is
     /// shown.
-    void mp_SetDriveName(const std::string& Drive, const std::string& Name);
+    /// False when the stick that is shown did not take the label.
+    bool mp_SetDriveName(const std::string& Drive, const std::string& Name);
 
     /// Shows how large, how full and how free the stick is, in the chosen unit. A stick that has no size,
     /// because it is gone, has no capacities to show: they are emptied.

@@ -8,10 +8,17 @@
 
 #include <array>
 
+const char* const drive::labelToolTip = "Datenträgerbezeichnung, höchstens 11 Zeichen";
+
 namespace {
 
 constexpr std::size_t nameBufferSize = 256;
 constexpr std::size_t longestLabel = 11; // characters
+
+constexpr const char* refusedLabelToolTip =
+    "Der Stick hat diese Bezeichnung nicht angenommen und behält die alte. Vielleicht wird er gerade "
+    "benutzt, ist "
+    "schreibgeschützt, oder sein Dateisystem erlaubt eines der Zeichen nicht.";
 
 std::string untilNul(const std::array<char, nameBufferSize>& buffer) {
     const std::string_view text(buffer.data(), buffer.size());
@@ -45,8 +52,8 @@ std::string cDrive::mp_GetDriveName(const std::string& Drive) {
     return untilNul(label);
 }
 
-void cDrive::mp_SetDriveName(const std::string& Drive, const std::string& Name) {
-    if (shownStick_) platform::setVolumeLabel(Drive, Name, shownStick_);
+bool cDrive::mp_SetDriveName(const std::string& Drive, const std::string& Name) {
+    return !shownStick_ || platform::setVolumeLabel(Drive, Name, shownStick_);
 }
 
 void drive::Command1_Click(frmMain& window) {
@@ -60,5 +67,10 @@ void drive::Command1_Click(frmMain& window) {
         return;
     }
     cDrive& drive = *window.program().Drive;
-    drive.mp_SetDriveName(drive.p_GetDriveLetters("0"), label);
+    const bool done = drive.mp_SetDriveName(drive.p_GetDriveLetters("0"), label);
+    window.txtDT_Cap.setToolTip(done ? labelToolTip : refusedLabelToolTip);
+    if (done) return;
+    // No box: a label that is refused holds up nobody. But whoever gave it sees the box ask for another one.
+    window.txtDT_Cap.setSelection({0, length});
+    window.txtDT_Cap.setFocus();
 }

@@ -23,7 +23,11 @@ std::string withoutLeadingBackslash(std::string path);
 /// Opens the stick's standard folder, when the last scan found exactly one stick.
 void cmdOpen_Click(frmMain& window);
 
-/// Gives the stick the label in the text box; one of more than 11 characters is refused.
+/// Tool tip of the text box with the label, unless a label was refused.
+extern const char* const labelToolTip;
+
+/// Gives the stick the label in the text box; one of more than 11 characters is refused. One that the stick
+/// does not take is told in the tool tip of the box, which then waits for another one.
 void Command1_Click(frmMain& window);
 
 } // namespace drive

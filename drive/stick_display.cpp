@@ -41,6 +41,7 @@ void cDrive::SetUSB_Info() {
     window.cmdChoose.setCaption("Starte Update");
     showStickState(window, "file.bmp", "USB Stick", true, "USB-Stick gefunden.");
     window.txtDT_Cap.setText(mp_GetDriveName(root));
+    window.txtDT_Cap.setToolTip(drive::labelToolTip);
     window.txtFAT.setText(mp_FileSystem());
     drive::showTrayIcon(program_, drive::stickIcon);
 }

@@ -63,11 +63,32 @@ TEST_F(VolumeLabel, CharactersAreNotChecked) {
     EXPECT_EQ(label(), "a*b?c");
 }
 
-TEST_F(VolumeLabel, AFailureIsSilent) {
+TEST_F(VolumeLabel, AFailureIsToldByTheBoxItself) {
+    const std::string usual = "Datenträgerbezeichnung, höchstens 11 Zeichen";
+    EXPECT_EQ(window().txtDT_Cap.toolTip(), usual);
+    const fake::Drive stick = computer().drives["D:\\"];
+    computer().drives.erase("D:\\");
+    rename("Müll");
+    EXPECT_TRUE(computer().messages.empty()) << "no message box";
+    EXPECT_FALSE(ended());
+    EXPECT_EQ(
+        window().txtDT_Cap.toolTip(),
+        "Der Stick hat diese Bezeichnung nicht angenommen und behält die alte. Vielleicht wird er gerade "
+        "benutzt, ist schreibgeschützt, oder sein Dateisystem erlaubt eines der Zeichen nicht.");
+    EXPECT_EQ(window().txtDT_Cap.text(), "Müll");
+    EXPECT_EQ(window().txtDT_Cap.selection(), (toolkit::TextBox::Selection{0, 4}));
+    computer().drives["D:\\"] = stick;
+    rename("MUSIK");
+    EXPECT_EQ(window().txtDT_Cap.toolTip(), usual);
+}
+
+TEST_F(VolumeLabel, ARefusalIsForgottenWithTheNextSearch) {
+    const fake::Drive stick = computer().drives["D:\\"];
     computer().drives.erase("D:\\");
     rename("X");
-    EXPECT_TRUE(computer().messages.empty());
-    EXPECT_FALSE(ended());
+    computer().drives["D:\\"] = stick;
+    click(window().cmdSearch);
+    EXPECT_EQ(window().txtDT_Cap.toolTip(), "Datenträgerbezeichnung, höchstens 11 Zeichen");
 }
 
 TEST_F(VolumeLabel, AnotherStickInItsPlaceKeepsItsOwn) {
