@@ -3,11 +3,15 @@
 #include <QDBusArgument>
 #include <QDBusConnection>
 #include <QDBusMessage>
+#include <QDBusUnixFileDescriptor>
+
+#include <fcntl.h>
 
 namespace platform::posix::udisks {
 
 namespace {
 
+constexpr const char* blockInterface = "org.freedesktop.UDisks2.Block";
 constexpr const char* fileSystemInterface = "org.freedesktop.UDisks2.Filesystem";
 
 // As long as the bus waits for a service that it starts.
@@ -31,7 +35,9 @@ Outcome outcomeOf(const QDBusMessage& answer) {
     if (answer.type() == QDBusMessage::ReplyMessage) return Outcome::Done;
     const QString error = answer.errorName();
     if (error == "org.freedesktop.UDisks2.Error.AlreadyMounted") return Outcome::AlreadyMounted;
-    if (error == "org.freedesktop.UDisks2.Error.DeviceBusy") return Outcome::Busy;
+    // Of its tools' troubles the service only hands on what they say.
+    const bool busy = answer.errorMessage().contains("busy", Qt::CaseInsensitive);
+    if (busy || error == "org.freedesktop.UDisks2.Error.DeviceBusy") return Outcome::Busy;
     return Outcome::Failed;
 }
 
@@ -73,6 +79,20 @@ Outcome setLabel(const QString& object, const QString& label) {
     QDBusMessage message = request(object, "SetLabel");
     message << label << quietly();
     return outcomeOf(answerTo(message));
+}
+
+OpenedDevice openDevice(const QString& object) {
+    constexpr int timeToAnswer = 120'000; // ms: somebody types a password
+    QDBusMessage message = QDBusMessage::createMethodCall(service, object, blockInterface, "OpenDevice");
+    message << "rw"
+            << QVariantMap{{"flags", O_EXCL}}; // the kernel's word that nobody has mounted it meanwhile
+    message.setInteractiveAuthorizationAllowed(true);
+    const QDBusMessage answer = QDBusConnection::systemBus().call(message, QDBus::Block, timeToAnswer);
+    const Outcome outcome = outcomeOf(answer);
+    const auto device = answer.arguments().value(0).value<QDBusUnixFileDescriptor>();
+    if (outcome != Outcome::Done || !device.isValid())
+        return {outcome == Outcome::Done ? Outcome::Failed : outcome, {}};
+    return {outcome, UniqueFd(fcntl(device.fileDescriptor(), F_DUPFD_CLOEXEC, 0))};
 }
 
 } // namespace platform::posix::udisks

@@ -3,6 +3,8 @@
 // http://storaged.org/doc/udisks2-api/latest/
 #pragma once
 
+#include "platform/linux/unique_fd.h"
+
 #include <QDBusObjectPath>
 #include <QDBusPendingCall>
 #include <QMap>
@@ -23,6 +25,11 @@ using Objects = QMap<QDBusObjectPath, Interfaces>;
 
 enum class Outcome { Done, AlreadyMounted, Busy, Failed };
 
+struct OpenedDevice {
+    Outcome outcome = Outcome::Failed;
+    UniqueFd device; ///< to read and write, and nobody else's; empty unless it is done
+};
+
 struct MountAnswer {
     Outcome outcome = Outcome::Failed;
     QString folder;
@@ -39,7 +46,7 @@ struct Everything {
 /// Everything the service knows, in one round trip.
 Everything managedObjects();
 
-// `object` is the path of a block device. None of them asks the user for a password.
+// `object` is the path of a block device. None but the last asks the user for a password.
 
 /// A mount in two parts, since the service answers late: the volume is mounted by then, and udev has looked
 /// at it anew.
@@ -48,5 +55,9 @@ MountAnswer mountAnswer(QDBusPendingCall& asked);
 
 Outcome unmount(const QString& object);
 Outcome setLabel(const QString& object, const QString& label);
+
+/// Opens an unmounted device. The one call that may ask the user for a password: the right to it belongs to
+/// administrators.
+OpenedDevice openDevice(const QString& object);
 
 } // namespace platform::posix::udisks

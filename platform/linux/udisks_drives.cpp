@@ -1,12 +1,14 @@
 #include "platform/linux/udisks_drives.h"
 
 #include "platform/linux/disk_note.h"
+#include "platform/linux/fat_label.h"
 
 #include <sys/stat.h>
 #include <sys/sysmacros.h>
 
 #include <algorithm>
 #include <chrono>
+#include <functional>
 #include <thread>
 #include <utility>
 
@@ -22,8 +24,11 @@ constexpr const char* tree = "/";
 
 /// A volume can be busy for a moment after the last file was closed, when the desktop looks at what has
 /// changed.
-constexpr int busyAttempts = 5;
+constexpr auto busyTime = 600ms;
 constexpr auto busyPause = 150ms;
+
+/// Whoever gives a label waits for it, and a volume that was just mounted or written is looked at by many.
+constexpr auto labelBusyTime = 5s;
 
 /// Between a mount by the desktop that keeps the program's own one from succeeding and its mount point in the
 /// list.
@@ -51,6 +56,29 @@ std::string sentenceFor(udisks::Missing missing) {
         break;
     }
     return {};
+}
+
+/// Asks until the answer is another one than "busy", or for that long.
+udisks::Outcome patiently(std::chrono::milliseconds patience, const std::function<udisks::Outcome()>& ask) {
+    const auto end = std::chrono::steady_clock::now() + patience;
+    udisks::Outcome outcome = ask();
+    while (outcome == udisks::Outcome::Busy && std::chrono::steady_clock::now() < end) {
+        std::this_thread::sleep_for(busyPause);
+        outcome = ask();
+    }
+    return outcome;
+}
+
+/// UDisks2 leaves the label of a FAT file system to a tool that takes ASCII only.
+udisks::Outcome writeLabel(const UdisksVolume& volume, std::string_view label) {
+    const auto isAscii = [](char c) { return static_cast<unsigned char>(c) < 0x80; };
+    if (!volume.isFat || std::all_of(label.begin(), label.end(), isAscii))
+        return udisks::setLabel(volume.object,
+                                QString::fromUtf8(label.data(), static_cast<qsizetype>(label.size())));
+    const udisks::OpenedDevice opened = udisks::openDevice(volume.object);
+    if (opened.outcome != udisks::Outcome::Done) return opened.outcome;
+    return writeFatLabel(opened.device.get(), label) == FatLabel::Done ? udisks::Outcome::Done
+                                                                       : udisks::Outcome::Failed;
 }
 
 bool standsForTree(char letter) {
@@ -231,14 +259,11 @@ std::optional<VolumeNames> UdisksDrives::names(char letter) {
 
 /// Whoever mounted it, wherever. What has been written is on its way to the medium before the call that the
 /// service must answer in time.
-bool UdisksDrives::unmount(UdisksVolume& volume) {
+bool UdisksDrives::unmount(UdisksVolume& volume, std::chrono::milliseconds patience) {
     while (!volume.folders.empty()) {
         (void)syncFolder(volume.folders.front());
-        udisks::Outcome outcome = udisks::unmount(volume.object);
-        for (int attempt = 1; outcome == udisks::Outcome::Busy && attempt < busyAttempts; ++attempt) {
-            std::this_thread::sleep_for(busyPause);
-            outcome = udisks::unmount(volume.object);
-        }
+        const udisks::Outcome outcome =
+            patiently(patience, [&volume] { return udisks::unmount(volume.object); });
         if (outcome != udisks::Outcome::Done) return false;
         volume.folders.erase(volume.folders.begin());
         mounted_.erase(volume.object);
@@ -255,9 +280,9 @@ bool UdisksDrives::setLabel(char letter, std::string_view label) {
     const auto mounted = mounted_.find(volume->object);
     const bool byProgram = mounted != mounted_.end() && isOwn(mounted->second);
     const bool wasMounted = !volume->folders.empty();
-    if (!unmount(*volume)) return false;
-    const QString text = QString::fromUtf8(label.data(), static_cast<qsizetype>(label.size()));
-    const bool done = udisks::setLabel(volume->object, text) == udisks::Outcome::Done;
+    if (!unmount(*volume, labelBusyTime)) return false;
+    const bool done = patiently(labelBusyTime, [volume, label] { return writeLabel(*volume, label); }) ==
+                      udisks::Outcome::Done;
     if (done) waitForLabel(letter, before, label);
     if (wasMounted && mount(letter) && !byProgram) mounted_.at(find(letter)->object).asked.reset();
     return done;
@@ -293,7 +318,7 @@ bool UdisksDrives::settle(char letter) {
 void UdisksDrives::release() {
     for (UdisksVolume& volume : volumes_) {
         const auto mounted = mounted_.find(volume.object);
-        if (mounted != mounted_.end() && isOwn(mounted->second)) (void)unmount(volume);
+        if (mounted != mounted_.end() && isOwn(mounted->second)) (void)unmount(volume, busyTime);
     }
 }
 

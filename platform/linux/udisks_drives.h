@@ -8,6 +8,7 @@
 
 #include <QDBusPendingCall>
 
+#include <chrono>
 #include <map>
 #include <optional>
 #include <string>
@@ -39,7 +40,7 @@ public:
     std::optional<VolumeSpace> space(char letter) override;
     std::optional<VolumeNames> names(char letter) override;
     /// Unmounts the volume for it, since most file systems take a label only then. A volume that someone else
-    /// had mounted is mounted again.
+    /// had mounted is mounted again. What is busy is tried again for 5 s.
     bool setLabel(char letter, std::string_view label) override;
     /// What the program mounted is unmounted, the other drives as well, because only then a pulled stick is
     /// clean.
@@ -65,7 +66,7 @@ private:
     bool useDesktopMount(char letter);
     bool use(UdisksVolume& volume, std::optional<QDBusPendingCall> asked = std::nullopt);
     static bool isOwn(Mounted& mounted);
-    bool unmount(UdisksVolume& volume);
+    bool unmount(UdisksVolume& volume, std::chrono::milliseconds patience);
     void waitForLabel(char letter, const std::string& before, std::string_view wanted);
 
     std::string mounts_;

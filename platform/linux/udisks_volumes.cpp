@@ -1,5 +1,7 @@
 #include "platform/linux/udisks_volumes.h"
 
+#include "platform/linux/dos_text.h"
+
 #include <QByteArrayList>
 #include <QDBusArgument>
 
@@ -86,6 +88,28 @@ DriveType typeOf(const QVariantMap& drive) {
     return removable ? DriveRemovable : DriveFixed;
 }
 
+/// What udev made of a label in the name of a link: "M\x9aLL".
+QByteArray decoded(QByteArray name) {
+    for (qsizetype at = name.indexOf("\\x"); at >= 0; at = name.indexOf("\\x", at + 1))
+        name.replace(at, 4, QByteArray::fromHex(name.mid(at + 2, 2)));
+    return name;
+}
+
+/// A label of FAT is in the code page of DOS. UDisks2 ends it at the first byte that is no UTF-8; the link
+/// that udev names after it has all of it.
+std::string fatLabelOf(const QVariantMap& block) {
+    const QByteArray folder = "/dev/disk/by-label/";
+    for (const QByteArray& link : qdbus_cast<QByteArrayList>(block.value("Symlinks"))) {
+        if (!link.startsWith(folder)) continue;
+        const QByteArray label =
+            decoded(bytesToPath(link).substr(static_cast<std::size_t>(folder.size())).c_str());
+        if (!QString::fromUtf8(label).contains(QChar::ReplacementCharacter))
+            break; // UDisks2 can read it as well
+        return fromDos(label.toStdString());
+    }
+    return block.value("IdLabel").toString().toStdString();
+}
+
 UdisksVolume volumeOf(const Objects& objects, const QString& object, const Interfaces& interfaces) {
     const QVariantMap block = interfaces.value(blockInterface);
     const QVariantMap drive = driveOf(objects, block);
@@ -101,7 +125,8 @@ UdisksVolume volumeOf(const Objects& objects, const QString& object, const Inter
     volume.driveDetected = drive.value("TimeDetected").toLongLong();
     volume.uuid = block.value("IdUUID").toString();
     volume.hasFileSystem = block.value("IdUsage").toString() == "filesystem";
-    volume.names = {block.value("IdLabel").toString().toStdString(),
+    volume.isFat = block.value("IdType").toString() == "vfat";
+    volume.names = {volume.isFat ? fatLabelOf(block) : block.value("IdLabel").toString().toStdString(),
                     windowsFileSystemName(block.value("IdType").toString().toStdString(),
                                           block.value("IdVersion").toString().toStdString())};
     volume.folders = mountPoints(interfaces);

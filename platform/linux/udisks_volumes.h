@@ -24,6 +24,7 @@ struct UdisksVolume {
     std::int64_t driveDetected = 0; ///< µs since 1970
     QString uuid;                   ///< of the file system
     bool hasFileSystem = false;
+    bool isFat = false;
     VolumeNames names;
     std::vector<std::string> folders; ///< mount points
     std::string note;                 ///< which disk it is on, as diskNote() has it

@@ -4,9 +4,12 @@
 #include <QDBusConnectionInterface>
 #include <QDBusMessage>
 #include <QDBusMetaType>
+#include <QDBusUnixFileDescriptor>
 
+#include <fcntl.h>
 #include <sys/prctl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <csignal>
 #include <fstream>
@@ -161,6 +164,11 @@ void UdisksMock::mountBehindTheBack(const QDBusObjectPath& object, const QString
     errorOfOther_ = error;
 }
 
+void UdisksMock::setImage(const std::filesystem::path& image) {
+    const std::lock_guard lock(mutex_);
+    image_ = image;
+}
+
 QStringList UdisksMock::takeCalls() {
     const std::lock_guard lock(mutex_);
     return std::exchange(calls_, {});
@@ -224,7 +232,7 @@ QDBusMessage UdisksMock::answer(const QDBusMessage& message) {
     if (method == "GetManagedObjects") return list(message);
     calls_ << method + " " + object;
     const auto options = qdbus_cast<QVariantMap>(message.arguments().last());
-    quiet_ = quiet_ && options.value("auth.no_user_interaction").toBool();
+    quiet_ = quiet_ && (method == "OpenDevice" || options.value("auth.no_user_interaction").toBool());
     if (failing != failures_.end() && failing->second.second > 0) {
         --failing->second.second;
         return failure(message, failing->second.first);
@@ -232,6 +240,7 @@ QDBusMessage UdisksMock::answer(const QDBusMessage& message) {
     if (method == "Mount") return mount(message);
     if (method == "Unmount") return unmount(message);
     if (method == "SetLabel") return setLabel(message);
+    if (method == "OpenDevice") return openDevice(message);
     return failure(message, "Failed");
 }
 
@@ -284,6 +293,16 @@ QDBusMessage UdisksMock::setLabel(const QDBusMessage& message) {
     else
         update(object, blockInterface, {{"IdLabel", label}});
     return message.createReply();
+}
+
+/// As for a device that is mounted no more: to nobody else at the same time.
+QDBusMessage UdisksMock::openDevice(const QDBusMessage& message) {
+    if (isMounted(QDBusObjectPath(message.path()))) return failure(message, "Failed");
+    const int device = open(image_.c_str(), O_RDWR | O_CLOEXEC);
+    if (device < 0) return failure(message, "Failed");
+    const QDBusUnixFileDescriptor handed(device); // a duplicate
+    close(device);
+    return message.createReply(QVariant::fromValue(handed));
 }
 
 } // namespace conformance

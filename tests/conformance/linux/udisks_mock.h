@@ -61,6 +61,8 @@ public:
     /// then among the calls, "answer".
     void holdMounts();
     void answerMounts();
+    /// What stands for every device that is opened.
+    void setImage(const std::filesystem::path& image);
     /// When told to mount, someone else has just done it.
     void mountBehindTheBack(const QDBusObjectPath& object, const QString& error = "AlreadyMounted");
 
@@ -88,6 +90,7 @@ private:
     QDBusMessage mount(const QDBusMessage& message);
     QDBusMessage unmount(const QDBusMessage& message);
     QDBusMessage setLabel(const QDBusMessage& message);
+    QDBusMessage openDevice(const QDBusMessage& message);
     bool isMounted(const QDBusObjectPath& object) const;
     void showLateMounts();
     void update(const QDBusObjectPath& object, const QString& interface, const QVariantMap& properties);
@@ -107,6 +110,7 @@ private:
     std::map<QDBusObjectPath, QByteArray> lateMounts_;
     bool holdMounts_ = false;
     QList<QDBusMessage> heldAnswers_;
+    std::filesystem::path image_;
     QDBusObjectPath mountedByOther_;
     QString errorOfOther_;
 };

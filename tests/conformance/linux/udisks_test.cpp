@@ -462,8 +462,44 @@ TEST_F(UdisksTable, LabelThatShowsLate) {
     addStick("sdb1", 17);
     drives.refresh();
     mock.delayLabel(3);
-    EXPECT_TRUE(drives.setLabel('D', "spät"));
-    EXPECT_EQ(drives.names('D')->label, "SPÄT");
+    EXPECT_TRUE(drives.setLabel('D', "late"));
+    EXPECT_EQ(drives.names('D')->label, "LATE");
+}
+
+TEST_F(UdisksTable, UmlautsAreWrittenByTheProgram) {
+    const TemporaryFolder folder;
+    const std::filesystem::path image = folder.path() / "image";
+    std::ofstream(image).close();
+    std::filesystem::resize_file(image, 1024UL * 1024);
+    ASSERT_EQ(QProcess::execute("/sbin/mkfs.fat", {"-n", "ALT", QString::fromStdString(image)}), 0);
+    mock.setImage(image);
+    addStick("sdb1", 17);
+    mountByDesktop("sdb1");
+    EXPECT_TRUE(drives.setLabel('D', "Müll"));
+    EXPECT_EQ(calls(), (QStringList{"Unmount sdb1", "OpenDevice sdb1", "Mount sdb1"}));
+    std::ifstream stream(image, std::ios::binary);
+    const std::string bytes{std::istreambuf_iterator<char>(stream), {}};
+    EXPECT_NE(bytes.find("M\x9ALL       \x08"), std::string::npos);
+    EXPECT_FALSE(drives.setLabel('D', "ü€")) << "a sign that DOS does not have";
+    mock.failNext("OpenDevice", "NotAuthorizedDismissed");
+    EXPECT_FALSE(drives.setLabel('D', "Öl")) << "the user did not type the password";
+    EXPECT_TRUE(isMounted("sdb1"));
+}
+
+TEST_F(UdisksTable, OtherFileSystemsTakeUmlautsThemselves) {
+    addStick("sdb1", 17, {{"IdType", "exfat"}, {"IdVersion", "1.0"}});
+    EXPECT_TRUE(drives.setLabel('D', "Müll"));
+    EXPECT_EQ(calls(), QStringList{"SetLabel sdb1"});
+}
+
+TEST_F(UdisksTable, LabelOfAVolumeThatIsBusyForAWhile) {
+    addStick("sdb1", 17);
+    mountByDesktop("sdb1");
+    mock.failNext("Unmount", "DeviceBusy", 10);
+    EXPECT_TRUE(drives.setLabel('D', "NEU"));
+    mock.failNext("SetLabel", "DeviceBusy", 10);
+    EXPECT_TRUE(drives.setLabel('D', "NEUER"));
+    EXPECT_EQ(drives.names('D')->label, "NEUER");
 }
 
 TEST_F(UdisksTable, LabelThatIsRefused) {

@@ -134,6 +134,27 @@ TEST(UdisksVolumes, DescriptionWithoutPropertiesIsHarmless) {
     EXPECT_EQ(devices(objects), std::vector<std::string>{""});
 }
 
+TEST(UdisksVolumes, LabelOfFatIsInTheCodePageOfDos) {
+    const auto labelOf = [](const QString& shown, const QByteArray& link, const char* type = "vfat") {
+        const QByteArrayList links = {QByteArray("/dev/disk/by-id/x\0", 18), link + '\0'};
+        const Objects objects = {
+            {drivePath("d"), stickDrive("S")},
+            {blockPath("sdb1"),
+             fileSystemBlock(
+                 "sdb1", 17, "d",
+                 {{"IdLabel", shown}, {"IdType", type}, {"Symlinks", QVariant::fromValue(links)}})}};
+        return udisksVolumes(objects)[0].names.label;
+    };
+    EXPECT_EQ(labelOf("M", "/dev/disk/by-label/M\\x9aLL"), "MÜLL");
+    EXPECT_EQ(labelOf("", "/dev/disk/by-label/\\x99\\x20L"), "Ö L");
+    EXPECT_EQ(labelOf("Größe", "/dev/disk/by-label/Gr\xC3\xB6\xC3\x9F"
+                               "e"),
+              "Größe");
+    EXPECT_EQ(labelOf("PLAIN", "/dev/disk/by-uuid/M\\x9aLL"), "PLAIN");
+    EXPECT_EQ(labelOf("M", "/dev/disk/by-label/M\\x9aLL", "exfat"), "M");
+    EXPECT_EQ(labelOf("M", "/dev/disk/by-label/M\\x"), "M");
+}
+
 TEST(UdisksVolumes, FileSystemNames) {
     EXPECT_EQ(windowsFileSystemName("vfat", "FAT32"), "FAT32");
     EXPECT_EQ(windowsFileSystemName("vfat", "FAT16"), "FAT");
