@@ -11,6 +11,7 @@
 #include <chrono>
 #include <csignal>
 #include <optional>
+#include <string_view>
 #include <utility>
 
 namespace platform {
@@ -89,6 +90,7 @@ struct InternetRequest::State {
     bool whole = false;
     bool connecting = true;
     std::size_t headBytes = 0;
+    bool leadsOn = false; ///< the headers are those of a redirect to somewhere
 
 private:
     std::size_t available() const { return received.size() - handedOut; }
@@ -96,6 +98,7 @@ private:
     void step();
     void wait();
     bool arrivedWhole() const;
+    void noteRedirect(std::string_view headerLine);
 
     static std::size_t onBody(char* data, std::size_t size, std::size_t count, void* request);
     static std::size_t onHeader(char* data, std::size_t size, std::size_t count, void* request);
@@ -178,13 +181,25 @@ std::size_t InternetRequest::State::onBody(char* data, std::size_t size, std::si
     return size * count;
 }
 
-std::size_t InternetRequest::State::onHeader(char* /*data*/, std::size_t size, std::size_t count,
-                                             void* request) {
+std::size_t InternetRequest::State::onHeader(char* data, std::size_t size, std::size_t count, void* request) {
     auto& self = *static_cast<State*>(request);
     self.headBytes += size * count;
     if (self.headBytes > largestHead) return 0; // an error
+    self.noteRedirect({data, size * count});
     self.pace.arrived(0, Clock::now());
     return size * count;
+}
+
+/// libcurl counts an answer as a redirect when it has one of the codes and says where to.
+void InternetRequest::State::noteRedirect(std::string_view headerLine) {
+    constexpr std::string_view location = "Location:";
+    if (startsWithNoCase(headerLine, "HTTP/")) leadsOn = false;
+    if (!startsWithNoCase(headerLine, location)) return;
+    long code = 0;
+    curl_easy_getinfo(easy, CURLINFO_RESPONSE_CODE, &code);
+    const bool somewhere =
+        headerLine.substr(location.size()).find_first_not_of(" \t\r\n") != std::string_view::npos;
+    if (code / 100 == 3 && somewhere) leadsOn = true;
 }
 
 // A redirect may lead to another server, and there the time-out for connecting holds again.
@@ -282,7 +297,8 @@ bool InternetRequest::complete() const {
 
 std::optional<std::uint64_t> InternetRequest::announcedLength() const {
     curl_off_t length = -1;
-    if (!state_ || curl_easy_getinfo(state_->easy, CURLINFO_CONTENT_LENGTH_DOWNLOAD_T, &length) != CURLE_OK ||
+    if (!state_ || state_->leadsOn ||
+        curl_easy_getinfo(state_->easy, CURLINFO_CONTENT_LENGTH_DOWNLOAD_T, &length) != CURLE_OK ||
         length < 0)
         return std::nullopt;
     return static_cast<std::uint64_t>(length);

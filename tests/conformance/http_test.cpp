@@ -104,6 +104,21 @@ TEST_F(Http, LengthIsKnownWhenTheServerAnnouncesIt) {
     EXPECT_FALSE(chunked.announcedLength());
 }
 
+TEST_F(Http, LengthOfARedirectIsNotThatOfTheFile) {
+    for (const char* path : {"/redirect-loop", "/redirects/11", "/redirect-file"}) {
+        InternetSession session("agent", internetOpenPreconfig);
+        InternetRequest request(session, server->url(path), internetFlagReload);
+        std::array<char, readSize> buffer = {};
+        EXPECT_EQ(request.read(buffer), 0U);
+        EXPECT_FALSE(request.announcedLength()) << path;
+    }
+    InternetSession session("agent", internetOpenPreconfig);
+    InternetRequest nowhere(session, server->url("/redirect-nowhere/302"), internetFlagReload);
+    std::array<char, readSize> buffer = {};
+    EXPECT_EQ(nowhere.read(buffer), 13U);
+    EXPECT_EQ(nowhere.announcedLength(), 13U) << "which is the file";
+}
+
 TEST_F(Http, ContentArrivesUnaltered) {
     EXPECT_EQ(fetchPath("/bytes/1000000"), pattern(1000000));
 }

@@ -19,7 +19,8 @@ class Unreachable(WindowsCase, only(server_faults_test.Unreachable, "test_a_refu
 
 
 class Download(WindowsCase, only(server_faults_test.Download, "test_cut_off", "test_chunks",
-                                 "test_error_pages", "test_a_redirect_that", "test_nothing", "test_large", "test_a_cut_list")):
+                                 "test_error_pages", "test_a_redirect_that", "test_nothing", "test_large",
+                                 "test_a_cut_list")):
     def test_reset_in_the_middle(self):
         """What had come may be lost with the connection; nothing else is written."""
         self.serve("sr200.abs.txt", reset(FIRMWARE[:5000], 9000))
