@@ -32,7 +32,8 @@ std::uint32_t profileSection(std::string_view section, std::span<char> buffer, s
 std::uint32_t profileSectionNames(std::span<char> buffer, std::string_view path);
 
 /// Stores the lines of a section as profileSection() does, all of them and without the last NUL, for whoever
-/// has to know a file without that section from one that cannot be read.
+/// has to know a file without that section from one that cannot be read. One that is larger than
+/// largestProfile is PathFileAccess.
 FileResult readProfileSection(std::string_view section, std::string& lines, std::string_view path);
 
 /// Writes one key, or deletes it (no value), or deletes the section (no key). Lines that it does not touch

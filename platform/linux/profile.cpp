@@ -54,6 +54,8 @@ std::uint32_t profileSectionNames(std::span<char> buffer, std::string_view path)
 }
 
 FileResult readProfileSection(std::string_view section, std::string& lines, std::string_view path) {
+    lines.clear();
+    if (fileLength(path).value_or(0) > largestProfile) return FileResult::PathFileAccess;
     std::string text;
     const FileResult result = readWholeFile(path, text);
     lines = profileLines(text, section);

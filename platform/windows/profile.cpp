@@ -184,6 +184,8 @@ std::uint32_t profileSectionNames(std::span<char> buffer, std::string_view path)
 
 /// The system's function does not tell why it found nothing.
 FileResult readProfileSection(std::string_view section, std::string& lines, std::string_view path) {
+    lines.clear();
+    if (fileLength(path).value_or(0) > largestProfile) return FileResult::PathFileAccess;
     std::string text;
     const FileResult result = readWholeFile(path, text);
     lines.assign(text.size() + smallestBuffer, '\0');

@@ -438,6 +438,9 @@ TEST_F(Profile, OneByteMoreThanTheLargestCannotBeRead) {
     EXPECT_FALSE(profileIsReadable(path));
     EXPECT_EQ(section("s"), "");
     EXPECT_EQ(names(), "");
+    std::string read = "old";
+    EXPECT_EQ(readProfileSection("s", read, path), FileResult::PathFileAccess);
+    EXPECT_EQ(read, "");
     EXPECT_FALSE(writeProfileString("s", "k", "2", path));
     EXPECT_FALSE(writeProfileString("s", "k", std::nullopt, path));
     EXPECT_FALSE(writeProfileString("s", std::nullopt, std::nullopt, path));
