@@ -16,7 +16,6 @@
 #include "toolkit/pump.h"
 #include "toolkit/runtime_error.h"
 
-#include <algorithm>
 #include <cstdint>
 #include <optional>
 
@@ -114,8 +113,9 @@ std::uint64_t roomFor(frmMain& window, const Stick& stick, const std::string& fi
     cDrive& drive = *window.program().Drive;
     drive.mp_GetDiskSpace(stick.root);
     if (drive.TotalSpace() <= 0 || platform::driveIdentity(stick.root) != stick.identity) return largestFile;
-    const auto free = static_cast<std::uint64_t>(drive.TotalFreeSpace());
-    return std::min(free + platform::fileLength(stick.root + file).value_or(0), largestFile);
+    const auto replaced = static_cast<double>(platform::fileLength(stick.root + file).value_or(0));
+    const double room = drive.TotalFreeSpace() + replaced;
+    return room < static_cast<double>(largestFile) ? static_cast<std::uint64_t>(room) : largestFile;
 }
 
 /// The file is called ".txt" on the server and not on the stick, and an empty download is written, too: both
