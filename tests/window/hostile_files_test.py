@@ -211,8 +211,11 @@ class Profile(Files):
         self.expect_path(program, "")
         program.enter_text("txtOpenPath", "Musik")
         program.click("cmdSaveOnStick")
-        program.wait_for("cmdSaveOnStick", "enabled", False)
-        self.close(program)
+        self.assertTrue(program.get("cmdSaveOnStick")["enabled"])  # nothing was saved
+        program.close()
+        self.assertIn("Wollen Sie speichern?", program.wait_message()["text"])
+        program.answer("Nein")
+        self.assertEqual(program.exit_status(), 0, program.output())
 
 
 class Server(Files):

@@ -59,7 +59,7 @@ class Presentation(WindowCase):
 
     def test_enter_presses_the_main_button(self):
         program = self.start_loaded()
-        for place in ("cmdChoose", "Firm_Option_1", "txtDT_Cap"):
+        for place in ("cmdChoose", "Firm_Option_1"):
             program.focus(place)
             program.type("", "Return")
             program.wait_message(title=CONFIRMATION)

@@ -130,12 +130,12 @@ class Saving(ActionsCase):
         self.wait_opened(program, self.folder("E") / "Musik")
         self.close(program)  # and no question
 
-    def test_what_was_typed_counts_only_when_it_was_read_back(self):
+    def test_what_was_saved_counts_at_once(self):
         (self.folder("E") / "Musik").mkdir()
         program = self.start_with()
         self.save(program, "Musik")
         program.click("cmdOpen")
-        self.wait_opened(program, self.folder("E"))
+        self.wait_opened(program, self.folder("E") / "Musik")
 
     def test_the_rest_of_the_profile_stays(self):
         program = self.start_with(b"; mine\r\n[Other]\r\na=1\r\n\r\n[open]\r\nDir = Alt \r\nb=2\r\n")
