@@ -9,7 +9,7 @@
 #include "platform/program_folder.h"
 #include "toolkit/runtime_error.h"
 
-#include <iostream>
+#include <cstdio>
 
 namespace {
 
@@ -51,7 +51,8 @@ void frmMain::SaveSettings() {
     const bool saved = basINI::IniWriteFile(file, section,
                                             {{chkAuto.name(), std::to_string(chkAuto.value())},
                                              {cmbSize.name(), std::to_string(cmbSize.listIndex())}});
-    if (!saved) std::cerr << file << ": Die Einstellungen konnten nicht gespeichert werden.\n";
+    const std::string failure = file + ": Die Einstellungen konnten nicht gespeichert werden.\n";
+    if (!saved) std::fputs(failure.c_str(), stderr);
 }
 
 void frmMain::chkAuto_Click() {
