@@ -2,7 +2,9 @@
 # file of its own beside it. tests/hardening reads from the finished programs that it is there.
 add_compile_options(-fstack-protector-strong -D_GLIBCXX_ASSERTIONS)
 # The same bytes whichever folder it is built in; no folder of the builder's machine goes into the program.
-add_compile_options(-ffile-prefix-map=${CMAKE_BINARY_DIR}=build -ffile-prefix-map=${PROJECT_SOURCE_DIR}=.)
+# The library's assertions name its headers.
+add_compile_options(-ffile-prefix-map=${CMAKE_BINARY_DIR}=build -ffile-prefix-map=${PROJECT_SOURCE_DIR}=.
+                    -fmacro-prefix-map=/usr/=)
 
 if(WIN32)
   add_link_options(-fstack-protector-strong) # it is a library there, linked in like all others
