@@ -88,13 +88,16 @@ FileResult absence(const Place& place, DWORD error) {
     return result == FileResult::FileNotFound ? FileResult::Ok : result;
 }
 
+/// The letter is asked behind the opening: whatever has it by then, what is open is that drive's root or a
+/// root that is gone, in which nothing can be written. A volume's own number by its handle is no better, as
+/// not every system tells the one of that very volume.
 /// https://learn.microsoft.com/windows/win32/api/fileapi/nf-fileapi-createfilea, "Directories"
 FileResult holdRoot(Place& place, const DriveIdentity& drive) {
     if (!place.isOnDrive) return FileResult::DiskNotReady;
     place.folder = UniqueHandle(CreateFileA(place.root.c_str(), FILE_READ_ATTRIBUTES | FILE_TRAVERSE,
                                             FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
                                             OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr));
-    const bool isIt = place.folder && volumeIdentity(place.root[0], place.folder.get()) == drive.text;
+    const bool isIt = place.folder && volumeIdentity(place.root[0]) == drive.text;
     return isIt ? FileResult::Ok : FileResult::DiskNotReady;
 }
 

@@ -17,13 +17,8 @@ namespace {
 
 /// The serial number that formatting gave the volume, "-" when it has no file system; no value without a
 /// medium.
-std::optional<std::string> volumeSerial(const std::string& root, HANDLE open) {
+std::optional<std::string> volumeSerial(const std::string& root) {
     DWORD serial = 0;
-    if (open != nullptr) {
-        if (GetVolumeInformationByHandleW(open, nullptr, 0, &serial, nullptr, nullptr, nullptr, 0) == FALSE)
-            return std::nullopt;
-        return std::to_string(serial);
-    }
     if (GetVolumeInformationA(root.c_str(), nullptr, 0, &serial, nullptr, nullptr, nullptr, 0) == FALSE) {
         if (GetLastError() != ERROR_UNRECOGNIZED_VOLUME) return std::nullopt;
         return "-";
@@ -75,9 +70,9 @@ std::string diskSerial(HANDLE device) {
 
 } // namespace
 
-std::string volumeIdentity(char letter, HANDLE open) {
+std::string volumeIdentity(char letter) {
     const std::string root = {letter, ':', '\\'};
-    const auto serial = volumeSerial(root, open);
+    const auto serial = volumeSerial(root);
     if (!serial) return {};
     const std::string name = {'\\', '\\', '.', '\\', letter, ':'};
     // Who only asks needs no right to read the device.
