@@ -31,7 +31,7 @@ LARGEST_PROGRAM = 3_000_000  # bytes
 # ones, or, COMCTL32, the program's manifest binds them. All others are loaded when they are first used.
 SYSTEM_LIBRARIES = {
     "advapi32.dll", "comctl32.dll", "comdlg32.dll", "gdi32.dll", "gdiplus.dll", "kernel32.dll", "msvcrt.dll",
-    "ole32.dll", "oleaut32.dll", "shell32.dll", "shlwapi.dll", "user32.dll",
+    "ntdll.dll", "ole32.dll", "oleaut32.dll", "shell32.dll", "shlwapi.dll", "user32.dll",
 }
 FIRST_TIME = 315_532_800  # 1980; a ZIP archive knows none before
 

@@ -15,7 +15,7 @@ from windows_program import PROGRAM
 # Windows takes these from its own folder whatever lies beside a program. Registry key "KnownDLLs" of Windows 10
 # and 11; COMCTL32 is bound by the program's manifest to the system's folder of side-by-side libraries.
 KNOWN = {"advapi32", "clbcatq", "combase", "comdlg32", "coml2", "difxapi", "gdi32", "gdiplus", "imagehlp", "imm32",
-         "kernel32", "msctf", "msvcrt", "normaliz", "nsi", "ole32", "oleaut32", "psapi", "rpcrt4", "sechost",
+         "kernel32", "msctf", "msvcrt", "normaliz", "nsi", "ntdll", "ole32", "oleaut32", "psapi", "rpcrt4", "sechost",
          "setupapi", "shcore", "shell32", "shlwapi", "user32", "wldap32", "ws2_32", "comctl32"}
 
 # What the program's own functions and those of the system load while it runs. Not "bcrypt", "crypt32",
