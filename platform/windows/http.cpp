@@ -13,8 +13,8 @@
 #include <charconv>
 #include <chrono>
 #include <condition_variable>
+#include <memory>
 #include <mutex>
-#include <new>
 #include <optional>
 #include <string>
 #include <system_error>
@@ -249,17 +249,20 @@ void receive(Transfer& transfer, HINTERNET request) {
     }
 }
 
-void run(const std::shared_ptr<Transfer>& transfer, HINTERNET session, const std::string& address,
-         DWORD flags) {
+/// Who closes a session closes its requests, and their numbers are given out again. So the thread has a share
+/// of the session, and what it reads and closes is its own however long it takes.
+void run(const std::shared_ptr<Transfer>& transfer, std::shared_ptr<const Handle> session,
+         const std::string& address, DWORD flags) {
     try {
-        const Handle handle = open(*transfer, session, address, flags);
+        const Handle handle = open(*transfer, session->get(), address, flags);
         if (handle) {
             transfer->beginReading(announcedLengthOf(handle.get()));
             receive(*transfer, handle.get());
         }
-    } catch (const std::bad_alloc&) {
-        // what has been received is all there is
+    } catch (...) { // an exception that left the thread would end the program
+        transfer->end(false);
     }
+    session.reset();
     transfer->finish();
 }
 
@@ -271,15 +274,15 @@ void setTimeout(HINTERNET session, DWORD option, std::chrono::milliseconds time)
 } // namespace
 
 struct InternetSession::State {
-    Handle handle;
+    std::shared_ptr<const Handle> handle; ///< each thread has a share of it
 };
 
 InternetSession::InternetSession(std::string_view agent, std::int32_t accessType)
     : state_(std::make_unique<State>()) {
-    state_->handle = Handle(InternetOpenA(windows::nearestAnsi(agent).c_str(), static_cast<DWORD>(accessType),
-                                          nullptr, nullptr, 0));
-    setTimeout(state_->handle.get(), INTERNET_OPTION_CONNECT_TIMEOUT, httpTimeouts().connect);
-    setTimeout(state_->handle.get(), INTERNET_OPTION_RECEIVE_TIMEOUT, httpTimeouts().silence);
+    state_->handle = std::make_shared<const Handle>(InternetOpenA(
+        windows::nearestAnsi(agent).c_str(), static_cast<DWORD>(accessType), nullptr, nullptr, 0));
+    setTimeout(state_->handle->get(), INTERNET_OPTION_CONNECT_TIMEOUT, httpTimeouts().connect);
+    setTimeout(state_->handle->get(), INTERNET_OPTION_RECEIVE_TIMEOUT, httpTimeouts().silence);
 }
 
 InternetSession::~InternetSession() = default;
@@ -293,7 +296,7 @@ InternetRequest::InternetRequest(InternetSession& session, std::string_view url,
     if (!address) return;
     auto transfer = std::make_shared<Transfer>();
     try {
-        std::thread(run, transfer, session.state_->handle.get(), *address, libraryFlags(flags)).detach();
+        std::thread(run, transfer, session.state_->handle, *address, libraryFlags(flags)).detach();
     } catch (const std::system_error&) {
         return; // the system has no thread to spare
     }
