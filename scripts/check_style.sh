@@ -5,8 +5,22 @@
 set -euo pipefail
 cd "$(dirname "$(readlink -f "$0")")/.."
 
-mapfile -t sources < <(git ls-files '*.cpp' '*.h')
-clang-format-14 --dry-run -Werror "${sources[@]}"
+# Every source, as git knows them; without git, or without the history, as they lie in the folder. git does not trust
+# the files of another user, as in a container, unless it is told to.
+list_sources() {
+  local listed
+  listed=$(git -c safe.directory="$PWD" ls-files '*.cpp' '*.h' 2>/dev/null) || listed=
+  if [ -n "$listed" ]; then
+    echo "$listed"
+  else
+    find . \( -path ./build -o -path './.?*' \) -prune -o -type f \( -name '*.cpp' -o -name '*.h' \) -printf '%P\n'
+  fi
+}
+
+mapfile -t sources < <(list_sources)
+# Without a name clang-format would read its input.
+[ ${#sources[@]} -gt 0 ] || { echo "There are no sources in $PWD." >&2; exit 1; }
+clang-format-14 --dry-run -Werror "${sources[@]}" </dev/null
 echo "clang-format: ${#sources[@]} files."
 
 folders='(app|online|drive|job|format|widgets|toolkit|platform|tools)/'
@@ -33,6 +47,7 @@ tidy() {
   local build=$1 names
   mapfile -t names < <(units "$build" "$2")
   shift 2
+  [ -n "${names[*]-}" ] || { echo "There are no sources in $build." >&2; exit 1; }
   printf '%s\n' "${names[@]}" | xargs -P "$(nproc)" -n 1 clang-tidy-14 -p "$build" --quiet "$@" 2>/dev/null
   echo "clang-tidy: ${#names[@]} sources of $build."
 }
