@@ -105,6 +105,11 @@ std::optional<Layout> layoutOf(const Boot& boot) {
     const std::size_t extended = layout.wide ? 66 : 38;
     if (boot[extended] == 0x29) layout.bootLabel = extended + 5;
     if (layout.wide) {
+        constexpr std::uint32_t oneTableInUse = 0x80; // the others are not kept up with it
+        const std::uint32_t flags = number(boot, 40, 2);
+        const std::uint32_t active = (flags & oneTableInUse) != 0 ? flags & 0x0F : 0;
+        if (active >= tables) return std::nullopt;
+        layout.table += std::uint64_t{active} * perTable * sector;
         layout.rootCluster = number(boot, 44, 4);
         const std::uint32_t copy = number(boot, 50, 2);
         if (copy != 0 && copy < reserved) layout.bootCopy = std::uint64_t{copy} * sector;
@@ -144,24 +149,27 @@ struct EntryPlace {
     std::uint64_t at = 0;
     bool holdsLabel = false;
     bool endsFolder = false;
-    bool hasNext = false;
+    std::uint64_t next = 0; ///< where the entry behind it lies; 0 when it is the last of the folder
 };
 
 /// The entry that holds the label, else the first one that is not in use. No value when there is neither.
 std::optional<EntryPlace> findEntry(int device, const std::vector<Extent>& folder) {
     std::optional<EntryPlace> unused;
     std::vector<std::uint8_t> bytes;
-    for (const Extent& extent : folder) {
+    for (std::size_t part = 0; part < folder.size(); ++part) {
+        const Extent& extent = folder[part];
+        const std::uint64_t nextPart = part + 1 < folder.size() ? folder[part + 1].at : 0;
         bytes.resize(extent.size);
         if (!readAt(device, extent.at, bytes)) return std::nullopt;
         for (std::size_t i = 0; i + entrySize <= bytes.size(); i += entrySize) {
             const auto entry = std::span(bytes).subspan(i, entrySize);
             const bool ends = entry[0] == 0;
-            const bool hasNext = i + 2 * entrySize <= bytes.size();
+            const bool lastOfPart = i + 2 * entrySize > bytes.size();
+            const std::uint64_t next = lastOfPart ? nextPart : extent.at + i + entrySize;
             if (!ends && entry[0] != unusedEntry && isLabel(entry))
-                return EntryPlace{extent.at + i, true, false, hasNext};
+                return EntryPlace{extent.at + i, true, false, next};
             if (!unused && (ends || entry[0] == unusedEntry))
-                unused = EntryPlace{extent.at + i, false, ends, hasNext};
+                unused = EntryPlace{extent.at + i, false, ends, next};
             if (ends) return unused;
         }
     }
@@ -193,7 +201,7 @@ bool writeEntry(int device, const EntryPlace& place, const Name& name) {
     stamp(entry);
     // What lies behind the end of a folder need not be empty: the end is marked anew before it moves.
     const std::array<std::uint8_t, 1> end{0};
-    if (place.endsFolder && place.hasNext && !writeAt(device, place.at + entrySize, end)) return false;
+    if (place.endsFolder && place.next != 0 && !writeAt(device, place.next, end)) return false;
     return writeAt(device, place.at, entry);
 }
 

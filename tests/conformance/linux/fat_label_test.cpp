@@ -165,7 +165,14 @@ INSTANTIATE_TEST_SUITE_P(Kinds, FatLabelOf,
                          testing::Values(Kind{"12", 1 * MiB}, Kind{"16", 32 * MiB}, Kind{"32", 34 * MiB}),
                          [](const auto& kind) { return "Fat"s + kind.param.bits; });
 
-class Fat32Label : public FatLabelOf {};
+class Fat32Label : public FatLabelOf {
+protected:
+    /// Bytes of one of the two tables; in sectors it takes two of the four bytes that there are for it.
+    std::uint64_t tableSize() const {
+        const std::string boot = bytes().substr(0, 512);
+        return 512 * (static_cast<std::uint8_t>(boot[36]) + 256U * static_cast<std::uint8_t>(boot[37]));
+    }
+};
 
 /// First cluster of the root directory, and where its entry in the table lies.
 constexpr std::uint64_t table = 32 * 512;
@@ -178,6 +185,56 @@ TEST_P(Fat32Label, ADamagedChainIsLeftAlone) {
         EXPECT_EQ(write("Müll"), FatLabel::Failed);
         EXPECT_EQ(bytes(), before);
     }
+}
+
+/// A root directory of two clusters, a sector each: the first has one entry left, which is the end of the
+/// directory; what lies in the second is a file of long ago.
+TEST_P(Fat32Label, TheDirectoryStillEndsBehindALabelAtTheEndOfACluster) {
+    constexpr std::size_t entrySize = 32;
+    constexpr std::size_t entries = 512 / entrySize;
+    make("NO NAME");
+    const std::uint64_t root = table + 2 * tableSize();
+    const auto entry = [](char letter) {
+        return letter + "       TXT "s + std::string(entrySize - 12, '\0');
+    };
+    for (std::size_t i = 0; i + 1 < entries; ++i)
+        put(root + i * entrySize, entry(static_cast<char>('A' + i)));
+    put(root + entries * entrySize, entry('Z'));
+    for (const std::uint64_t copy : {table, table + tableSize()})
+        put(copy + 8, "\x03\0\0\0\xF8\xFF\xFF\x0F"s);
+    ASSERT_NE(run("mtype", {"-i", path(), "::/Z.TXT"}), "");
+
+    EXPECT_EQ(write("ü"), FatLabel::Done);
+    EXPECT_EQ(label(), "\\x9a");
+    EXPECT_EQ(run("mtype", {"-i", path(), "::/O.TXT"}), "");
+    EXPECT_NE(run("mtype", {"-i", path(), "::/Z.TXT"}), "") << "what was deleted is back";
+    EXPECT_EQ(write("Größe"), FatLabel::Done);
+    EXPECT_NE(run("mtype", {"-i", path(), "::/Z.TXT"}), "");
+}
+
+TEST_P(Fat32Label, TheTableInUseIsTheOneThatCounts) {
+    constexpr std::uint64_t flags = 40;
+    const std::string damaged(4, '\0');
+    make("ALT");
+    put(flags, "\x81"); // the second, and no other
+    put(table + 8, damaged);
+    EXPECT_EQ(write("Müll"), FatLabel::Done);
+
+    make("ALT");
+    put(flags, "\x81");
+    put(table + tableSize() + 8, damaged);
+    const std::string before = bytes();
+    EXPECT_EQ(write("Müll"), FatLabel::Failed);
+    EXPECT_TRUE(bytes() == before);
+
+    make("ALT");
+    put(flags, "\x82"); // there is no third
+    EXPECT_EQ(write("Müll"), FatLabel::Failed);
+
+    make("ALT");
+    put(flags, "\x01"); // without the bit the number says nothing
+    put(table + tableSize() + 8, damaged);
+    EXPECT_EQ(write("Müll"), FatLabel::Done);
 }
 
 INSTANTIATE_TEST_SUITE_P(Kinds, Fat32Label, testing::Values(Kind{"32", 34 * MiB}));
