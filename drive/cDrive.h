@@ -65,9 +65,8 @@ public:
     /// The volume label; stores the name of the file system, too.
     std::string mp_GetDriveName(const std::string& Drive);
     const std::string& mp_FileSystem() const noexcept { return fileSystem_; }
-    /// Nothing happens, and nothing is told, where that fails or when the drive is not the stick that is
-    /// shown.
-    /// False when the stick that is shown did not take the label.
+    /// Gives the stick that is shown a label; without one nothing happens. False when it did not take the
+    /// label, or another one is in its place.
     bool mp_SetDriveName(const std::string& Drive, const std::string& Name);
 
     /// Shows how large, how full and how free the stick is, in the chosen unit. A stick that has no size,
