@@ -63,6 +63,7 @@ void cDrive::RemoveUSB_Info() {
     mp_StandardPfad("");
     window.txtFAT.setText("");
     window.txtDT_Cap.setText("");
+    window.txtDT_Cap.setToolTip(drive::labelToolTip);
     clearCapacity();
     window.cmdChoose.setEnabled(false);
     window.cmdChoose.setCaption("USB Stick einstecken");

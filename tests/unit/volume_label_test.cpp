@@ -91,6 +91,15 @@ TEST_F(VolumeLabel, ARefusalIsForgottenWithTheNextSearch) {
     EXPECT_EQ(window().txtDT_Cap.toolTip(), "Datenträgerbezeichnung, höchstens 11 Zeichen");
 }
 
+TEST_F(VolumeLabel, ARefusalIsForgottenWhenTheStickIsGone) {
+    computer().drives.erase("D:\\");
+    rename("X");
+    ASSERT_NE(window().txtDT_Cap.toolTip(), "Datenträgerbezeichnung, höchstens 11 Zeichen");
+    click(window().cmdSearch);
+    EXPECT_EQ(window().StatusBar1.panel(1).text(), "No Stick");
+    EXPECT_EQ(window().txtDT_Cap.toolTip(), "Datenträgerbezeichnung, höchstens 11 Zeichen");
+}
+
 TEST_F(VolumeLabel, AnotherStickInItsPlaceKeepsItsOwn) {
     computer().drives["D:\\"].medium = "another";
     rename("MUSIK");
