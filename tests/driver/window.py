@@ -199,6 +199,7 @@ class LocalProgram(Window):
     program's own `folder` in there."""
 
     process = None
+    error_output = subprocess.STDOUT  # of the next start
     _output = None
     _temporary = None
 
@@ -206,7 +207,7 @@ class LocalProgram(Window):
         self._output = open(self.home / "output.txt", "ab")
         self.started = time.monotonic()
         self.process = subprocess.Popen(command, env=environment, cwd=self.home, stdin=subprocess.DEVNULL,
-                                        stdout=self._output, stderr=subprocess.STDOUT)
+                                        stdout=self._output, stderr=self.error_output)
 
     def write(self, name, contents):
         """Puts a file into the program folder at once, so that the program never sees half of it.

@@ -1,5 +1,6 @@
 """Every way to end, at bad moments. What is on the stick stays, the process says 0 or 1 and is gone."""
 
+import os
 import signal
 import threading
 import unittest
@@ -201,6 +202,32 @@ class Idle(Endings):
         program.wait_window("frmMain")
         program.type("", "Escape")
         self.wait_loaded(program)
+
+
+class Unheard(Endings):
+    """What the standard error output leads to has ended: "orvanta-usbtool 2>&1 | head -1"."""
+
+    def start_unheard(self, files, folder=None):
+        program = self.start(start=False, files=files)
+        if folder is not None:
+            (program.folder / folder).mkdir()
+        reader, program.error_output = os.pipe()
+        os.close(reader)
+        program.start()
+        os.close(program.error_output)
+        return program
+
+    def test_a_missing_service(self):
+        program = self.start_unheard({"Drives.ini": None})
+        program.wait_for("StatusBar1_1", "text", "No Stick")
+        program.close()
+        self.expect_saved_end(program)
+
+    def test_settings_that_cannot_be_saved(self):
+        program = self.start_unheard({}, folder="Settings.ini")
+        self.wait_loaded(program)
+        program.close()
+        self.assertEqual(program.exit_status(), 0)
 
 
 class Report(Endings):

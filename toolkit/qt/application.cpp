@@ -14,6 +14,7 @@
 
 #include <array>
 #include <chrono>
+#include <csignal>
 
 // The macro declares a function, which must not be in a namespace.
 static void loadResources() {
@@ -52,6 +53,8 @@ void describe(QApplication& application) {
 Ending run(char* program, const std::function<void()>& start) {
     resetEnding();
     quitting = false;
+    // Whoever reads the standard error output may go at any time. Started programs get the signal back.
+    std::signal(SIGPIPE, SIG_IGN);
     loadResources();
     qt::distrustPluginsBesideTheProgram();
     int argumentCount = 1;
