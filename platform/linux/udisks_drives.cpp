@@ -69,16 +69,8 @@ udisks::Outcome patiently(std::chrono::milliseconds patience, const std::functio
     return outcome;
 }
 
-/// UDisks2 leaves the label of a FAT file system to a tool that takes ASCII only.
-udisks::Outcome writeLabel(const UdisksVolume& volume, std::string_view label) {
-    const auto isAscii = [](char c) { return static_cast<unsigned char>(c) < 0x80; };
-    if (!volume.isFat || std::all_of(label.begin(), label.end(), isAscii))
-        return udisks::setLabel(volume.object,
-                                QString::fromUtf8(label.data(), static_cast<qsizetype>(label.size())));
-    const udisks::OpenedDevice opened = udisks::openDevice(volume.object);
-    if (opened.outcome != udisks::Outcome::Done) return opened.outcome;
-    return writeFatLabel(opened.device.get(), label) == FatLabel::Done ? udisks::Outcome::Done
-                                                                       : udisks::Outcome::Failed;
+bool isAscii(std::string_view text) {
+    return std::all_of(text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; });
 }
 
 bool standsForTree(char letter) {
@@ -271,9 +263,36 @@ bool UdisksDrives::unmount(UdisksVolume& volume, std::chrono::milliseconds patie
     return true;
 }
 
+/// Names and numbers of a stick that was pulled while somebody typed a password are given again. A device
+/// that is open keeps its number, so from here on it cannot be another one.
+bool UdisksDrives::isDeviceOf(char letter, const std::string& meant, int device) {
+    refresh();
+    const UdisksVolume* volume = find(letter);
+    struct stat opened = {};
+    return volume != nullptr && fstat(device, &opened) == 0 && S_ISBLK(opened.st_mode) &&
+           opened.st_rdev == volume->deviceNumber && identity(letter) == meant;
+}
+
+/// UDisks2 leaves the label of a FAT file system to a tool that takes ASCII only.
+udisks::Outcome UdisksDrives::writeLabel(char letter, const std::string& meant, std::string_view label) {
+    const UdisksVolume* volume = find(letter);
+    if (volume == nullptr || identity(letter) != meant) return udisks::Outcome::Failed;
+    if (!volume->isFat || isAscii(label))
+        return udisks::setLabel(volume->object,
+                                QString::fromUtf8(label.data(), static_cast<qsizetype>(label.size())));
+    const udisks::OpenedDevice opened = udisks::openDevice(volume->object);
+    if (opened.outcome != udisks::Outcome::Done) return opened.outcome;
+    if (!isDeviceOf(letter, meant, opened.device.get())) return udisks::Outcome::Failed;
+    return writeFatLabel(opened.device.get(), label) == FatLabel::Done ? udisks::Outcome::Done
+                                                                       : udisks::Outcome::Failed;
+}
+
 bool UdisksDrives::setLabel(char letter, std::string_view label) {
     if (standsForTree(letter)) return false;
+    const std::string meant = identity(letter); // as the caller has compared it, or unknown so far
     refresh();
+    const std::string now = identity(letter);
+    if (!meant.empty() && now != meant) return false;
     UdisksVolume* volume = find(letter);
     if (volume == nullptr || volume->size == 0 || !volume->hasFileSystem) return false;
     const std::string before = volume->names.label;
@@ -281,8 +300,8 @@ bool UdisksDrives::setLabel(char letter, std::string_view label) {
     const bool byProgram = mounted != mounted_.end() && isOwn(mounted->second);
     const bool wasMounted = !volume->folders.empty();
     if (!unmount(*volume, labelBusyTime)) return false;
-    const bool done = patiently(labelBusyTime, [volume, label] { return writeLabel(*volume, label); }) ==
-                      udisks::Outcome::Done;
+    const bool done =
+        patiently(labelBusyTime, [&] { return writeLabel(letter, now, label); }) == udisks::Outcome::Done;
     if (done) waitForLabel(letter, before, label);
     if (wasMounted && mount(letter) && !byProgram) mounted_.at(find(letter)->object).asked.reset();
     return done;

@@ -4,6 +4,7 @@
 #include "platform/linux/complaint.h"
 #include "platform/linux/drive_letters.h"
 #include "platform/linux/drive_source.h"
+#include "platform/linux/udisks.h"
 #include "platform/linux/volume_folder.h"
 
 #include <QDBusPendingCall>
@@ -40,7 +41,8 @@ public:
     std::optional<VolumeSpace> space(char letter) override;
     std::optional<VolumeNames> names(char letter) override;
     /// Unmounts the volume for it, since most file systems take a label only then. A volume that someone else
-    /// had mounted is mounted again. What is busy is tried again for 5 s.
+    /// had mounted is mounted again. What is busy is tried again for 5 s. Nothing is written when another one
+    /// has come into its place meanwhile.
     bool setLabel(char letter, std::string_view label) override;
     /// What the program mounted is unmounted, the other drives as well, because only then a pulled stick is
     /// clean.
@@ -67,6 +69,8 @@ private:
     bool use(UdisksVolume& volume, std::optional<QDBusPendingCall> asked = std::nullopt);
     static bool isOwn(Mounted& mounted);
     bool unmount(UdisksVolume& volume, std::chrono::milliseconds patience);
+    bool isDeviceOf(char letter, const std::string& meant, int device);
+    udisks::Outcome writeLabel(char letter, const std::string& meant, std::string_view label);
     void waitForLabel(char letter, const std::string& before, std::string_view wanted);
 
     std::string mounts_;

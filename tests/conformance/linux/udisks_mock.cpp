@@ -169,6 +169,11 @@ void UdisksMock::setImage(const std::filesystem::path& image) {
     image_ = image;
 }
 
+void UdisksMock::whileOpening(const std::function<void()>& happens) {
+    const std::lock_guard lock(mutex_);
+    whileOpening_ = happens;
+}
+
 QStringList UdisksMock::takeCalls() {
     const std::lock_guard lock(mutex_);
     return std::exchange(calls_, {});
@@ -216,7 +221,13 @@ QString UdisksMock::introspect(const QString& /*path*/) const {
 }
 
 bool UdisksMock::handleMessage(const QDBusMessage& message, const QDBusConnection& connection) {
-    const std::lock_guard lock(mutex_);
+    std::unique_lock lock(mutex_);
+    if (whileOpening_ && message.member() == "OpenDevice") {
+        const auto happens = whileOpening_;
+        lock.unlock();
+        happens();
+        lock.lock();
+    }
     const QDBusMessage reply = answer(message);
     if (holdMounts_ && message.member() == "Mount")
         heldAnswers_ << reply;

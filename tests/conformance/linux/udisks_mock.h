@@ -11,6 +11,7 @@
 #include <QThread>
 
 #include <filesystem>
+#include <functional>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -63,6 +64,8 @@ public:
     void answerMounts();
     /// What stands for every device that is opened.
     void setImage(const std::filesystem::path& image);
+    /// What happens while the user types the password for a device, in the service's thread.
+    void whileOpening(const std::function<void()>& happens);
     /// When told to mount, someone else has just done it.
     void mountBehindTheBack(const QDBusObjectPath& object, const QString& error = "AlreadyMounted");
 
@@ -111,6 +114,7 @@ private:
     bool holdMounts_ = false;
     QList<QDBusMessage> heldAnswers_;
     std::filesystem::path image_;
+    std::function<void()> whileOpening_;
     QDBusObjectPath mountedByOther_;
     QString errorOfOther_;
 };

@@ -15,7 +15,9 @@
 #include <QDBusArgument>
 #include <QProcess>
 
+#include <sys/stat.h>
 #include <sys/statvfs.h>
+#include <sys/sysmacros.h>
 
 #include <chrono>
 #include <cstdlib>
@@ -466,24 +468,99 @@ TEST_F(UdisksTable, LabelThatShowsLate) {
     EXPECT_EQ(drives.names('D')->label, "LATE");
 }
 
-TEST_F(UdisksTable, UmlautsAreWrittenByTheProgram) {
-    const TemporaryFolder folder;
-    const std::filesystem::path image = folder.path() / "image";
-    std::ofstream(image).close();
-    std::filesystem::resize_file(image, 1024UL * 1024);
-    ASSERT_EQ(QProcess::execute("/sbin/mkfs.fat", {"-n", "ALT", QString::fromStdString(image)}), 0);
-    mock.setImage(image);
-    addStick("sdb1", 17);
+/// A stick whose FAT file system is an image; on a loop device where the machine has one for it.
+class UdisksUmlauts : public UdisksTable {
+protected:
+    UdisksUmlauts() {
+        std::ofstream(image).close();
+        std::filesystem::resize_file(image, 1024UL * 1024);
+        EXPECT_EQ(QProcess::execute("/sbin/mkfs.fat", {"-n", "ALT", QString::fromStdString(image)}), 0);
+    }
+    ~UdisksUmlauts() override {
+        if (!device.isEmpty()) QProcess::execute("/sbin/losetup", {"-d", device});
+    }
+    /// False where that is not allowed.
+    bool addOnLoopDevice() {
+        QProcess losetup;
+        losetup.start("/sbin/losetup", {"-f", "--show", QString::fromStdString(image)});
+        if (!losetup.waitForFinished() || losetup.exitCode() != 0) return false;
+        device = losetup.readAllStandardOutput().trimmed();
+        struct stat status = {};
+        EXPECT_EQ(stat(device.toStdString().c_str(), &status), 0);
+        mock.setImage(device.toStdString());
+        addStick("sdb1", number = status.st_rdev);
+        return true;
+    }
+    std::string bytes() const {
+        std::ifstream stream(image, std::ios::binary);
+        return {std::istreambuf_iterator<char>(stream), {}};
+    }
+
+    TemporaryFolder folder;
+    std::filesystem::path image = folder.path() / "image";
+    QString device;
+    dev_t number = 0;
+};
+
+TEST_F(UdisksUmlauts, AreWrittenByTheProgram) {
+    if (!addOnLoopDevice()) GTEST_SKIP() << "needs a loop device";
     mountByDesktop("sdb1");
     EXPECT_TRUE(drives.setLabel('D', "Müll"));
     EXPECT_EQ(calls(), (QStringList{"Unmount sdb1", "OpenDevice sdb1", "Mount sdb1"}));
-    std::ifstream stream(image, std::ios::binary);
-    const std::string bytes{std::istreambuf_iterator<char>(stream), {}};
-    EXPECT_NE(bytes.find("M\x9ALL       \x08"), std::string::npos);
+    EXPECT_NE(bytes().find("M\x9A"
+                           "LL       \x08"),
+              std::string::npos);
     EXPECT_FALSE(drives.setLabel('D', "ü€")) << "a sign that DOS does not have";
     mock.failNext("OpenDevice", "NotAuthorizedDismissed");
     EXPECT_FALSE(drives.setLabel('D', "Öl")) << "the user did not type the password";
     EXPECT_TRUE(isMounted("sdb1"));
+}
+
+TEST_F(UdisksUmlauts, AreNotWrittenToWhatIsNoDevice) {
+    mock.setImage(image);
+    addStick("sdb1", 17);
+    const std::string before = bytes();
+    EXPECT_FALSE(drives.setLabel('D', "Müll"));
+    EXPECT_EQ(calls(), QStringList{"OpenDevice sdb1"});
+    EXPECT_TRUE(bytes() == before);
+}
+
+TEST_F(UdisksUmlauts, AreNotWrittenToAnotherDevice) {
+    if (!addOnLoopDevice()) GTEST_SKIP() << "needs a loop device";
+    mock.change(blockPath("sdb1"), blockInterface, {{"DeviceNumber", quint64{17}}});
+    const std::string before = bytes();
+    EXPECT_FALSE(drives.setLabel('D', "Müll"));
+    EXPECT_EQ(calls(), QStringList{"OpenDevice sdb1"});
+    EXPECT_TRUE(bytes() == before);
+}
+
+TEST_F(UdisksUmlauts, AreNotWrittenToAStickThatCameWhileThePasswordWasTyped) {
+    if (!addOnLoopDevice()) GTEST_SKIP() << "needs a loop device";
+    const TemporaryFolder devices;
+    const std::filesystem::path shown =
+        devices.path() / (std::to_string(major(number)) + ':' + std::to_string(minor(number)));
+    std::filesystem::create_directory(shown);
+    const auto plugIn = [&](int sequence) { std::ofstream(shown / "diskseq") << sequence << '\n'; };
+    plugIn(1);
+    UdisksDrives table(mock.mountTable(), devices.path());
+    const std::string before = bytes();
+    mock.whileOpening([&] { plugIn(2); });
+    EXPECT_FALSE(table.setLabel('D', "Müll")) << "a copy";
+    mock.whileOpening([&] { mock.change(blockPath("sdb1"), blockInterface, {{"IdUUID", "BBBB-0002"}}); });
+    EXPECT_FALSE(table.setLabel('D', "Müll")) << "no copy";
+    EXPECT_EQ(calls(), (QStringList{"OpenDevice sdb1", "OpenDevice sdb1"}));
+    EXPECT_TRUE(bytes() == before);
+    mock.whileOpening({});
+    EXPECT_TRUE(table.setLabel('D', "Müll"));
+    EXPECT_FALSE(bytes() == before);
+}
+
+TEST_F(UdisksTable, LabelIsNotGivenToAStickThatCameInBetween) {
+    addStick("sdb1", 17);
+    ASSERT_NE(drives.identity('D'), "");
+    mock.change(blockPath("sdb1"), blockInterface, {{"IdUUID", "BBBB-0002"}});
+    EXPECT_FALSE(drives.setLabel('D', "NEU"));
+    EXPECT_EQ(calls(), QStringList());
 }
 
 TEST_F(UdisksTable, OtherFileSystemsTakeUmlautsThemselves) {
