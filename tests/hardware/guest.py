@@ -1,8 +1,10 @@
 """The guest: built once, then booted by QEMU for each run of the ring."""
 
+import fcntl
 import hashlib
 import os
 import shutil
+import signal
 import subprocess
 import sys
 import time
@@ -14,6 +16,7 @@ from qmp import Qmp
 HERE = Path(__file__).resolve().parent
 RECIPE = HERE / "guest" / "build"
 BOOT = 300  # seconds
+BUILD = 3600  # seconds that a mirror may take
 
 
 def cache_folder():
@@ -24,22 +27,67 @@ def cache_folder():
 def built_guest():
     """Folder with disk.img, vmlinuz and initrd.img; builds them when the recipe has changed."""
     folder = cache_folder()
+    folder.parent.mkdir(parents=True, exist_ok=True)
+    # Two runs may share the folder: the second waits, and finds what the first has built.
+    with open(folder.with_name("guest.lock"), "w", encoding="ascii") as lock:
+        fcntl.flock(lock, fcntl.LOCK_EX)
+        build_guest(folder, lock)
+    return folder
+
+
+def build_guest(folder, lock):
     recipe = hashlib.sha256(RECIPE.read_bytes()).hexdigest()
     note = folder / "recipe"
     if note.exists() and note.read_text() == recipe:
-        return folder
+        return
     print(f"Building the guest in {folder} (once; some minutes) ...", flush=True)
     shutil.rmtree(folder, ignore_errors=True)
     folder.mkdir(parents=True)
     log = folder / "build.log"
     with open(log, "wb") as output:
-        status = subprocess.run([RECIPE, folder], stdin=subprocess.DEVNULL, stdout=output, stderr=output,
-                                check=False).returncode
-    if status != 0:
+        # The recipe takes its mirror from the lists, which a machine that has just been set up does not have.
+        built = (has_lists() or succeeds(["apt-get", "update"], output, lock)) \
+            and succeeds([RECIPE, folder], output, lock)
+    if not built:
         lines = log.read_text(errors="replace").splitlines()
         sys.exit("The guest could not be built:\n" + "\n".join(lines[-20:]) + f"\nAll of it is in {log}.")
     note.write_text(recipe)
-    return folder
+
+
+def has_lists():
+    answer = subprocess.run(["apt-get", "indextargets", "Identifier: Packages", "Origin: Debian"],
+                            stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, check=False)
+    return answer.stdout != b""
+
+
+def succeeds(command, output, lock):
+    """Whether the command succeeds in time; it and all that it has started are gone when it does not. The lock is its
+    own, too: it may outlive this process."""
+    with subprocess.Popen(command, stdin=subprocess.DEVNULL, stdout=output, stderr=output, start_new_session=True,
+                          pass_fds=[lock.fileno()]) as process:
+        try:
+            return process.wait(BUILD) == 0
+        except subprocess.TimeoutExpired:
+            output.write(f"Ended after {BUILD} s.\n".encode())
+            return False
+        finally:
+            end_session(process)
+
+
+def end_session(process):
+    """Asks first, so that what is mounted gets unmounted."""
+    if process.poll() is not None:
+        return
+    os.killpg(process.pid, signal.SIGTERM)
+    end = time.monotonic() + 10
+    try:
+        while time.monotonic() < end:
+            process.poll()
+            os.killpg(process.pid, 0)
+            time.sleep(0.1)
+        os.killpg(process.pid, signal.SIGKILL)
+    except ProcessLookupError:
+        pass  # all of it is gone
 
 
 class Guest:
