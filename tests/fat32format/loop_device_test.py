@@ -216,6 +216,19 @@ class LoopDevice(unittest.TestCase):
             self.assert_refused(self.format("--any-bus", answer=answer), 8, "Nothing has been changed.")
         self.assertTrue(self.is_untouched())
 
+    def test_standard_file_that_is_closed(self):
+        """The disk must not take its place: the question would be written to it, or the answer read from it."""
+        for closed in range(3):
+            with self.subTest(descriptor=closed):
+                self.put_signature((0, b"y\n"))
+                before = self.fingerprint()
+                result = subprocess.run(
+                    [PROGRAM, "--any-bus", "-c8", "E:"], input=b"n\n", capture_output=True, check=False,
+                    preexec_fn=lambda number=closed: os.close(number),  # pylint: disable=subprocess-popen-preexec-fn
+                    env={**os.environ, "XDG_RUNTIME_DIR": str(self.base)})
+                self.assertEqual(result.returncode, 8, result.stdout)
+                self.assertEqual(self.fingerprint(), before)
+
     def test_write_protected(self):
         run("blockdev", "--setro", self.device)
         self.addCleanup(run, "blockdev", "--setrw", self.device)  # the mark outlives the image

@@ -5,10 +5,27 @@
 #include "tools/fat32format/linux_system.h"
 
 #include <exception>
+#include <fcntl.h>
 #include <string>
+#include <unistd.h>
 #include <vector>
 
+namespace {
+
+/// Whoever starts a program may have closed its standard files. The next file that is opened would take the
+/// place of one: the question would be written to the disk, or the answer read from it.
+bool secureStandardFiles() {
+    for (;;) {
+        const int file = open("/dev/null", O_RDWR); // NOLINT(*-vararg,*-cloexec): as standard files are
+        if (file < 0) return false;
+        if (file > STDERR_FILENO) return close(file) == 0;
+    }
+}
+
+} // namespace
+
 int main(int argc, char** argv) {
+    if (!secureStandardFiles()) return static_cast<int>(fat32format::Status::Failed);
     fat32format::LinuxSystem system;
     const std::vector<std::string> arguments(argv + (argc > 0 ? 1 : 0), argv + argc);
     const auto options = fat32format::parseArguments(arguments);
