@@ -106,3 +106,10 @@ TEST(PartitionTable, OnePartition) {
     EXPECT_EQ(number(table, 510, 2), 0xAA55U);
     EXPECT_EQ(partitionTable(4096, 256, 1000, 0).size(), 4096U);
 }
+
+TEST(PartitionTable, EndBeyondWhatTheTableCounts) {
+    const Bytes table = partitionTable(512, 0xFFFFFFFF, 0xFFFFFFFF, 0);
+    EXPECT_EQ(Bytes(table.begin() + 451, table.begin() + 454), (Bytes{0xFE, 0xFF, 0xFF}));
+    const Bytes wrapped = partitionTable(512, 2048, 0xFFFFFFFF, 0);
+    EXPECT_EQ(Bytes(wrapped.begin() + 451, wrapped.begin() + 454), (Bytes{0xFE, 0xFF, 0xFF}));
+}

@@ -51,6 +51,13 @@ protected:
     Options options{'E', 64, false};
 };
 
+Bytes littleEndian(std::uint32_t number) {
+    Bytes bytes;
+    for (unsigned shift = 0; shift < 32; shift += 8)
+        bytes.push_back(static_cast<unsigned char>(number >> shift & 0xFFU));
+    return bytes;
+}
+
 } // namespace
 
 TEST_F(Fat32Format, FormatsAPartition) {
@@ -355,10 +362,16 @@ TEST_F(Fat32Format, BlankDiskGetsATableWithOnePartition) {
 
 TEST_F(Fat32Format, PartitionIsNoLargerThanTheTableCanTell) {
     Volume& disk = useBlankDisk();
-    disk.bytes = disk.diskBytes = 4'000'000'000'000;
-    tellTheTable();
-    EXPECT_EQ(run(), Status::Done);
-    EXPECT_EQ(system.disk.read(0, 512), partitionTable(512, 2048, 4'294'967'295, 0x12345678));
+    for (const std::uint64_t sectors : {0xFFFF'FFFEUL, 0xFFFF'FFFFUL, 0x1'0000'0000UL, 0x2'0000'0000UL}) {
+        disk.bytes = disk.diskBytes = sectors * 512;
+        tellTheTable();
+        EXPECT_EQ(run(), Status::Done);
+        const auto end = static_cast<std::uint32_t>(std::min(sectors, 0xFFFF'FFFFUL));
+        EXPECT_EQ(system.disk.read(0, 512), partitionTable(512, 2048, end - 2048, 0x12345678)) << sectors;
+        const Bytes boot = system.disk.read(1'048'576, 512);
+        EXPECT_EQ(Bytes(boot.begin() + 32, boot.begin() + 36), littleEndian(end - 2048)) << sectors;
+        system.disk.sectors.clear();
+    }
 }
 
 TEST_F(Fat32Format, TableCountsInTheDisksOwnSectors) {

@@ -61,12 +61,12 @@ std::uint64_t reservedSectors(const Fat32Wish& wish, std::uint64_t table) {
 }
 
 /// Place of a sector as old systems count, in three bytes; what they cannot count is a mark of its own.
-void writeOldPlace(SectorWriter& sector, std::size_t at, std::uint32_t place) {
-    const std::uint32_t cylinder = place / (tracksOfHeads * sectorsOfTrack);
+void writeOldPlace(SectorWriter& sector, std::size_t at, std::uint64_t place) {
+    const std::uint64_t cylinder = place / (tracksOfHeads * sectorsOfTrack);
     const bool isBeyond = cylinder > 1023;
-    const std::uint32_t head = isBeyond ? 254 : place / sectorsOfTrack % tracksOfHeads;
-    const std::uint32_t low = isBeyond ? 1023 : cylinder;
-    const std::uint32_t number = isBeyond ? sectorsOfTrack : place % sectorsOfTrack + 1;
+    const auto head = static_cast<std::uint32_t>(isBeyond ? 254 : place / sectorsOfTrack % tracksOfHeads);
+    const auto low = static_cast<std::uint32_t>(isBeyond ? 1023 : cylinder);
+    const auto number = static_cast<std::uint32_t>(isBeyond ? sectorsOfTrack : place % sectorsOfTrack + 1);
     sector.byte(at, head);
     sector.byte(at + 1, number | (low >> 8U << 6U));
     sector.byte(at + 2, low);
@@ -144,7 +144,7 @@ Bytes partitionTable(std::uint32_t sectorSize, std::uint32_t start, std::uint32_
     sector.number(440, signature);
     writeOldPlace(sector, entry + 1, start);
     sector.byte(entry + 4, fat32);
-    writeOldPlace(sector, entry + 5, start + (count - 1));
+    writeOldPlace(sector, entry + 5, std::uint64_t{start} + count - 1);
     sector.number(entry + 8, start);
     sector.number(entry + 12, count);
     return sector.marked();

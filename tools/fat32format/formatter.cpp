@@ -115,7 +115,9 @@ private:
         if (volume.bytes <= plan.base) throw Refusal{Status::Failed, "The disk is too small."};
         Fat32Wish wish;
         wish.sectorSize = static_cast<std::uint32_t>(size);
-        wish.sectors = std::min((volume.bytes - plan.base) / size, largestCountOfTable);
+        // What lies beyond the last sector that a table can name, no system would find.
+        const std::uint64_t before = volume.isPartition ? 0 : plan.base / size;
+        wish.sectors = std::min((volume.bytes - plan.base) / size, largestCountOfTable - before);
         wish.sectorsPerCluster = static_cast<std::uint32_t>(
             std::max<std::uint64_t>(1, options_.sectorsPerCluster * sectorOfOption / size));
         wish.sectorsBefore =
