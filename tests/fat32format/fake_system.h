@@ -29,8 +29,12 @@ public:
         }
     }
     Bytes read(std::uint64_t offset, std::size_t size) const {
-        const auto found = sectors.find(offset);
-        return found == sectors.end() ? Bytes(size) : found->second;
+        Bytes bytes(size);
+        const auto end = sectors.lower_bound(offset + size);
+        for (auto one = sectors.lower_bound(offset); one != end; ++one)
+            std::copy(one->second.begin(), one->second.end(),
+                      bytes.begin() + static_cast<std::ptrdiff_t>(one->first - offset));
+        return bytes;
     }
 
 private:
@@ -56,6 +60,7 @@ public:
     std::function<void()> onUnmount;
     std::function<void()> onOpen; ///< as long as a password is asked for
     int failingCall = 0;          ///< the number of the call that fails; 0 for none
+    int lostWrite = 0;            ///< the number of the write that changes nothing; 0 for none
     bool failingRead = false; ///< a failed look at the disk returns what cannot be read, instead of nothing
 
     MemoryDisk disk;
@@ -63,6 +68,7 @@ public:
     std::vector<std::string> unmounted;
     std::string output;
     int calls = 0;
+    int writes = 0;
 
     /// Counts a call; whether it is the one that fails.
     bool fails() { return ++calls == failingCall; }
@@ -129,7 +135,8 @@ public:
         EXPECT_LE(offset + bytes.size(), volume_.bytes);
         EXPECT_EQ(offset % volume_.sectorSize + bytes.size() % volume_.sectorSize, 0U);
         if (system_.fails()) return false;
-        system_.disk.write(volume_.start + offset, bytes, volume_.sectorSize);
+        if (++system_.writes != system_.lostWrite)
+            system_.disk.write(volume_.start + offset, bytes, volume_.sectorSize);
         return true;
     }
     bool flush() override {

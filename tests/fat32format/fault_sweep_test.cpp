@@ -69,7 +69,45 @@ void sweepMountedBySystem(bool isPartition, bool failingRead) {
     }
 }
 
+/// What a disk of use has wherever something is written to it.
+void fillWithOldData(FakeSystem& system) {
+    const Volume& volume = system.volumes.begin()->second;
+    const Bytes old(std::size_t{4} * 1'048'576, 0xA5);
+    system.disk.write(volume.start, old, volume.sectorSize);
+    system.disk.write(volume.start + volume.bytes - old.size(), old, volume.sectorSize);
+}
+
+/// Formats a disk of use; a write gets lost, or none when its number is 0.
+Status formatOldDisk(FakeSystem& system, bool isPartition, int lostWrite) {
+    plug(system, isPartition);
+    fillWithOldData(system);
+    system.lostWrite = lostWrite;
+    return format(system, options);
+}
+
+/// Done is only what is as if nothing had been lost: a range may have been cleared twice. Returns how many
+/// losses have been found.
+int sweepLostWrites(bool isPartition) {
+    FakeSystem good;
+    EXPECT_EQ(formatOldDisk(good, isPartition, 0), Status::Done);
+    int found = 0;
+    for (int write = 1; write <= good.writes; ++write) {
+        FakeSystem system;
+        const Status status = formatOldDisk(system, isPartition, write);
+        const bool isDone = status == Status::Done;
+        EXPECT_EQ(isDone, system.output.find("Done") != std::string::npos) << write;
+        EXPECT_EQ(isDone, system.disk.sectors == good.disk.sectors) << "the loss of write " << write;
+        if (!isDone) ++found;
+    }
+    return found;
+}
+
 } // namespace
+
+TEST(FaultSweep, WriteThatIsLostSilently) {
+    for (const bool isPartition : {false, true})
+        EXPECT_GE(sweepLostWrites(isPartition), 8);
+}
 
 TEST(FaultSweep, DiskThatIsFreeOrInTheUsersUse) {
     for (const bool isPartition : {false, true}) {

@@ -235,7 +235,7 @@ private:
         });
         Fat32Writer fileSystem(writer, plan.layout, plan.base);
         const bool written = clearEdges(writer, plan.base) && fileSystem.writeTables() && held_->flush() &&
-                             fileSystem.writeBoot() && held_->flush() && fileSystem.verify() &&
+                             fileSystem.writeBoot() && held_->flush() && writer.verifyAll() &&
                              writeTable(writer, plan.table);
         if (!written) throw Refusal{Status::Failed, "The disk of drive " + drive_ + " cannot be written to."};
     }

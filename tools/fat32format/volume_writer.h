@@ -5,6 +5,8 @@
 
 #include <cstdint>
 #include <functional>
+#include <map>
+#include <vector>
 
 namespace fat32format {
 
@@ -21,15 +23,26 @@ public:
     bool put(std::uint64_t offset, const Bytes& bytes);
     /// Whether the bytes are on the medium.
     bool verify(std::uint64_t offset, const Bytes& bytes);
+    /// Whether everything written is: each range that has been cleared, with what has been put there since.
+    bool verifyAll();
 
 private:
+    struct Range {
+        std::uint64_t begin;
+        std::uint64_t end;
+    };
+
     bool countUp(std::uint64_t bytes);
+    Bytes expected(Range range) const;
+    bool verify(Range range);
 
     HeldVolume& volume_;
     std::uint64_t expected_;
     std::function<void(std::uint64_t)> progress_;
     std::uint64_t written_ = 0;
     std::uint64_t percent_ = 0;
+    std::vector<Range> cleared_;
+    std::map<std::uint64_t, Bytes> put_; ///< since the last clearing, whole sectors by their offset
 };
 
 /// Writes an empty FAT32 file system that begins `base` bytes from the beginning of the volume. What marks it
@@ -44,7 +57,6 @@ public:
 
     bool writeTables();
     bool writeBoot();
-    bool verify();
 
 private:
     std::uint64_t placeOf(std::uint64_t sector) const { return base_ + sector * layout_.wish.sectorSize; }
