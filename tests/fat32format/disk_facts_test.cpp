@@ -98,7 +98,7 @@ TEST_F(DiskFacts, Partition) {
     EXPECT_EQ(volume.diskSequence, 7U);
     EXPECT_EQ(volume.sectorSize, 512U);
     EXPECT_EQ(volume.model, "ACME Mobile Disk");
-    EXPECT_EQ(volume.serial, "USB-SERIAL");
+    EXPECT_EQ(volume.shownSerial(), "USB-SERIAL");
     EXPECT_FALSE(volume.readOnly);
     EXPECT_FALSE(volume.systemUse);
     EXPECT_TRUE(volume.mounts.empty());
@@ -141,13 +141,28 @@ TEST_F(DiskFacts, SerialNumberFromUdevGoesFirst) {
     EXPECT_EQ(facts(17).serial, "ACME_0815");
     write("udev/b8:16", "E:ID_SERIAL_SHORT=0815", std::ios::app);
     EXPECT_EQ(facts(17).serial, "0815");
-    write("udev/b8:16", "E:ID_SCSI_SERIAL=4711", std::ios::app);
+}
+
+TEST_F(DiskFacts, SerialNumberOfScsiCountsForScsiDisksOnly) {
+    write("udev/b8:16", "E:ID_SERIAL_SHORT=0815\nE:ID_SCSI_SERIAL=4711");
+    EXPECT_EQ(facts(17).serial, "0815");
+    write("udev/b8:16", "E:ID_SCSI=1", std::ios::app);
     EXPECT_EQ(facts(17).serial, "4711");
+    write("udev/b8:16", "E:ID_ATA=1", std::ios::app);
+    EXPECT_EQ(facts(17).serial, "0815");
+}
+
+TEST_F(DiskFacts, SerialNumberThatUdevDoesNotKnowIsOnlyShown) {
+    EXPECT_EQ(facts(17).serial, "") << "as the table of drives has it";
+    EXPECT_EQ(facts(17).shownSerial(), "USB-SERIAL");
+    write("udev/b8:16", "E:ID_SERIAL_SHORT=0815");
+    EXPECT_EQ(facts(17).serial, "0815");
+    EXPECT_EQ(facts(17).shownSerial(), "0815");
 }
 
 TEST_F(DiskFacts, SerialNumberOfAHubIsNotTheDisks) {
     fs::remove(folders.sys / "devices/pci0000:00/0000:00:14.0/usb2/2-1/serial");
-    EXPECT_EQ(facts(17).serial, "");
+    EXPECT_EQ(facts(17).shownSerial(), "");
 }
 
 TEST_F(DiskFacts, ReadOnlyDiskOrPartition) {

@@ -141,16 +141,25 @@ std::string serialOf(const fs::path& disk) {
     return {};
 }
 
+/// In the order of the desktop's disk service, which the table of drives has it from: it takes the serial of
+/// SCSI for disks that are SCSI's and not ATA's only, and is content with none.
+std::string udevSerial(const FactFolders& folders, const std::string& number) {
+    const auto property = [&](const char* name) { return udevProperty(folders, number, name); };
+    const bool isScsi = property("ID_SCSI") == "1" && property("ID_ATA") != "1";
+    std::string serial = isScsi ? property("ID_SCSI_SERIAL") : std::string();
+    for (const char* name : {"ID_SERIAL_SHORT", "ID_SERIAL"})
+        if (serial.empty()) serial = property(name);
+    return serial;
+}
+
 void readDiskNames(const FactFolders& folders, const fs::path& disk, Volume& volume) {
     const std::string number = optionalLine(disk / "dev");
     const std::string vendor = optionalLine(disk / "device/vendor");
     const std::string model = optionalLine(disk / "device/model");
     volume.model = trimmed(vendor + ' ' + model);
     if (model.empty()) volume.model = udevProperty(folders, number, "ID_MODEL");
-    // In the order of the desktop's disk service, which the table of drives has it from.
-    for (const char* name : {"ID_SCSI_SERIAL", "ID_SERIAL_SHORT", "ID_SERIAL"})
-        if (volume.serial.empty()) volume.serial = udevProperty(folders, number, name);
-    if (volume.serial.empty()) volume.serial = serialOf(disk);
+    volume.serial = udevSerial(folders, number);
+    volume.deviceSerial = serialOf(disk);
 }
 
 bool isOctal(const std::string& text) {

@@ -181,7 +181,7 @@ private:
         std::string text =
             "Drive " + drive_ + " is " + what + ", " + sizeText(volume.bytes) + ", of this disk:\n";
         text += "  Model:  " + orUnknown(volume.model) + '\n';
-        text += "  Serial: " + orUnknown(volume.serial) + '\n';
+        text += "  Serial: " + orUnknown(volume.shownSerial()) + '\n';
         text += "  Size:   " + sizeText(volume.diskBytes) + '\n';
         if (!contents.empty()) text += "enthält: " + joined(contents) + '\n';
         for (const Mount& mount : volume.mounts)
@@ -264,9 +264,9 @@ private:
 
 bool Volume::isSameAs(const Volume& other) const {
     return node == other.node && deviceNumber == other.deviceNumber && diskSequence == other.diskSequence &&
-           model == other.model && serial == other.serial && diskBytes == other.diskBytes &&
-           start == other.start && bytes == other.bytes && sectorSize == other.sectorSize &&
-           isPartition == other.isPartition;
+           model == other.model && serial == other.serial && deviceSerial == other.deviceSerial &&
+           diskBytes == other.diskBytes && start == other.start && bytes == other.bytes &&
+           sectorSize == other.sectorSize && isPartition == other.isPartition;
 }
 
 Status format(System& system, const Options& options) {

@@ -25,9 +25,10 @@ struct Volume {
     std::string diskNode; ///< the disk's device, "/dev/sdb"
     std::uint64_t deviceNumber = 0;
     std::uint64_t diskSequence =
-        0;              ///< which of all disks since the start of the system it is; 0 when not known
-    std::string model;  ///< of the disk; may be empty
-    std::string serial; ///< of the disk; may be empty
+        0;                    ///< which of all disks since the start of the system it is; 0 when not known
+    std::string model;        ///< of the disk; may be empty
+    std::string serial;       ///< of the disk, as the table of drives has it; may be empty
+    std::string deviceSerial; ///< that the device itself tells; only to be shown
     std::uint64_t diskBytes = 0;
     std::uint64_t start = 0; ///< where it begins on the disk, in bytes
     std::uint64_t bytes = 0;
@@ -44,6 +45,7 @@ struct Volume {
     /// Whether it is the same piece of the same disk, plugged in since.
     bool isSameAs(const Volume& other) const;
     DiskIdentity identity() const { return {diskSequence, diskBytes, serial}; }
+    const std::string& shownSerial() const { return serial.empty() ? deviceSerial : serial; }
 };
 
 /// What a letter means in the table of drives.
