@@ -31,6 +31,7 @@ protected:
         write("sys/devices/pci0000:00/0000:00:14.0/usb2/2-1/serial", "USB-SERIAL");
         write("sys/devices/pci0000:00/0000:00:14.0/usb2/serial", "0000:00:14.0");
         write("sys/devices/pci0000:00/0000:00:14.0/usb2/idVendor", "1d6b");
+        fs::create_directories(folders.sys / "block/loop0"); // with nothing behind it
         mount("8:2", "/", "ext4", "/dev/sda2");
         write("proc/swaps", "Filename\t\t\t\tType\t\tSize\t\tUsed\t\tPriority\n");
     }
@@ -216,6 +217,28 @@ TEST_F(DiskFacts, VolumeGroupOrEncryptedVolumeInUse) {
     fs::create_directories(folders.sys / usbDisk / "sdb1/holders/dm-0");
     EXPECT_TRUE(facts(17).systemUse);
     EXPECT_TRUE(facts(16).systemUse);
+}
+
+TEST_F(DiskFacts, LoopDeviceOfTheDisk) {
+    for (const char* other : {"/dev/sda1", "/home/anna/image", "/dev/sdb11", "/dev/sdb1.img"}) {
+        write("sys/block/loop3/loop/backing_file", other);
+        EXPECT_FALSE(facts(17).systemUse) << other;
+    }
+    for (const char* own : {"/dev/sdb", "/dev/sdb1", "/dev/sdb1 (deleted)"}) {
+        write("sys/block/loop3/loop/backing_file", own);
+        EXPECT_TRUE(facts(17).systemUse) << own;
+        EXPECT_TRUE(facts(16).systemUse) << own;
+    }
+    EXPECT_EQ(facts(17).unreadable, "");
+}
+
+TEST_F(DiskFacts, LoopDeviceThatCannotBeRead) {
+    const fs::path file = folders.sys / "block/loop3/loop/backing_file";
+    fs::create_directories(file);
+    EXPECT_EQ(facts(17).unreadable, file);
+    fs::remove(file);
+    fs::rename(folders.sys / "block", folders.sys / "kept");
+    EXPECT_EQ(facts(17).unreadable, folders.sys / "block");
 }
 
 TEST_F(DiskFacts, NumberInTheTableThatIsNone) {

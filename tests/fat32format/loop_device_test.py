@@ -178,6 +178,13 @@ class LoopDevice(unittest.TestCase):
         self.link("/")
         self.assert_refused(self.format("--any-bus"), 5, "The system uses")
 
+    def test_behind_another_loop_device(self):
+        other = run("losetup", "--find", "--show", self.device).strip()
+        self.addCleanup(subprocess.run, ["losetup", "--detach", other], capture_output=True, check=False)
+        self.assert_refused(self.format("--any-bus"), 5, "The system uses")
+        run("losetup", "--detach", other)
+        self.assertEqual(self.format("--any-bus").returncode, 0)
+
     def test_swap_space(self):
         run("mkswap", self.device)
         if subprocess.run(["swapon", self.device], capture_output=True, check=False).returncode != 0:

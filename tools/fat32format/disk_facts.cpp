@@ -9,6 +9,7 @@
 #include <map>
 #include <sstream>
 #include <sys/stat.h>
+#include <sys/sysmacros.h>
 
 namespace fat32format {
 
@@ -248,6 +249,29 @@ bool haveSwap(Reader& reader, const fs::path& table, Devices& devices) {
     return false;
 }
 
+/// The number of a device, "8:17", wherever its node lies; empty when the path is none.
+std::string numberOf(const std::string& path) {
+    struct stat info {};
+    if (stat(path.c_str(), &info) != 0 || !S_ISBLK(info.st_mode)) return {};
+    return numberText(major(info.st_rdev), minor(info.st_rdev));
+}
+
+/// Whether a loop device lies on one of the devices. It does not show as a holder, and does not keep others
+/// from opening the disk for themselves.
+/// https://www.kernel.org/doc/Documentation/ABI/testing/sysfs-block-loop
+bool haveLoop(Reader& reader, const fs::path& blocks, Devices& devices) {
+    const std::string deleted = " (deleted)"; // the node, by now
+    for (const std::string& name : reader.names(blocks)) {
+        const fs::path file = blocks / name / "loop/backing_file";
+        if (!name.starts_with("loop") || !reader.isThere(file)) continue;
+        std::string path = reader.text(file);
+        path.erase(path.find_last_not_of('\n') + 1);
+        if (path.ends_with(deleted)) path.erase(path.size() - deleted.size());
+        if (!devices.node(numberOf(path), path).empty()) return true;
+    }
+    return false;
+}
+
 void readUse(Reader& reader, const FactFolders& folders, const fs::path& disk, Volume& volume) {
     Devices devices(reader, disk);
     volume.diskHasPartitions = devices.hasPartitions();
@@ -255,7 +279,8 @@ void readUse(Reader& reader, const FactFolders& folders, const fs::path& disk, V
     const bool onlyUsers = std::all_of(volume.mounts.begin(), volume.mounts.end(),
                                        [](const Mount& mount) { return isUsersPlace(mount.place); });
     const bool swap = haveSwap(reader, folders.proc / "swaps", devices);
-    volume.systemUse = devices.haveHolders() || swap || !onlyUsers;
+    const bool loop = haveLoop(reader, folders.sys / "block", devices);
+    volume.systemUse = devices.haveHolders() || swap || loop || !onlyUsers;
 }
 
 } // namespace
