@@ -270,7 +270,14 @@ TEST_F(Fat32Format, MemberOfASetIsLeftAlone) {
 
 TEST_F(Fat32Format, TableThatDoesNotTellWhichDiskItIs) {
     system.table['E'].disk.reset();
-    expectRefusal(Status::OtherDisk, "does not tell which disk drive E: is");
+    expectRefusal(Status::OtherDisk, "does not tell which disk drive E: is.\n");
+}
+
+TEST_F(Fat32Format, SystemThatDoesNotNumberDisks) {
+    partition().diskSequence = 0;
+    system.table['E'].disk.reset();
+    expectRefusal(Status::OtherDisk,
+                  "does not tell which disk drive E: is. Linux numbers disks from 5.15 on.\n");
 }
 
 TEST_F(Fat32Format, AnotherDiskThanTheTableTellsOf) {

@@ -76,7 +76,8 @@ private:
         if (volume->bytes == 0) throw Refusal{Status::NoDisk, "Drive " + drive_ + " has no medium."};
         if (!target->disk)
             throw Refusal{Status::OtherDisk,
-                          "The table of drives does not tell which disk drive " + drive_ + " is."};
+                          "The table of drives does not tell which disk drive " + drive_ + " is." +
+                              (volume->diskSequence == 0 ? " Linux numbers disks from 5.15 on." : "")};
         if (*target->disk != volume->identity())
             throw Refusal{Status::OtherDisk,
                           "Drive " + drive_ + " is another disk than the table of drives tells of."};
