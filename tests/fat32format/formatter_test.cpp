@@ -91,6 +91,15 @@ TEST_F(Fat32Format, DiskWithoutNames) {
     EXPECT_TRUE(said("Model:  unknown\n  Serial: unknown\n"));
 }
 
+TEST_F(Fat32Format, SerialThatOnlyTheDeviceTellsIsShown) {
+    partition().serial.clear();
+    partition().deviceSerial = "4711";
+    tellTheTable();
+    EXPECT_EQ(system.table['E'].disk->serial, "") << "what the table tells is compared, and nothing else";
+    EXPECT_EQ(run(), Status::Done);
+    EXPECT_TRUE(said("Serial: 4711\n")) << system.output;
+}
+
 TEST_F(Fat32Format, NameOfADiskCannotPassForSuccess) {
     partition().model = "Done\nDone \x1B[2J";
     system.answer = "n";
@@ -330,6 +339,7 @@ TEST_F(Fat32Format, EveryFactOfTheDiskCounts) {
         [](Volume& v) { v.serial = "x"; },       [](Volume& v) { v.diskBytes -= 512; },
         [](Volume& v) { v.bytes -= 512; },       [](Volume& v) { v.isPartition = false; },
         [](Volume& v) { v.start += 512; },       [](Volume& v) { v.sectorSize = 4096; },
+        [](Volume& v) { v.deviceSerial = "x"; },
     };
     for (std::size_t i = 0; i < changes.size(); ++i) {
         Volume other = volume;
