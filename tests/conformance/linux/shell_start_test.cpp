@@ -12,6 +12,7 @@
 #include <unistd.h>
 
 #include <chrono>
+#include <csignal>
 #include <fstream>
 #include <sstream>
 #include <thread>
@@ -25,11 +26,12 @@ namespace fs = std::filesystem;
 
 namespace {
 
-/// One line a start: number of arguments, then each in brackets; with its process, session and open files
-/// beside it.
+/// One line a start: number of arguments, then each in brackets; with its process, session, open files and
+/// ignored signals beside it.
 constexpr const char* openCommand = R"sh(#!/bin/sh
 case "$1" in *wait.txt) read -r line < "$RECORDS/gate";; esac
 ls -l /proc/$$/fd > "$RECORDS/files"
+grep '^SigIgn' /proc/self/status | cut -f 2 > "$RECORDS/ignored"
 echo "$$ $(cut -d' ' -f6 /proc/$$/stat)" > "$RECORDS/session"
 { printf '%s' "$#"; printf '<%s>' "$@"; echo; } >> "$RECORDS/open"
 )sh";
@@ -248,6 +250,14 @@ TEST_F(ShellStart, StartedProgramIsOnItsOwn) {
     siginfo_t child = {};
     EXPECT_EQ(waitid(P_ALL, 0, &child, WEXITED | WNOHANG | WNOWAIT), -1)
         << "there must be no child, not even a dead one";
+}
+
+TEST_F(ShellStart, SignalsThatThisProgramIgnoresMeanSomethingToWhatItStarts) {
+    auto* const before = std::signal(SIGPIPE, SIG_IGN);
+    EXPECT_EQ(open("http://host.example"), ShellAccepted);
+    starts(1);
+    std::signal(SIGPIPE, before);
+    EXPECT_EQ(std::stoul(records("ignored").at(0), nullptr, 16) & (1UL << (SIGPIPE - 1)), 0U);
 }
 
 TEST_F(ShellStart, NoDesktopCommands) {
