@@ -231,7 +231,7 @@ class LoopDevice(unittest.TestCase):
                 before = self.fingerprint()
                 result = subprocess.run(
                     [PROGRAM, "--any-bus", "-c8", "E:"], input=b"n\n", capture_output=True, check=False,
-                    preexec_fn=lambda number=closed: os.close(number),  # pylint: disable=subprocess-popen-preexec-fn
+                    preexec_fn=lambda number=closed: os.close(number),
                     env={**os.environ, "XDG_RUNTIME_DIR": str(self.base)})
                 self.assertEqual(result.returncode, 8, result.stdout)
                 self.assertEqual(self.fingerprint(), before)
