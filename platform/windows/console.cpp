@@ -22,11 +22,12 @@ std::wstring withWindowsLineEnds(std::string_view text) {
     return lines;
 }
 
-/// To a file or a pipe, in UTF-8; false when there is none.
+/// To a file, a pipe or a device like NUL, in UTF-8; false when there is none.
 bool printRedirected(std::string_view text) {
     const HANDLE output = GetStdHandle(STD_OUTPUT_HANDLE);
-    if (output == nullptr || output == INVALID_HANDLE_VALUE || GetFileType(output) == FILE_TYPE_CHAR)
-        return false;
+    DWORD mode = 0;
+    const bool isConsole = GetConsoleMode(output, &mode) != FALSE;
+    if (output == nullptr || output == INVALID_HANDLE_VALUE || isConsole) return false;
     DWORD written = 0;
     return WriteFile(output, text.data(), static_cast<DWORD>(text.size()), &written, nullptr) != FALSE;
 }
