@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
+#include <iterator>
 #include <optional>
 #include <string_view>
 
@@ -15,16 +16,30 @@ namespace platform::windows {
 
 namespace {
 
-/// The serial number that formatting gave the volume, "-" when it has no file system; no value without a
-/// medium.
+constexpr const char* noSerial = "-";
+
+/// Whether the error says that there is no such drive, or no medium in it.
+bool meansMissing(DWORD error) {
+    constexpr DWORD noSuchDevice = 433; // not every header has a name for it
+    constexpr DWORD missing[] = {
+        ERROR_FILE_NOT_FOUND, ERROR_PATH_NOT_FOUND, ERROR_INVALID_DRIVE,        ERROR_NOT_READY,
+        ERROR_BAD_UNIT,       ERROR_DEV_NOT_EXIST,  ERROR_BAD_NETPATH,          ERROR_BAD_NET_NAME,
+        ERROR_INVALID_NAME,   noSuchDevice,         ERROR_DEVICE_NOT_CONNECTED, ERROR_NO_MEDIA_IN_DRIVE,
+        ERROR_DEVICE_REMOVED};
+    return std::find(std::begin(missing), std::end(missing), error) != std::end(missing);
+}
+
+/// The serial number that formatting gave the volume, "-" when it has no file system or one that is locked;
+/// no value without a medium.
 std::optional<std::string> volumeSerial(const std::string& root) {
     DWORD serial = 0;
     if (GetVolumeInformationA(root.c_str(), nullptr, 0, &serial, nullptr, nullptr, nullptr, 0) == FALSE) {
-        if (GetLastError() != ERROR_UNRECOGNIZED_VOLUME) return std::nullopt;
-        return "-";
+        if (meansMissing(GetLastError())) return std::nullopt;
+        return noSerial;
     }
     // Not every system finds the medium missing when it is asked for the serial number.
-    if (GetFileAttributesA(root.c_str()) == INVALID_FILE_ATTRIBUTES) return std::nullopt;
+    if (GetFileAttributesA(root.c_str()) == INVALID_FILE_ATTRIBUTES && meansMissing(GetLastError()))
+        return std::nullopt;
     return std::to_string(serial);
 }
 
@@ -78,12 +93,13 @@ std::string volumeIdentity(char letter) {
     // Who only asks needs no right to read the device.
     const UniqueHandle device(
         CreateFileA(name.c_str(), 0, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING, 0, nullptr));
-    std::string identity = *serial;
+    std::string facts;
     if (device)
         for (const std::string& fact :
              {deviceNumber(device.get()), geometry(device.get()), diskSerial(device.get())})
-            identity += '\n' + fact;
-    return identity;
+            facts += '\n' + fact;
+    const bool tellsNothing = *serial == noSerial && facts.find_first_not_of('\n') == std::string::npos;
+    return tellsNothing ? std::string() : *serial + facts;
 }
 
 } // namespace platform::windows
