@@ -110,6 +110,7 @@ void Form1::Timer1_Timer() {
     drive_ = snapshot_.newDrive();
     if (drive_.empty()) return;
     disk_ = platform::driveIdentity(rootOf(drive_));
+    if (!disk_) return; // it is not ready yet
     state_ = DiskFound;
     Label3.setCaption(thirdStep);
     Label2.setCaption(thirdInstructions(drive_));
@@ -138,7 +139,7 @@ void Form1::waitForDisk() {
 
 /// Not another one that has got its letter.
 bool Form1::isDiskThere() const {
-    return platform::driveType(rootOf(drive_)) == platform::DriveFixed &&
+    return disk_ && platform::driveType(rootOf(drive_)) == platform::DriveFixed &&
            platform::driveIdentity(rootOf(drive_)) == disk_;
 }
 

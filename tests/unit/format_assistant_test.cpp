@@ -45,6 +45,7 @@ protected:
 
     static void plug(const std::string& root, std::uint32_t type = platform::DriveFixed) {
         computer().drives[root].type = type;
+        computer().drives[root].total = 1000;
     }
 
     void goToSecondStep() { assistant.Command1.click(); }
@@ -174,6 +175,26 @@ TEST_F(FormatAssistant, AnotherDiskInItsPlaceIsFoundAnew) {
     formatterWrites("Done");
     assistant.Command1.click();
     EXPECT_EQ(console().commandLines.size(), 1U);
+}
+
+TEST_F(FormatAssistant, DiskThatCannotBeToldFromOthersIsNotFound) {
+    goToSecondStep();
+    plug("E:\\");
+    computer().drives["E:\\"].total = 0;
+    assistant.Timer1.tick();
+    expectSecondStep();
+    computer().drives["E:\\"].total = 1000;
+    assistant.Timer1.tick();
+    expectThirdStep();
+}
+
+TEST_F(FormatAssistant, DiskThatCannotBeToldAnyMoreIsNotFormatted) {
+    goToThirdStep();
+    computer().drives["E:\\"].total = 0;
+    assistant.Command1.click();
+    EXPECT_TRUE(computer().messages.empty());
+    EXPECT_TRUE(console().calls.empty());
+    expectSecondStep();
 }
 
 TEST_F(FormatAssistant, DiskThatBecomesAnotherKindOfDriveIsGone) {
