@@ -33,6 +33,7 @@ calls it. Message boxes, keys, lists and the other controls are asked by `tests/
 FUNCTIONS = [
     ("InternetOpenA", "http", "Http.AgentTextIsSent"),
     ("InternetOpenUrlA", "http", "Http.ReloadAsksPastEveryCache"),
+    ("InternetQueryDataAvailable", "http", "Http.SlowServerFillsTheBufferAllTheSame"),
     ("InternetReadFile", "http", "Http.EveryReadIsFullButTheLast"),
     ("InternetCloseHandle", "http", "Http.RequestThatIsClosedInMidFile"),
     ("GetLogicalDriveStringsA", "volumes", "Volumes.SixteenRootsDoNotFitInto64Characters"),
