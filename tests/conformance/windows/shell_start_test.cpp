@@ -56,10 +56,12 @@ private:
 };
 
 /// While it lives the test's child opens what belongs to a class of the system's own, and notes it with a bar
-/// behind it.
+/// behind it. The conversation that the system would hold with its own program is put away meanwhile: the
+/// child does not answer.
 class Opener {
 public:
     Opener(std::string name, const fs::path& note) : name_(std::move(name)) {
+        move(conversation, putAway);
         DWORD size = sizeof before_;
         if (RegGetValueA(HKEY_CLASSES_ROOT, (name_ + command).c_str(), nullptr, RRF_RT_ANY | RRF_NOEXPAND,
                          &type_, before_.data(), &size) == ERROR_SUCCESS)
@@ -75,10 +77,25 @@ public:
             set(type_, before_.data(), size_);
         else
             RegDeleteTreeA(HKEY_CLASSES_ROOT, (name_ + "\\shell").c_str());
+        move(putAway, conversation);
     }
 
 private:
     static constexpr const char* command = "\\shell\\open\\command";
+    static constexpr const char* conversation = "\\shell\\open\\ddeexec";
+    static constexpr const char* putAway = "\\conformance-ddeexec";
+
+    /// A key of the class, with all that is below it.
+    void move(const char* from, const char* to) const {
+        HKEY target = nullptr;
+        if (RegOpenKeyExA(HKEY_CLASSES_ROOT, (name_ + from).c_str(), 0, KEY_READ, &target) != ERROR_SUCCESS)
+            return;
+        RegCloseKey(target);
+        RegCreateKeyA(HKEY_CLASSES_ROOT, (name_ + to).c_str(), &target);
+        if (RegCopyTreeA(HKEY_CLASSES_ROOT, (name_ + from).c_str(), target) == ERROR_SUCCESS)
+            RegDeleteTreeA(HKEY_CLASSES_ROOT, (name_ + from).c_str());
+        RegCloseKey(target);
+    }
 
     void set(DWORD type, const char* value, DWORD size) const {
         RegSetKeyValueA(HKEY_CLASSES_ROOT, (name_ + command).c_str(), nullptr, type, value, size);
