@@ -39,7 +39,11 @@ FileResult readProfileSection(std::string_view section, std::string& lines, std:
 /// Writes one key, or deletes it (no value), or deletes the section (no key). Lines that it does not touch
 /// stay as they are, and the file's old contents are safe until the new ones are. False when the file could
 /// not be written or read, would become larger than largestProfile, or when a text holds a line end or a NUL.
-/// `drive` is the drive that the path has to lead to, as in files.h. Windows: `WritePrivateProfileStringA`,
+/// `drive` is the drive that the path has to lead to, as in files.h. Windows knows the file by its letter
+/// alone: there the drive is compared before the new file is begun beside the old one, and again once it is
+/// on the medium. One that gets the letter in between may have the new file on it until then, but not in the
+/// place of the old one, and one that loses it may keep an unfinished file. Windows:
+/// `WritePrivateProfileStringA`,
 /// https://learn.microsoft.com/windows/win32/api/winbase/nf-winbase-writeprivateprofilestringa
 bool writeProfileString(std::string_view section, std::optional<std::string_view> key,
                         std::optional<std::string_view> value, std::string_view path,

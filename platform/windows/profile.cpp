@@ -63,10 +63,17 @@ DWORD sizeOf(std::span<char> buffer) {
     return static_cast<DWORD>(std::min<std::size_t>(buffer.size(), MAXDWORD));
 }
 
+/// Whether the letter still leads to that drive; yes when it may be any.
+bool leadsTo(const std::string& root, const DriveIdentity& drive) {
+    return !drive || driveIdentity(root) == drive;
+}
+
 /// A file beside the profile that goes again unless it has taken the profile's place.
 class Draft {
 public:
-    explicit Draft(const Place& profile) : profile_(profile.native), replaces_(profile.exists()) {
+    Draft(const Place& profile, const DriveIdentity& drive)
+        : root_(profile.root), drive_(drive), profile_(profile.native), replaces_(profile.exists()) {
+        if (!leadsTo(root_, drive_)) return;
         static unsigned counter = 0;
         const std::string folder = profile_.substr(0, profile_.rfind('\\') + 1);
         constexpr int attempts = 100;
@@ -87,9 +94,9 @@ public:
     const std::string& file() const { return file_; }
 
     /// On the medium first, then in the profile's place: a stick that is pulled has either the old or the new
-    /// file.
+    /// file. The functions know a file by its path alone, so the drive is looked at again in between.
     bool takePlace() {
-        if (!flush()) return false;
+        if (!flush() || !leadsTo(root_, drive_)) return false;
         if (MoveFileExA(file_.c_str(), profile_.c_str(),
                         MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) == FALSE)
             return false;
@@ -117,6 +124,8 @@ private:
         return opened && FlushFileBuffers(opened.get()) != FALSE && opened.close();
     }
 
+    std::string root_;
+    DriveIdentity drive_;
     std::string profile_;
     std::string file_;
     bool replaces_;
@@ -213,15 +222,13 @@ bool writeProfileString(std::string_view section, std::optional<std::string_view
     const std::size_t growth =
         key && value ? sectionText.size() + keyText.size() + valueText.size() + signs : 0;
     if (!staysReadable(place, growth)) return false;
-    Draft draft(place);
+    Draft draft(place, drive);
     if (!draft.exists() || !hasRoom(place, growth)) return false;
     const bool written =
         WritePrivateProfileStringA(sectionText.c_str(), key ? keyText.c_str() : nullptr,
                                    key && value ? valueText.c_str() : nullptr, draft.file().c_str()) != FALSE;
     dropCache(draft.file());
-    // The functions know a file by its path alone, so the drive is looked at again.
-    const bool isSameDrive = !drive || driveIdentity(place.root) == drive;
-    if (!written || !isSameDrive || !draft.takePlace()) return false;
+    if (!written || !draft.takePlace()) return false;
     dropCache(place.native);
     return true;
 }
@@ -231,7 +238,7 @@ bool replaceProfile(std::string_view contents, std::string_view path) {
     Place place;
     if (locate(path, place) != FileResult::Ok || checkIsFile(place) != FileResult::Ok || !mayWrite(place))
         return false;
-    Draft draft(place);
+    Draft draft(place, {});
     if (!draft.exists() || !writeContents(draft.file(), contents) || !draft.takePlace()) return false;
     dropCache(place.native);
     return true;
