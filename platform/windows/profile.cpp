@@ -7,6 +7,7 @@
 #include <windows.h>
 
 #include <algorithm>
+#include <cctype>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -66,6 +67,27 @@ DWORD sizeOf(std::span<char> buffer) {
 /// Whether the letter still leads to that drive; yes when it may be any.
 bool leadsTo(const std::string& root, const DriveIdentity& drive) {
     return !drive || driveIdentity(root) == drive;
+}
+
+/// Cuts the first line off the text, and its line end.
+std::string_view takeLine(std::string_view& text) {
+    const std::string_view line = text.substr(0, text.find_first_of("\r\n"));
+    text.remove_prefix(std::min(text.size(), line.size() + 1));
+    return line;
+}
+
+/// Whether the text, in the ANSI code page, has that section with a line in it that no reading of it leaves
+/// out.
+bool hasLines(std::string_view text, std::string_view section) {
+    const std::string sectionLine = '[' + std::string(section) + ']';
+    bool isInside = false;
+    while (!text.empty()) {
+        const std::string line = upToNul(takeLine(text));
+        if (isInside && line.starts_with('[')) return false;
+        if (isInside && !line.empty() && std::isalnum(static_cast<unsigned char>(line[0])) != 0) return true;
+        if (lstrcmpiA(line.c_str(), sectionLine.c_str()) == 0) isInside = true;
+    }
+    return false;
 }
 
 /// A file beside the profile that goes again unless it has taken the profile's place.
@@ -191,7 +213,7 @@ std::uint32_t profileSectionNames(std::span<char> buffer, std::string_view path)
     return GetPrivateProfileSectionNamesA(buffer.data(), sizeOf(buffer), place.native.c_str());
 }
 
-/// The system's function does not tell why it found nothing.
+/// The system's function does not tell why it found nothing: so it is looked up what it should have found.
 FileResult readProfileSection(std::string_view section, std::string& lines, std::string_view path) {
     lines.clear();
     if (fileLength(path).value_or(0) > largestProfile) return FileResult::PathFileAccess;
@@ -199,7 +221,7 @@ FileResult readProfileSection(std::string_view section, std::string& lines, std:
     const FileResult result = readWholeFile(path, text);
     lines.assign(text.size() + smallestBuffer, '\0');
     lines.resize(result == FileResult::Ok ? profileSection(section, lines, path) : 0);
-    return result;
+    return lines.empty() && hasLines(text, section) ? FileResult::DeviceIo : result;
 }
 
 bool writeProfileString(std::string_view section, std::optional<std::string_view> key,

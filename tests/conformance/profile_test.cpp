@@ -86,6 +86,16 @@ TEST_F(Profile, ASectionIsReadWithTheReasonWhenItCannotBe) {
     fs::remove(file);
 }
 
+TEST_F(Profile, ASectionWithoutLinesIsReadAllTheSame) {
+    for (const char* contents :
+         {"[Open]", "[open]\r\n\r\n; no\r\n[Other]\r\na=1", "[Other]\r\n[OPEN]\r\n \r\n"}) {
+        ini(contents);
+        std::string lines = "old";
+        EXPECT_EQ(readProfileSection("Open", lines, path), FileResult::Ok) << contents;
+        EXPECT_EQ(lines, "") << contents;
+    }
+}
+
 TEST_F(Profile, ASectionThatIsReadWithTheReasonIsReadWhole) {
     const std::string value(40000, 'v');
     ini("[Open]\r\nDir=" + value);
