@@ -62,7 +62,7 @@ std::uint64_t reservedSectors(const Fat32Wish& wish, std::uint64_t table) {
 
 /// Place of a sector as old systems count, in three bytes; what they cannot count is a mark of its own.
 void writeOldPlace(SectorWriter& sector, std::size_t at, std::uint64_t place) {
-    const std::uint64_t cylinder = place / (tracksOfHeads * sectorsOfTrack);
+    const std::uint64_t cylinder = place / (std::uint64_t{tracksOfHeads} * sectorsOfTrack);
     const bool isBeyond = cylinder > 1023;
     const auto head = static_cast<std::uint32_t>(isBeyond ? 254 : place / sectorsOfTrack % tracksOfHeads);
     const auto low = static_cast<std::uint32_t>(isBeyond ? 1023 : cylinder);
