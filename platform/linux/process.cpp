@@ -15,6 +15,8 @@
 #include <sys/ioctl.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
+#include <system_error>
+#include <thread>
 #include <unistd.h>
 #include <vector>
 
@@ -118,6 +120,15 @@ void reap(pid_t process) {
     }
 }
 
+/// For one that a device does not let go, which no signal changes: nobody waits for that.
+void reapLater(pid_t process) {
+    try {
+        std::thread(reap, process).detach();
+    } catch (const std::system_error&) {
+        // There are no more threads: what is left of the process goes with this program.
+    }
+}
+
 } // namespace
 
 struct Pipe::State {
@@ -161,9 +172,18 @@ struct Process::State {
     ~State() {
         if (reaped) return;
         kill(-id, SIGTERM);
-        if (!end || !waitForEither(end.get(), -1, graceTime)) kill(-id, SIGKILL);
-        reap(id);
+        bool ends = endsSoon();
+        if (!ends) {
+            kill(-id, SIGKILL);
+            ends = endsSoon();
+        }
+        if (ends)
+            reap(id);
+        else
+            reapLater(id);
     }
+
+    bool endsSoon() const { return end && waitForEither(end.get(), -1, graceTime); }
 
     pid_t id;
     bool reaped = false;

@@ -128,6 +128,29 @@ TEST(ProcessOnLinux, ProgramThatDoesNotWantToEndIsKilled) {
     EXPECT_FALSE(hasChildren());
 }
 
+// It has left its group, which the signals go to: it stands for one in the middle of a write that does not
+// end, which the system does not let go either.
+TEST(ProcessOnLinux, ProgramThatCannotBeKilledIsNotWaitedForForEver) {
+    const Script script("elsewhere.sh", "exec python3 -c 'import os, time\n"
+                                        "os.setpgid(0, os.getpgid(os.getppid()))\n"
+                                        "print(os.getpid(), end=\" \", flush=True)\n"
+                                        "time.sleep(60)'");
+    pid_t child = 0;
+    std::chrono::steady_clock::time_point begin;
+    {
+        Pipe pipe;
+        const Process process(beside("elsewhere.sh"), pipe);
+        child = readProcessId(pipe);
+        begin = std::chrono::steady_clock::now();
+    }
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(20));
+    EXPECT_EQ(kill(child, SIGKILL), 0) << "it is still there";
+    const auto end = std::chrono::steady_clock::now() + conformance::deadline;
+    while (kill(child, 0) == 0 && std::chrono::steady_clock::now() < end)
+        std::this_thread::yield();
+    EXPECT_EQ(kill(child, 0), -1) << "it is asked for when it has ended after all";
+}
+
 TEST(ProcessOnLinux, SecondQuestionMeetsTheEndOfTheInput) {
     const Script script("twice.sh", "read a; read b || b=end; echo \"$a $b\"");
     EXPECT_EQ(outputOf(beside("twice.sh"), "y"), "y end\n");
