@@ -48,7 +48,8 @@ tidy() {
   mapfile -t names < <(units "$build" "$2")
   shift 2
   [ -n "${names[*]-}" ] || { echo "There are no sources in $build." >&2; exit 1; }
-  printf '%s\n' "${names[@]}" | xargs -P "$(nproc)" -n 1 clang-tidy-14 -p "$build" --quiet "$@" 2>/dev/null
+  printf '%s\n' "${names[@]}" | xargs -P "$(nproc)" -n 1 \
+    clang-tidy-14 -p "$build" --quiet --extra-arg=-Wno-unknown-warning-option "$@" 2>/dev/null
   echo "clang-tidy: ${#names[@]} sources of $build."
 }
 
