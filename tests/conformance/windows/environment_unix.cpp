@@ -31,7 +31,7 @@ void startShell(const std::string& command) {
 
 void waitForFile(const std::wstring& path) {
     const auto end = std::chrono::steady_clock::now() + patience;
-    while (!fs::exists(path)) {
+    while (!std::ifstream(fs::path(path))) { // who has given it its name may still have it open
         if (std::chrono::steady_clock::now() > end)
             throw std::runtime_error("a program of the host does not answer");
         Sleep(pause);

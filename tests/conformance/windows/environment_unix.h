@@ -13,7 +13,8 @@ void startShell(const std::string& command);
 /// long.
 std::string outputOfShell(const std::string& command);
 
-/// Waits until a file that something else makes has come. Throws std::runtime_error when it takes too long.
+/// Waits until a file that something else makes has come and can be read. Throws std::runtime_error when it
+/// takes too long.
 void waitForFile(const std::wstring& path);
 
 /// The host's path of a file by its Windows path. Throws std::runtime_error when this is not Wine.
