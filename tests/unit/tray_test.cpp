@@ -4,6 +4,7 @@
 
 #include "platform/cTray.h"
 
+#include <algorithm>
 #include <numeric>
 
 using namespace platform;
