@@ -17,8 +17,7 @@ constexpr std::size_t longestLabel = 11; // characters
 
 constexpr const char* refusedLabelToolTip =
     "Der Stick hat diese Bezeichnung nicht angenommen und behält die alte. Vielleicht wird er gerade "
-    "benutzt, ist "
-    "schreibgeschützt, oder sein Dateisystem erlaubt eines der Zeichen nicht.";
+    "benutzt, ist schreibgeschützt, oder sein Dateisystem erlaubt eines der Zeichen nicht.";
 
 std::string untilNul(const std::array<char, nameBufferSize>& buffer) {
     const std::string_view text(buffer.data(), buffer.size());
