@@ -18,6 +18,7 @@ import os
 import queue
 import shutil
 import subprocess
+import threading
 import time
 from pathlib import Path
 
@@ -73,6 +74,7 @@ class Machine:
     def __init__(self, prefix):
         self.prefix = prefix
         self._drives = {}
+        self._one_at_a_time = threading.Lock()
         self._start_screen()
         self.environment = wine_environment(prefix, DISPLAY=self.display)
         self._log = open(prefix / "probe.log", "ab")
@@ -92,9 +94,10 @@ class Machine:
     def request(self, what, **arguments):
         """One request and its reply; the probe gives a program that does not answer up by itself."""
         fields = [what] + [f"{key}={_escaped(value)}" for key, value in arguments.items()]
-        self._probe.stdin.write(("\t".join(fields) + "\n").encode())
-        self._probe.stdin.flush()
-        line = self._probe.stdout.readline()
+        with self._one_at_a_time:  # a test's server asks in a thread of its own
+            self._probe.stdin.write(("\t".join(fields) + "\n").encode())
+            self._probe.stdin.flush()
+            line = self._probe.stdout.readline()
         if not line:
             raise DriverError(f"no reply to {what} {arguments}")
         # Both line ends look the same on the screen.
