@@ -27,8 +27,8 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-constexpr std::size_t readAhead = 1024UL * 1024;
-constexpr std::size_t blockSize = 16UL * 1024;
+constexpr std::size_t readAhead = 1024ULL * 1024;
+constexpr std::size_t blockSize = 16ULL * 1024;
 constexpr int maxRedirects = 10;
 constexpr DWORD longestAddress = 64 * 1024;
 

@@ -11,6 +11,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <utility>
 
 namespace platform {
 
@@ -93,8 +94,11 @@ bool hasLines(std::string_view text, std::string_view section) {
 /// A file beside the profile that goes again unless it has taken the profile's place.
 class Draft {
 public:
-    Draft(const Place& profile, const DriveIdentity& drive)
-        : root_(profile.root), drive_(drive), profile_(profile.native), replaces_(profile.exists()) {
+    Draft(const Place& profile, DriveIdentity drive)
+        : root_(profile.root),
+          drive_(std::move(drive)),
+          profile_(profile.native),
+          replaces_(profile.exists()) {
         if (!leadsTo(root_, drive_)) return;
         static unsigned counter = 0;
         const std::string folder = profile_.substr(0, profile_.rfind('\\') + 1);

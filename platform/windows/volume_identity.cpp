@@ -21,7 +21,7 @@ constexpr const char* noSerial = "-";
 /// Whether the error says that there is no such drive, or no medium in it.
 bool meansMissing(DWORD error) {
     constexpr DWORD noSuchDevice = 433; // not every header has a name for it
-    constexpr DWORD missing[] = {
+    constexpr std::array<DWORD, 13> missing = {
         ERROR_FILE_NOT_FOUND, ERROR_PATH_NOT_FOUND, ERROR_INVALID_DRIVE,        ERROR_NOT_READY,
         ERROR_BAD_UNIT,       ERROR_DEV_NOT_EXIST,  ERROR_BAD_NETPATH,          ERROR_BAD_NET_NAME,
         ERROR_INVALID_NAME,   noSuchDevice,         ERROR_DEVICE_NOT_CONNECTED, ERROR_NO_MEDIA_IN_DRIVE,
