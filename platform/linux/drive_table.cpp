@@ -43,8 +43,9 @@ DriveSource& driveSource() {
 }
 
 std::optional<std::string> driveFolder(char letter) {
-    std::optional<std::string> folder = driveSource().folder(upper(letter));
-    if (!folder) driveMissed();
+    DriveSource& drives = driveSource();
+    std::optional<std::string> folder = drives.folder(upper(letter));
+    if (!folder) driveMissed(drives);
     return folder;
 }
 
@@ -73,8 +74,8 @@ void drivesListed(const std::string& letters) {
     if (table().listener) table().listener(letters);
 }
 
-void driveMissed() {
-    drivesListed(driveSource().letters());
+void driveMissed(DriveSource& drives) {
+    drivesListed(drives.letters());
 }
 
 void onDrivesListed(std::function<void(const std::string& letters)> listener) {

@@ -42,8 +42,9 @@ public:
 /// Somebody was told these letters, and may act on it.
 void drivesListed(const std::string& letters);
 
-/// Somebody found a drive empty or gone, and may act on it.
-void driveMissed();
+/// Somebody found a drive empty or gone, and may act on it. `drives` is where it was looked for: read anew,
+/// the table may have the drive back already.
+void driveMissed(DriveSource& drives);
 
 /// Calls the listener with the letters there are at every drivesListed() and driveMissed(); an empty one is
 /// nobody.

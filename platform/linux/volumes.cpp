@@ -46,15 +46,17 @@ std::uint32_t logicalDriveStrings(std::span<char> buffer) {
 }
 
 std::uint32_t driveType(std::string_view root) {
-    const DriveType type = posix::driveSource().type(posix::driveLetter(root));
-    if (type == DriveNoRootDir) posix::driveMissed();
+    posix::DriveSource& drives = posix::driveSource();
+    const DriveType type = drives.type(posix::driveLetter(root));
+    if (type == DriveNoRootDir) posix::driveMissed(drives);
     return type;
 }
 
 bool diskFreeSpace(std::string_view root, DiskFreeSpace& space) {
-    const auto measured = posix::driveSource().space(posix::driveLetter(root));
+    posix::DriveSource& drives = posix::driveSource();
+    const auto measured = drives.space(posix::driveLetter(root));
     if (!measured) {
-        posix::driveMissed();
+        posix::driveMissed(drives);
         return false;
     }
     space.freeToCaller = littleEndian(measured->freeToCaller);
@@ -64,9 +66,10 @@ bool diskFreeSpace(std::string_view root, DiskFreeSpace& space) {
 }
 
 bool volumeInformation(std::string_view root, std::span<char> label, std::span<char> fileSystem) {
-    const auto names = posix::driveSource().names(posix::driveLetter(root));
+    posix::DriveSource& drives = posix::driveSource();
+    const auto names = drives.names(posix::driveLetter(root));
     if (!names) {
-        posix::driveMissed();
+        posix::driveMissed(drives);
         return false;
     }
     store(names->label, label);

@@ -1,4 +1,5 @@
 // The drive table in "Drives.ini".
+#include "platform/drive_identity.h"
 #include "platform/linux/drive_table.h"
 #include "platform/linux/drives_ini.h"
 #include "platform/profile.h"
@@ -12,12 +13,15 @@
 #include <sys/stat.h>
 
 #include <array>
+#include <atomic>
 #include <chrono>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <iterator>
 #include <string>
+#include <thread>
 #include <unistd.h>
 
 using conformance::TemporaryFolder;
@@ -244,6 +248,62 @@ TEST_F(DrivesIni, SettingALabelWritesItBack) {
     EXPECT_TRUE(setVolumeLabel("E:\\", ""));
     EXPECT_EQ(labelOf("E:\\"), "");
     EXPECT_FALSE(setVolumeLabel("E:\\", "two\nlines"));
+}
+
+/// As long as it lives the drive comes and goes, as fast as a file can be replaced.
+class Flickering {
+public:
+    explicit Flickering(const fs::path& file, const std::string& drive)
+        : thread_([this, file, drive] {
+              const fs::path next = file.string() + ".next";
+              for (bool there = true; !ended_; there = !there) {
+                  std::ofstream(next, std::ios::binary) << (there ? drive : "[Z:]\r\n");
+                  fs::rename(next, file);
+              }
+          }) {}
+    Flickering(const Flickering&) = delete;
+    Flickering& operator=(const Flickering&) = delete;
+    ~Flickering() {
+        ended_ = true;
+        thread_.join();
+    }
+
+private:
+    std::atomic<bool> ended_ = false;
+    std::thread thread_;
+};
+
+/// Else the drive counts as one that has been there all the time, and nobody is told of it any more.
+TEST_F(DrivesIni, ADriveThatIsMissedIsToldAsGoneEvenIfItIsBackAlready) {
+    constexpr int enough = 300;
+    writeDrive("");
+    std::string told;
+    posix::onDrivesListed([&told](const std::string& letters) { told = letters; });
+    {
+        const Flickering drive(file, read());
+        const std::array<std::function<bool()>, 5> questions{
+            [] { return driveType("E:\\") != DriveNoRootDir; },
+            [] {
+                DiskFreeSpace space;
+                return diskFreeSpace("E:\\", space);
+            },
+            [] {
+                std::array<char, 256> label{};
+                std::array<char, 256> fileSystem{};
+                return volumeInformation("E:\\", label, fileSystem);
+            },
+            [] { return posix::driveFolder('E').has_value(); },
+            [] { return bool(driveIdentity("E:\\")); },
+        };
+        for (std::size_t i = 0; i < questions.size(); ++i)
+            for (int missed = 0; missed < enough && !HasFailure();) {
+                told = "E";
+                if (questions.at(i)()) continue;
+                ++missed;
+                EXPECT_EQ(told, "") << "question " << i;
+            }
+    }
+    posix::onDrivesListed({});
 }
 
 TEST_F(DrivesIni, LabelIsCutToItsBufferBetweenCharacters) {
