@@ -7,6 +7,7 @@
 #include "toolkit/combo_box.h"
 #include "toolkit/control_array.h"
 #include "toolkit/form.h"
+#include "toolkit/frame.h"
 #include "toolkit/image.h"
 #include "toolkit/label.h"
 #include "toolkit/option_button.h"

@@ -1,4 +1,4 @@
-#include "toolkit/label.h"
+#include "toolkit/frame.h"
 
 #include "toolkit/qt/binding.h"
 #include "toolkit/qt/captioned.h"

@@ -1,4 +1,4 @@
-#include "toolkit/label.h"
+#include "toolkit/frame.h"
 
 #include "toolkit/win32/binding.h"
 #include "toolkit/win32/captioned.h"
