@@ -10,6 +10,7 @@
 #include "toolkit/frame.h"
 #include "toolkit/image.h"
 #include "toolkit/label.h"
+#include "toolkit/menu_item.h"
 #include "toolkit/option_button.h"
 #include "toolkit/picture_box.h"
 #include "toolkit/status_bar.h"

@@ -42,7 +42,4 @@ private:
     int handling_ = 0;
 };
 
-/// An item of a menu. A caption of "-" is a separator.
-using MenuItem = Button;
-
 } // namespace toolkit

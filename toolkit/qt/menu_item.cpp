@@ -1,4 +1,4 @@
-#include "toolkit/button.h"
+#include "toolkit/menu_item.h"
 
 #include "toolkit/qt/binding.h"
 #include "toolkit/qt/texts.h"

@@ -1,4 +1,4 @@
-#include "toolkit/button.h"
+#include "toolkit/menu_item.h"
 
 #include "toolkit/win32/binding.h"
 #include "toolkit/win32/resource_names.h"
