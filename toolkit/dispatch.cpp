@@ -2,7 +2,6 @@
 
 #include "toolkit/backend.h"
 #include "toolkit/message_box.h"
-#include "toolkit/pump.h"
 #include "toolkit/runtime_error.h"
 #include "toolkit/shown_text.h"
 
@@ -71,11 +70,6 @@ Ending ending() {
 
 void resetEnding() {
     theEnding.reset();
-}
-
-void DoEvents() {
-    backend::pumpEvents();
-    throwIfEnding();
 }
 
 int messageBox(std::string_view text, int style, std::string_view title) {
