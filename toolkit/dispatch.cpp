@@ -72,10 +72,4 @@ void resetEnding() {
     theEnding.reset();
 }
 
-int messageBox(std::string_view text, int style, std::string_view title) {
-    const int answer = backend::showMessage(shownMessage(text), style, title);
-    throwIfEnding();
-    return answer;
-}
-
 } // namespace toolkit
