@@ -1,6 +1,7 @@
 #include "toolkit/win32/panel_picture.h"
 
 #include "toolkit/win32/picture.h"
+#include "toolkit/win32/picture_file.h"
 #include "toolkit/win32/texts.h"
 
 namespace toolkit::win32 {

@@ -2,6 +2,7 @@
 
 #include "platform/files.h"
 #include "toolkit/runtime_error.h"
+#include "toolkit/win32/picture_file.h"
 
 #include <map>
 #include <utility>

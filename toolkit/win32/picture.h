@@ -7,7 +7,6 @@
 #include <windows.h>
 
 #include <optional>
-#include <string>
 
 namespace toolkit::win32 {
 
@@ -32,12 +31,5 @@ private:
 
 /// Null for no picture.
 const LoadedPicture* loaded(const Picture& picture);
-
-/// Pixels of an icon.
-Bitmap pixelsOf(HICON icon, int width, int height);
-
-/// The picture that a bitmap, icon, JPEG or GIF file holds, the largest one of an icon; no value for anything
-/// else.
-std::optional<Bitmap> decodePicture(const std::string& contents);
 
 } // namespace toolkit::win32

@@ -1,7 +1,6 @@
-// Picture files: the system decodes them, `OleLoadPicture` and `CreateIconFromResourceEx`.
-#include "toolkit/picture_file.h"
+#include "toolkit/win32/picture_file.h"
 
-#include "toolkit/win32/picture.h"
+#include "toolkit/picture_file.h"
 
 #include <windows.h>
 
