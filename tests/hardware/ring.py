@@ -169,6 +169,10 @@ def report(ring, one):
                 program.screenshot(PICTURES / f"failed-{one.name}-{program.name}.png")
             except Exception as error:
                 file.write(f"{program.name}: {error}\n")
+        try:
+            file.write(ring.root.run("journalctl --no-pager --lines=60 --output=short-monotonic"))
+        except Exception as error:
+            file.write(f"no journal: {error}\n")
 
 
 def play_all(ring, waiting, passed):

@@ -1,6 +1,7 @@
 """The assistant for hard disks, with real disks: the right one is formatted, and no other is touched."""
 
 import json
+import shutil
 
 import images
 from images import MIB
@@ -154,6 +155,34 @@ def blank_disk_as_user(ring):
         return assistant(ring, ring.user, blank_disk)
     finally:
         ring.root.run(f"rm {RULE}")
+
+
+@scenario("13e", "assistant: the disk exchanged for a copy of it, before and behind the question, root")
+def exchanged_in_the_assistant(ring):
+    for asked in (False, True):
+        first = fat_disk(ring.image("first"))
+        second = shutil.copy(first, ring.image("second"))
+        before = [images.fingerprint(image) for image in (first, second)]
+        program = ring.loaded_program(ring.root)
+        open_assistant(program)
+        name, _ = plug_disk(ring, first, serial="COPIED")
+        program.wait_for("Label3", "text", "Schritt 3:", window="Form1")
+        if asked:
+            program.click("Command1", "Form1")
+            program.wait_message(title=QUESTION_TITLE)
+        ring.guest.pull(name)
+        name, _ = plug_disk(ring, second, serial="COPIED")
+        if asked:
+            program.answer("OK")
+        # The copy is a disk that has come: it is found, and asked about like any other.
+        program.wait_for("Label3", "text", "Schritt 2:", window="Form1")
+        program.wait_for("Label3", "text", "Schritt 3:", window="Form1")
+        expect_equal(len(program.windows()), 2, "windows: the main one and the assistant")
+        program.end()
+        ring.unmount_all()
+        ring.guest.pull(name)
+        expect_equal([images.fingerprint(image) for image in (first, second)], before, "images of the disks")
+    return "back in the second step both times, nothing formatted; both disks byte-identical"
 
 
 class ByHand:

@@ -1,11 +1,12 @@
 """The job is cut off at random moments: the stick pulled, the program killed."""
 
+import signal
 import time
 
 import images
 from guest_program import SUCCESS
 from scenario import expect, expect_equal, scenario
-from scenarios_job import EARLIER, differences, expect_files, job_files
+from scenarios_job import EARLIER, differences, expect_clean, expect_files, job_files
 from server import FIRMWARE, FIRMWARE_NAME, slow
 from window import ProgramEnded
 
@@ -128,3 +129,21 @@ def kills(ring):
     wrong = differences({name: images.files(image).get(name) for name in TARGETS}, job_files())
     expect_equal(wrong, [], "files of the job after the last, whole run")
     return f"{KILLS} kills; earlier files intact, every next start showed the stick, the last job was whole"
+
+
+@scenario("20", "program hung up, interrupted, terminated; a stick that it has mounted for its user")
+def told_to_end(ring):
+    image = ring.stick("stick", "ORVANTA", files=EARLIER)
+    for number in (signal.SIGHUP, signal.SIGINT, signal.SIGTERM):
+        program, name = program_with_stick(ring, image)
+        expect(ring.mounts(), "nothing is mounted")
+        program.click("chkAuto", "frmMain")
+        ring.user.request("kill", process=program.process, how=number)
+        expect_equal(program.exit_status(), 0, f"exit status after {number.name}")
+        expect_equal(ring.mounts(), {}, f"mounts after {number.name}")
+        settings = ring.user.read(f"{program.folder}/Settings.ini").decode()
+        expect("chkAuto=0" in settings, f"settings after {number.name}: {settings!r}")
+        ring.guest.pull(name)
+        expect_clean(image)
+    expect_files(image, EARLIER)
+    return "unmounted each time, settings saved, fsck.fat clean"

@@ -74,8 +74,8 @@ def status(process, timeout=0):
         return {"status": None}
 
 
-def kill(process, number=signal.SIGKILL):
-    processes[process].send_signal(number)
+def kill(process, how=signal.SIGKILL):
+    processes[process].send_signal(how)
     return {}
 
 
