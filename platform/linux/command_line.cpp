@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <utility>
 
-namespace platform::posix {
+namespace platform::linux {
 
 namespace {
 
@@ -65,4 +65,4 @@ std::optional<std::vector<std::string>> parseCommandLine(std::string_view comman
     return arguments;
 }
 
-} // namespace platform::posix
+} // namespace platform::linux

@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-namespace platform::posix {
+namespace platform::linux {
 
 /// The native path of the program that a command line begins with, then its arguments. No value when it
 /// begins with no existing file.
@@ -16,4 +16,4 @@ namespace platform::posix {
 /// "/opt/my" would run in the place of a missing "/opt/my folder\tool.exe".
 std::optional<std::vector<std::string>> parseCommandLine(std::string_view commandLine);
 
-} // namespace platform::posix
+} // namespace platform::linux

@@ -4,7 +4,7 @@
 
 #include <unistd.h>
 
-namespace platform::posix {
+namespace platform::linux {
 
 void Complaint::tell(std::string_view text) {
     if (text == last_) return;
@@ -12,4 +12,4 @@ void Complaint::tell(std::string_view text) {
     if (!text.empty()) (void)writeAll(STDERR_FILENO, "orvanta-usbtool: " + last_ + "\n");
 }
 
-} // namespace platform::posix
+} // namespace platform::linux

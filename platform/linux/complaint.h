@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-namespace platform::posix {
+namespace platform::linux {
 
 /// One complaint that may come up again and again, and is told once until it is another one. It goes to the
 /// standard error output as one line.
@@ -17,4 +17,4 @@ private:
     std::string last_;
 };
 
-} // namespace platform::posix
+} // namespace platform::linux

@@ -9,7 +9,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-namespace platform::posix {
+namespace platform::linux {
 
 namespace {
 
@@ -122,4 +122,4 @@ std::optional<std::string> outputOf(const std::vector<std::string>& command, Clo
     return complete ? std::optional(text) : std::nullopt;
 }
 
-} // namespace platform::posix
+} // namespace platform::linux

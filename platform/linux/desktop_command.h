@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-namespace platform::posix {
+namespace platform::linux {
 
 /// Starts a command that goes on by itself, in a session of its own; it leaves no zombie. False when it could
 /// not be started.
@@ -18,4 +18,4 @@ bool startDetached(const std::vector<std::string>& command);
 std::optional<std::string> outputOf(const std::vector<std::string>& command,
                                     std::chrono::steady_clock::time_point deadline);
 
-} // namespace platform::posix
+} // namespace platform::linux

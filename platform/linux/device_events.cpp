@@ -20,7 +20,7 @@ constexpr std::uintptr_t deviceRemoveComplete = 0x8004;
 struct State {
     std::map<std::intptr_t, WindowProcedure> procedures; // those that are not the first ones
     DeviceEventDelivery delivery;
-    QPointer<posix::DriveWatch> watch; // belongs to the application
+    QPointer<linux::DriveWatch> watch; // belongs to the application
 };
 
 State& state() {
@@ -39,9 +39,9 @@ WindowProcedure procedureOf(std::intptr_t window) {
     return found == state().procedures.end() ? firstProcedure : found->second;
 }
 
-void deliver(posix::DriveChange change) {
+void deliver(linux::DriveChange change) {
     const std::uintptr_t wParam =
-        change == posix::DriveChange::Arrival ? deviceArrival : deviceRemoveComplete;
+        change == linux::DriveChange::Arrival ? deviceArrival : deviceRemoveComplete;
     std::vector<std::intptr_t> windows; // a procedure may take itself off
     for (const auto& [window, procedure] : state().procedures)
         windows.push_back(window);
@@ -57,9 +57,9 @@ void deliver(posix::DriveChange change) {
 
 void watchAsNeeded() {
     const bool needed = !state().procedures.empty();
-    QPointer<posix::DriveWatch>& watch = state().watch;
+    QPointer<linux::DriveWatch>& watch = state().watch;
     if (needed && !watch && QCoreApplication::instance() != nullptr)
-        watch = new posix::DriveWatch(deliver, QCoreApplication::instance());
+        watch = new linux::DriveWatch(deliver, QCoreApplication::instance());
     if (!needed && watch) {
         watch->stop();
         watch->deleteLater(); // this may be one of its messages

@@ -4,7 +4,7 @@
 #include <fstream>
 #include <sys/sysmacros.h>
 
-namespace platform::posix {
+namespace platform::linux {
 
 namespace {
 
@@ -49,4 +49,4 @@ std::string diskNote(std::uint64_t deviceNumber, std::string_view serial, const 
     return "sequence=" + sequence + ",size=" + std::to_string(size) + ",serial=" + percentEncoded(serial);
 }
 
-} // namespace platform::posix
+} // namespace platform::linux

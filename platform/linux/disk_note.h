@@ -7,7 +7,7 @@
 #include <string>
 #include <string_view>
 
-namespace platform::posix {
+namespace platform::linux {
 
 /// The disk of a block device, a whole disk or a partition: "sequence=7,size=500107862016,serial=WD%2F1".
 /// The sequence is diskSequence(); the size is that of the whole disk, in bytes; in the serial number (UTF-8,
@@ -16,4 +16,4 @@ namespace platform::posix {
 std::string diskNote(std::uint64_t deviceNumber, std::string_view serial,
                      const std::string& devices = deviceFolder);
 
-} // namespace platform::posix
+} // namespace platform::linux

@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <array>
 
-namespace platform::posix {
+namespace platform::linux {
 
 namespace {
 
@@ -66,4 +66,4 @@ std::string dosCapitals(std::string_view text) {
     return capitals.toStdString();
 }
 
-} // namespace platform::posix
+} // namespace platform::linux

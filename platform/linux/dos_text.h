@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-namespace platform::posix {
+namespace platform::linux {
 
 /// UTF-8 to code page 850. No value when a character has no byte there.
 std::optional<std::string> toDos(std::string_view text);
@@ -17,4 +17,4 @@ std::string fromDos(std::string_view bytes);
 /// change.
 std::string dosCapitals(std::string_view text);
 
-} // namespace platform::posix
+} // namespace platform::linux

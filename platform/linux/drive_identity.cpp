@@ -8,11 +8,11 @@
 namespace platform {
 
 DriveIdentity driveIdentity(std::string_view root) {
-    const char letter = posix::driveLetter(root);
-    posix::DriveSource& drives = posix::driveSource();
+    const char letter = linux::driveLetter(root);
+    linux::DriveSource& drives = linux::driveSource();
     drives.refresh();
     std::string identity = drives.identity(letter);
-    if (identity.empty()) posix::driveMissed(drives);
+    if (identity.empty()) linux::driveMissed(drives);
     return {std::move(identity)};
 }
 

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstdlib>
 
-namespace platform::posix {
+namespace platform::linux {
 
 namespace {
 
@@ -78,4 +78,4 @@ void DriveLetters::assign(std::vector<UdisksVolume>& volumes) {
               [](const UdisksVolume& left, const UdisksVolume& right) { return left.letter < right.letter; });
 }
 
-} // namespace platform::posix
+} // namespace platform::linux

@@ -6,7 +6,7 @@
 #include <map>
 #include <vector>
 
-namespace platform::posix {
+namespace platform::linux {
 
 /// Remembers who was given which letter, for as long as the program runs.
 class DriveLetters {
@@ -29,4 +29,4 @@ private:
     std::map<char, UdisksVolume> owners_; ///< who was given the letter last
 };
 
-} // namespace platform::posix
+} // namespace platform::linux

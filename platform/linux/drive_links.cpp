@@ -18,7 +18,7 @@
 #include <unistd.h>
 #include <vector>
 
-namespace platform::posix {
+namespace platform::linux {
 
 namespace {
 
@@ -198,4 +198,4 @@ void DriveLinks::remove() {
     unlinkat(runtime.fd.get(), commonName, AT_REMOVEDIR); // unless another program runs
 }
 
-} // namespace platform::posix
+} // namespace platform::linux

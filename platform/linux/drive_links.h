@@ -4,7 +4,7 @@
 #include <map>
 #include <string>
 
-namespace platform::posix {
+namespace platform::linux {
 
 /// A folder "orvanta-usbtool/<process id>" in the user's runtime directory with a link for each drive, `e:`,
 /// that leads to its device node or folder. Beside it the text of a second link, `e:.disk`, tells which disk
@@ -34,4 +34,4 @@ private:
     bool told_ = false;
 };
 
-} // namespace platform::posix
+} // namespace platform::linux

@@ -11,7 +11,7 @@
 #include <string_view>
 #include <vector>
 
-namespace platform::posix {
+namespace platform::linux {
 
 /// Sizes in bytes.
 struct VolumeSpace {
@@ -72,4 +72,4 @@ public:
     virtual bool isOnBus() const = 0;
 };
 
-} // namespace platform::posix
+} // namespace platform::linux

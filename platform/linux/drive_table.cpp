@@ -6,7 +6,7 @@
 
 #include <utility>
 
-namespace platform::posix {
+namespace platform::linux {
 
 namespace {
 
@@ -87,4 +87,4 @@ void releaseDriveTable() {
     table().links.remove();
 }
 
-} // namespace platform::posix
+} // namespace platform::linux

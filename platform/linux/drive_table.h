@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-namespace platform::posix {
+namespace platform::linux {
 
 class DriveSource;
 
@@ -53,4 +53,4 @@ void onDrivesListed(std::function<void(const std::string& letters)> listener);
 /// Unmounts what the table mounted and takes the links away.
 void releaseDriveTable();
 
-} // namespace platform::posix
+} // namespace platform::linux

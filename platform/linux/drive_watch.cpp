@@ -11,7 +11,7 @@
 #include <algorithm>
 #include <utility>
 
-namespace platform::posix {
+namespace platform::linux {
 
 namespace {
 
@@ -160,4 +160,4 @@ bool DriveWatch::isUsable(const PresentDrive& drive) {
     return false;
 }
 
-} // namespace platform::posix
+} // namespace platform::linux

@@ -15,7 +15,7 @@
 #include <string>
 #include <vector>
 
-namespace platform::posix {
+namespace platform::linux {
 
 enum class DriveChange { Arrival, Removal };
 
@@ -60,4 +60,4 @@ private:
     bool stopped_ = false;
 };
 
-} // namespace platform::posix
+} // namespace platform::linux

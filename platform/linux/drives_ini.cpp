@@ -18,7 +18,7 @@
 #include <map>
 #include <system_error>
 
-namespace platform::posix {
+namespace platform::linux {
 
 namespace {
 
@@ -258,4 +258,4 @@ std::vector<PresentDrive> IniDrives::present() {
     return drives;
 }
 
-} // namespace platform::posix
+} // namespace platform::linux

@@ -25,7 +25,7 @@
 #include <string_view>
 #include <vector>
 
-namespace platform::posix {
+namespace platform::linux {
 
 struct IniDrive {
     char letter = 0;
@@ -76,4 +76,4 @@ private:
         false; ///< the file was old enough when it was read for any later change to show in its time
 };
 
-} // namespace platform::posix
+} // namespace platform::linux

@@ -14,7 +14,7 @@
 #include <span>
 #include <vector>
 
-namespace platform::posix {
+namespace platform::linux {
 
 namespace {
 
@@ -257,4 +257,4 @@ FatLabel writeFatLabel(int device, std::string_view label) {
     return writeName(device, *name) ? FatLabel::Done : FatLabel::Failed;
 }
 
-} // namespace platform::posix
+} // namespace platform::linux

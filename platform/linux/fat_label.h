@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-namespace platform::posix {
+namespace platform::linux {
 
 enum class FatLabel { Done, Refused, Failed };
 
@@ -18,4 +18,4 @@ enum class FatLabel { Done, Refused, Failed };
 /// https://download.microsoft.com/download/1/6/1/161ba512-40e2-4cc9-843a-923143f3456c/fatgen103.doc
 FatLabel writeFatLabel(int device, std::string_view label);
 
-} // namespace platform::posix
+} // namespace platform::linux

@@ -6,7 +6,7 @@
 #include <QDBusMessage>
 #include <QStringList>
 
-namespace platform::posix {
+namespace platform::linux {
 
 namespace {
 
@@ -32,4 +32,4 @@ bool askFileBrowserToShow(const std::string& folder) {
     return reply.type() == QDBusMessage::ReplyMessage || QDBusError(reply).type() == QDBusError::NoReply;
 }
 
-} // namespace platform::posix
+} // namespace platform::linux

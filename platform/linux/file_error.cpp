@@ -2,7 +2,7 @@
 
 #include <cerrno>
 
-namespace platform::posix {
+namespace platform::linux {
 
 FileResult fileResult(int error) {
     switch (error) {
@@ -41,4 +41,4 @@ FileResult fileResult(int error) {
     }
 }
 
-} // namespace platform::posix
+} // namespace platform::linux

@@ -9,7 +9,7 @@
 #include <sys/ioctl.h>
 #include <sys/vfs.h>
 
-namespace platform::posix {
+namespace platform::linux {
 
 namespace {
 
@@ -165,4 +165,4 @@ FileResult syncFolder(int folder) {
     return result == FileResult::PathNotFound ? FileResult::Ok : result;
 }
 
-} // namespace platform::posix
+} // namespace platform::linux

@@ -8,7 +8,7 @@
 #include <cstdint>
 #include <string_view>
 
-namespace platform::posix {
+namespace platform::linux {
 
 /// Attributes of what `name` is in the folder; `info` are its facts. On FAT the stored ones, else made up
 /// from the permissions and the name.
@@ -45,4 +45,4 @@ FileResult syncAndClose(UniqueFd& file);
 /// Brings the names in a folder (which may be opened with O_PATH) onto their medium.
 FileResult syncFolder(int folder);
 
-} // namespace platform::posix
+} // namespace platform::linux

@@ -5,7 +5,7 @@
 #include <clocale>
 #include <cwctype>
 
-namespace platform::posix {
+namespace platform::linux {
 
 namespace {
 
@@ -91,4 +91,4 @@ bool sameName(std::string_view a, std::string_view b) {
     return a.empty() && b.empty();
 }
 
-} // namespace platform::posix
+} // namespace platform::linux

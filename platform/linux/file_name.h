@@ -4,7 +4,7 @@
 #include <optional>
 #include <string_view>
 
-namespace platform::posix {
+namespace platform::linux {
 
 /// The name as it is looked up: dots and blanks at its end do not count. No value for a name that no file can
 /// have: an empty one, one that is not UTF-8, one with a control character or one of `<>:"/\|?*`, a device
@@ -15,4 +15,4 @@ std::optional<std::string_view> usableName(std::string_view name);
 /// True when two names differ in case at most. Bytes that are not UTF-8 match themselves.
 bool sameName(std::string_view a, std::string_view b);
 
-} // namespace platform::posix
+} // namespace platform::linux

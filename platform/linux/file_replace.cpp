@@ -7,7 +7,7 @@
 #include <filesystem>
 #include <string>
 
-namespace platform::posix {
+namespace platform::linux {
 
 namespace {
 
@@ -97,4 +97,4 @@ bool FileReplacement::replace(std::string_view contents) {
            syncFolder(place_.folder.get()) == FileResult::Ok;
 }
 
-} // namespace platform::posix
+} // namespace platform::linux

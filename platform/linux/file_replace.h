@@ -4,7 +4,7 @@
 
 #include <string_view>
 
-namespace platform::posix {
+namespace platform::linux {
 
 /// Puts new contents in the place of a file in such a way that, whatever happens, the file has either the old
 /// ones or the new ones: they are written to a file beside it, brought onto the medium, and then given the
@@ -30,4 +30,4 @@ private:
     bool possible_ = false;
 };
 
-} // namespace platform::posix
+} // namespace platform::linux

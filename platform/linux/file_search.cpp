@@ -11,7 +11,7 @@
 
 namespace platform {
 
-using namespace posix;
+using namespace linux;
 
 namespace {
 

@@ -8,7 +8,7 @@
 #include <cstring>
 #include <utility>
 
-namespace platform::posix {
+namespace platform::linux {
 
 // A file counts as written when it is closed, not with every part of it.
 FileWatch::FileWatch(const std::string& folder, std::string name)
@@ -33,4 +33,4 @@ bool FileWatch::takeChange() {
     return changed;
 }
 
-} // namespace platform::posix
+} // namespace platform::linux

@@ -4,7 +4,7 @@
 
 #include <string>
 
-namespace platform::posix {
+namespace platform::linux {
 
 /// Notices that a file of a folder has been written, replaced or removed, and that it has come to be.
 class FileWatch {
@@ -21,4 +21,4 @@ private:
     std::string name_;
 };
 
-} // namespace platform::posix
+} // namespace platform::linux

@@ -10,7 +10,7 @@
 
 namespace platform {
 
-using namespace posix;
+using namespace linux;
 
 namespace {
 

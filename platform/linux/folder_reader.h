@@ -6,7 +6,7 @@
 #include <fcntl.h>
 #include <memory>
 
-namespace platform::posix {
+namespace platform::linux {
 
 /// Reads the names in a folder, in the order of the file system. A folder that cannot be read has none.
 class FolderReader {
@@ -34,4 +34,4 @@ private:
     std::unique_ptr<DIR, Close> stream_;
 };
 
-} // namespace platform::posix
+} // namespace platform::linux

@@ -5,7 +5,7 @@
 #include <QDBusUnixFileDescriptor>
 #include <QVariantMap>
 
-namespace platform::posix {
+namespace platform::linux {
 
 bool askPortalToOpen(int file) {
     constexpr int patience = 2000; // milliseconds; the window does not answer meanwhile
@@ -20,4 +20,4 @@ bool askPortalToOpen(int file) {
     return bus.call(request, QDBus::Block, patience).type() == QDBusMessage::ReplyMessage;
 }
 
-} // namespace platform::posix
+} // namespace platform::linux

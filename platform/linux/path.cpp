@@ -13,7 +13,7 @@
 #include <fcntl.h>
 #include <vector>
 
-namespace platform::posix {
+namespace platform::linux {
 
 namespace {
 
@@ -179,4 +179,4 @@ std::optional<std::string> nativePath(std::string_view path) {
     return place.isRoot ? place.folderPath : place.folderPath + place.name;
 }
 
-} // namespace platform::posix
+} // namespace platform::linux

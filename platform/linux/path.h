@@ -14,7 +14,7 @@
 #include <string_view>
 #include <sys/stat.h>
 
-namespace platform::posix {
+namespace platform::linux {
 
 /// Where a path leads: an open folder, and one name in it.
 struct Place {
@@ -42,4 +42,4 @@ FileResult locate(std::string_view path, Place& place, const DriveIdentity& driv
 /// Absolute path of a file or folder that exists; no value when it does not.
 std::optional<std::string> nativePath(std::string_view path);
 
-} // namespace platform::posix
+} // namespace platform::linux

@@ -24,7 +24,7 @@ namespace platform {
 
 namespace {
 
-using posix::UniqueFd;
+using linux::UniqueFd;
 using namespace std::chrono_literals;
 
 /// What a program gets to end in good order before it is killed.
@@ -194,7 +194,7 @@ struct Process::State {
 };
 
 Process::Process(std::string_view commandLine, Pipe& output) {
-    const auto command = posix::parseCommandLine(commandLine);
+    const auto command = linux::parseCommandLine(commandLine);
     auto input = createPipe();
     if (!command || !input || !output.created()) return;
     const pid_t id = SpawnPlan(input->read.get(), output.state_->write.get()).start(*command);

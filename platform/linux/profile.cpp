@@ -9,7 +9,7 @@
 
 namespace platform {
 
-using namespace posix;
+using namespace linux;
 
 namespace {
 

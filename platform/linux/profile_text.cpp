@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-namespace platform::posix {
+namespace platform::linux {
 
 namespace {
 
@@ -161,4 +161,4 @@ std::string withoutProfileSection(std::string_view text, std::string_view sectio
     return replaced(text, found.begin, found.end, {});
 }
 
-} // namespace platform::posix
+} // namespace platform::linux

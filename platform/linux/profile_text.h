@@ -12,7 +12,7 @@
 #include <string>
 #include <string_view>
 
-namespace platform::posix {
+namespace platform::linux {
 
 /// The lines of a section without comments and empty lines, as `key=value` where they have a `=`, each closed
 /// by a NUL.
@@ -34,4 +34,4 @@ std::string withoutProfileSection(std::string_view text, std::string_view sectio
 /// The text without white space at its ends.
 std::string_view profileTrimmed(std::string_view text);
 
-} // namespace platform::posix
+} // namespace platform::linux

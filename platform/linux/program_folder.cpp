@@ -53,7 +53,7 @@ void createFolders(const std::filesystem::path& folder) {
 
 } // namespace
 
-namespace posix {
+namespace linux {
 
 /// By the rules of XDG base directories a relative path in the variable does not
 /// count.
@@ -68,7 +68,7 @@ std::string userConfigFolder() {
     return (std::filesystem::path(base) / folderName).lexically_normal().string();
 }
 
-} // namespace posix
+} // namespace linux
 
 std::string programFolder() {
     // The link's target keeps its folder when the program's file is replaced while it runs.
@@ -83,7 +83,7 @@ std::string programFolder() {
 std::string settingsFolder() {
     std::string program = programFolder();
     if (takesSettings(program)) return program;
-    std::string own = posix::userConfigFolder();
+    std::string own = linux::userConfigFolder();
     if (own.empty()) return program;
     createFolders(own);
     return own;

@@ -11,9 +11,9 @@ namespace platform {
 
 namespace {
 
-using posix::RegistryRecord;
-using posix::RegistryStore;
-using posix::RegistryTree;
+using linux::RegistryRecord;
+using linux::RegistryStore;
+using linux::RegistryTree;
 using Kind = RegistryRecord::Kind;
 using Number = RegistryTree::Number;
 using Names = std::vector<std::string>;
@@ -33,7 +33,7 @@ struct OpenKey {
 
 RegistryStore& store() {
     static RegistryStore instance = [] {
-        const std::string folder = posix::userConfigFolder();
+        const std::string folder = linux::userConfigFolder();
         return RegistryStore(folder.empty() ? folder : folder + "/registry");
     }();
     return instance;
@@ -101,7 +101,7 @@ std::int32_t follow(const RegistryTree& tree, const Target& target, Number& numb
     const RegistryTree::Key* key = tree.key(number);
     if (key == nullptr) return RegistryKeyDeleted;
     for (const std::string& name : target.names) {
-        const auto next = key->subkeys.find(posix::registryFolded(name));
+        const auto next = key->subkeys.find(linux::registryFolded(name));
         if (next == key->subkeys.end()) return RegistryFileNotFound;
         number = next->second;
         key = tree.key(number);

@@ -9,7 +9,7 @@
 
 namespace fs = std::filesystem;
 
-namespace platform::posix {
+namespace platform::linux {
 
 namespace {
 
@@ -195,4 +195,4 @@ int RegistryFile::syncFolder() const {
     return error == EINVAL ? 0 : error; // network file systems refuse it; their server does it
 }
 
-} // namespace platform::posix
+} // namespace platform::linux

@@ -13,7 +13,7 @@
 #include <string_view>
 #include <sys/types.h>
 
-namespace platform::posix {
+namespace platform::linux {
 
 class RegistryFile {
 public:
@@ -65,4 +65,4 @@ private:
     bool nameSynced_ = false;
 };
 
-} // namespace platform::posix
+} // namespace platform::linux

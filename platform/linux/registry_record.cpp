@@ -4,7 +4,7 @@
 #include <array>
 #include <charconv>
 
-namespace platform::posix {
+namespace platform::linux {
 
 namespace {
 
@@ -160,4 +160,4 @@ std::optional<RegistryRecord> parseRegistryLine(std::string_view line) {
     return record;
 }
 
-} // namespace platform::posix
+} // namespace platform::linux

@@ -25,7 +25,7 @@
 #include <string_view>
 #include <vector>
 
-namespace platform::posix {
+namespace platform::linux {
 
 struct RegistryRecord {
     enum class Kind { Key, Value, NoKey, NoValue, Next };
@@ -41,4 +41,4 @@ std::string registryLine(const RegistryRecord& record);
 /// What a line (without its line end) says; no value when it is not exactly a line as above.
 std::optional<RegistryRecord> parseRegistryLine(std::string_view line);
 
-} // namespace platform::posix
+} // namespace platform::linux

@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <cerrno>
 
-namespace platform::posix {
+namespace platform::linux {
 
 namespace {
 
@@ -173,4 +173,4 @@ void RegistryStore::compact() {
     position_ = synced_ = contents.size();
 }
 
-} // namespace platform::posix
+} // namespace platform::linux

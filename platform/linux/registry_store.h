@@ -20,7 +20,7 @@
 #include <string>
 #include <string_view>
 
-namespace platform::posix {
+namespace platform::linux {
 
 class RegistryStore {
 public:
@@ -59,4 +59,4 @@ private:
     bool damaged_ = false;
 };
 
-} // namespace platform::posix
+} // namespace platform::linux

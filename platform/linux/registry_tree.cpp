@@ -4,7 +4,7 @@
 #include <chrono>
 #include <limits>
 
-namespace platform::posix {
+namespace platform::linux {
 
 namespace {
 
@@ -117,4 +117,4 @@ std::string RegistryTree::lines() const {
     return text + registryLine({Kind::Next, next_, 0, {}});
 }
 
-} // namespace platform::posix
+} // namespace platform::linux

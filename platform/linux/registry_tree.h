@@ -8,7 +8,7 @@
 #include <string>
 #include <string_view>
 
-namespace platform::posix {
+namespace platform::linux {
 
 /// Text in which letters that differ in case only are the same: Windows-1252, as Windows compares names.
 std::string registryFolded(std::string_view name);
@@ -60,4 +60,4 @@ private:
     Number next_ = rootCount;
 };
 
-} // namespace platform::posix
+} // namespace platform::linux

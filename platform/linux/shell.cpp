@@ -36,7 +36,7 @@ bool hasScheme(std::string_view file) {
 
 /// Whatever is not on the shell's list of codes is "access denied".
 int start(const std::string& target) {
-    return posix::startDetached({"xdg-open", target}) ? ShellAccepted : ShellAccessDenied;
+    return linux::startDetached({"xdg-open", target}) ? ShellAccepted : ShellAccessDenied;
 }
 
 std::string firstLine(const std::string& text) {
@@ -46,17 +46,17 @@ std::string firstLine(const std::string& text) {
 /// Whether a program goes with the file's type. When that cannot be found out xdg-open shall see for itself.
 bool hasProgram(const std::string& path) {
     const auto deadline = std::chrono::steady_clock::now() + associationPatience;
-    const auto type = posix::outputOf({"xdg-mime", "query", "filetype", path}, deadline);
+    const auto type = linux::outputOf({"xdg-mime", "query", "filetype", path}, deadline);
     if (!type) return true;
     const std::string name = firstLine(*type).substr(0, type->find(';')); // some versions add "; charset="
     if (name.empty()) return false;
-    const auto program = posix::outputOf({"xdg-mime", "query", "default", name}, deadline);
+    const auto program = linux::outputOf({"xdg-mime", "query", "default", name}, deadline);
     return !program || !firstLine(*program).empty();
 }
 
 /// Finds the file or folder; ShellAccepted, or the code for why there is none.
-int find(std::string_view file, posix::Place& place) {
-    switch (posix::locate(file, place)) {
+int find(std::string_view file, linux::Place& place) {
+    switch (linux::locate(file, place)) {
     case FileResult::Ok:
         break;
     case FileResult::PathNotFound:
@@ -72,13 +72,13 @@ int find(std::string_view file, posix::Place& place) {
 
 /// The slash at the end makes it a folder for whoever is given it: some openers look at the end of the name
 /// only, and start what is called "Fotos.desktop".
-int show(const posix::Place& folder) {
+int show(const linux::Place& folder) {
     const std::string path = folder.isRoot ? folder.folderPath : folder.folderPath + folder.name + "/";
-    return posix::askFileBrowserToShow(path) ? ShellAccepted : start(path);
+    return linux::askFileBrowserToShow(path) ? ShellAccepted : start(path);
 }
 
 int openPath(std::string_view file) {
-    posix::Place place;
+    linux::Place place;
     const int found = find(file, place);
     if (found != ShellAccepted) return found;
     if (place.isFolder()) return show(place);
@@ -101,7 +101,7 @@ int shellExecute(ShellOwner /*owner*/, std::string_view verb, std::string_view f
 }
 
 int showFolder(ShellOwner /*owner*/, std::string_view folder) {
-    posix::Place place;
+    linux::Place place;
     const int found = find(folder, place);
     if (found != ShellAccepted) return found;
     return place.isFolder() ? show(place) : ShellPathNotFound;
@@ -109,10 +109,10 @@ int showFolder(ShellOwner /*owner*/, std::string_view folder) {
 
 bool startOpenWithChooser(std::string_view commandLine) {
     if (!startsWithNoCase(commandLine, chooserCommand)) return false;
-    posix::Place place;
-    posix::UniqueFd file;
+    linux::Place place;
+    linux::UniqueFd file;
     return find(commandLine.substr(chooserCommand.size()), place) == ShellAccepted && place.isFile() &&
-           posix::openToRead(place, file) == FileResult::Ok && posix::askPortalToOpen(file.get());
+           linux::openToRead(place, file) == FileResult::Ok && linux::askPortalToOpen(file.get());
 }
 
 } // namespace platform

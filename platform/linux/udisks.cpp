@@ -7,7 +7,7 @@
 
 #include <fcntl.h>
 
-namespace platform::posix::udisks {
+namespace platform::linux::udisks {
 
 namespace {
 
@@ -95,4 +95,4 @@ OpenedDevice openDevice(const QString& object) {
     return {outcome, UniqueFd(fcntl(device.fileDescriptor(), F_DUPFD_CLOEXEC, 0))};
 }
 
-} // namespace platform::posix::udisks
+} // namespace platform::linux::udisks

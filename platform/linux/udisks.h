@@ -13,7 +13,7 @@
 
 #include <optional>
 
-namespace platform::posix::udisks {
+namespace platform::linux::udisks {
 
 inline constexpr const char* service = "org.freedesktop.UDisks2";
 inline constexpr const char* managerPath = "/org/freedesktop/UDisks2";
@@ -60,4 +60,4 @@ Outcome setLabel(const QString& object, const QString& label);
 /// administrators.
 OpenedDevice openDevice(const QString& object);
 
-} // namespace platform::posix::udisks
+} // namespace platform::linux::udisks

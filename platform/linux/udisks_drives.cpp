@@ -12,7 +12,7 @@
 #include <thread>
 #include <utility>
 
-namespace platform::posix {
+namespace platform::linux {
 
 namespace {
 
@@ -353,4 +353,4 @@ std::vector<PresentDrive> UdisksDrives::present() {
     return drives;
 }
 
-} // namespace platform::posix
+} // namespace platform::linux

@@ -16,7 +16,7 @@
 #include <utility>
 #include <vector>
 
-namespace platform::posix {
+namespace platform::linux {
 
 /// Besides what UDisks2 lists there are always `C` and `Z`, both "/": `C` is the volume that holds it, a
 /// fixed disk; `Z`, the whole tree, is neither fixed nor removable and comes last. Without UDisks2 they are
@@ -83,4 +83,4 @@ private:
     Complaint complaint_;
 };
 
-} // namespace platform::posix
+} // namespace platform::linux

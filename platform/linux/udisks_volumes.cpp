@@ -8,7 +8,7 @@
 #include <algorithm>
 #include <map>
 
-namespace platform::posix {
+namespace platform::linux {
 
 namespace {
 
@@ -162,4 +162,4 @@ std::string windowsFileSystemName(const std::string& type, const std::string& ve
     return found == names.end() ? type : found->second;
 }
 
-} // namespace platform::posix
+} // namespace platform::linux

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-namespace platform::posix {
+namespace platform::linux {
 
 struct UdisksVolume {
     char letter = 0; ///< 0 as long as it has none
@@ -39,4 +39,4 @@ std::vector<UdisksVolume> udisksVolumes(const udisks::Objects& objects);
 /// What Windows calls a file system that blkid calls so.
 std::string windowsFileSystemName(const std::string& type, const std::string& version);
 
-} // namespace platform::posix
+} // namespace platform::linux

@@ -4,7 +4,7 @@
 #include <unistd.h>
 #include <utility>
 
-namespace platform::posix {
+namespace platform::linux {
 
 /// Owns a file descriptor.
 class UniqueFd {
@@ -38,4 +38,4 @@ private:
     int fd_ = -1;
 };
 
-} // namespace platform::posix
+} // namespace platform::linux

@@ -14,7 +14,7 @@
 #include <memory>
 #include <system_error>
 
-namespace platform::posix {
+namespace platform::linux {
 
 namespace {
 
@@ -112,4 +112,4 @@ std::string mountedFileSystem(const std::string& folder) {
     return kind;
 }
 
-} // namespace platform::posix
+} // namespace platform::linux

@@ -8,7 +8,7 @@
 #include <optional>
 #include <string>
 
-namespace platform::posix {
+namespace platform::linux {
 
 bool isFolder(const std::string& path);
 
@@ -47,4 +47,4 @@ std::optional<std::string> mountPointOf(const std::string& blockDevice, std::uin
 /// Kind of the file system that is mounted on the folder ("ext4"); empty when none is.
 std::string mountedFileSystem(const std::string& folder);
 
-} // namespace platform::posix
+} // namespace platform::linux

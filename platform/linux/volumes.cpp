@@ -32,13 +32,13 @@ void store(std::string_view text, std::span<char> buffer) {
 } // namespace
 
 std::uint32_t logicalDriveStrings(std::span<char> buffer) {
-    posix::listDrives();
-    const std::string letters = posix::driveSource().letters();
+    linux::listDrives();
+    const std::string letters = linux::driveSource().letters();
     std::string roots;
     for (const char letter : letters)
         roots += {letter, ':', '\\', '\0'};
-    posix::mirrorDriveTable();
-    posix::drivesListed(letters);
+    linux::mirrorDriveTable();
+    linux::drivesListed(letters);
     const auto length = static_cast<std::uint32_t>(roots.size());
     if (buffer.size() <= roots.size()) return length + 1;
     *std::copy(roots.begin(), roots.end(), buffer.begin()) = '\0';
@@ -46,17 +46,17 @@ std::uint32_t logicalDriveStrings(std::span<char> buffer) {
 }
 
 std::uint32_t driveType(std::string_view root) {
-    posix::DriveSource& drives = posix::driveSource();
-    const DriveType type = drives.type(posix::driveLetter(root));
-    if (type == DriveNoRootDir) posix::driveMissed(drives);
+    linux::DriveSource& drives = linux::driveSource();
+    const DriveType type = drives.type(linux::driveLetter(root));
+    if (type == DriveNoRootDir) linux::driveMissed(drives);
     return type;
 }
 
 bool diskFreeSpace(std::string_view root, DiskFreeSpace& space) {
-    posix::DriveSource& drives = posix::driveSource();
-    const auto measured = drives.space(posix::driveLetter(root));
+    linux::DriveSource& drives = linux::driveSource();
+    const auto measured = drives.space(linux::driveLetter(root));
     if (!measured) {
-        posix::driveMissed(drives);
+        linux::driveMissed(drives);
         return false;
     }
     space.freeToCaller = littleEndian(measured->freeToCaller);
@@ -66,10 +66,10 @@ bool diskFreeSpace(std::string_view root, DiskFreeSpace& space) {
 }
 
 bool volumeInformation(std::string_view root, std::span<char> label, std::span<char> fileSystem) {
-    posix::DriveSource& drives = posix::driveSource();
-    const auto names = drives.names(posix::driveLetter(root));
+    linux::DriveSource& drives = linux::driveSource();
+    const auto names = drives.names(linux::driveLetter(root));
     if (!names) {
-        posix::driveMissed(drives);
+        linux::driveMissed(drives);
         return false;
     }
     store(names->label, label);
@@ -79,19 +79,19 @@ bool volumeInformation(std::string_view root, std::span<char> label, std::span<c
 
 bool setVolumeLabel(std::string_view root, std::string_view label, const DriveIdentity& drive) {
     if (drive && driveIdentity(root) != drive) return false;
-    return posix::driveSource().setLabel(posix::driveLetter(root), label);
+    return linux::driveSource().setLabel(linux::driveLetter(root), label);
 }
 
 bool settleVolume(std::string_view root) {
-    return posix::driveSource().settle(posix::driveLetter(root));
+    return linux::driveSource().settle(linux::driveLetter(root));
 }
 
 std::string missingDriveService() {
-    return posix::driveSource().missing();
+    return linux::driveSource().missing();
 }
 
 void releaseVolumes() {
-    posix::releaseDriveTable();
+    linux::releaseDriveTable();
 }
 
 } // namespace platform

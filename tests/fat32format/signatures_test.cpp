@@ -22,7 +22,7 @@ class Signatures : public testing::Test {
 protected:
     Signatures() {
         std::string name = testing::TempDir() + "signatures_XXXXXX";
-        image = platform::posix::UniqueFd(mkstemp(name.data()));
+        image = platform::linux::UniqueFd(mkstemp(name.data()));
         unlink(name.c_str());
         EXPECT_EQ(ftruncate(image.get(), size), 0);
     }
@@ -48,7 +48,7 @@ protected:
         return signatures.value_or(Found());
     }
 
-    platform::posix::UniqueFd image;
+    platform::linux::UniqueFd image;
 };
 
 } // namespace
@@ -109,6 +109,6 @@ TEST_F(Signatures, WhatCannotBeReadIsNotEmpty) {
     EXPECT_FALSE(readSignatures(-1, size).has_value());
     EXPECT_FALSE(readSignatures(image.get(), 0).has_value());
     EXPECT_FALSE(readSignatures(image.get(), size + 4096).has_value()) << "it ends too early";
-    const platform::posix::UniqueFd folder(open("/", O_RDONLY | O_CLOEXEC));
+    const platform::linux::UniqueFd folder(open("/", O_RDONLY | O_CLOEXEC));
     EXPECT_FALSE(readSignatures(folder.get(), size).has_value());
 }

@@ -11,7 +11,7 @@ namespace fat32format {
 class HeldDevice : public HeldVolume {
 public:
     /// Without a descriptor of its own the volume is the disk.
-    HeldDevice(FactFolders folders, platform::posix::UniqueFd disk, platform::posix::UniqueFd partition)
+    HeldDevice(FactFolders folders, platform::linux::UniqueFd disk, platform::linux::UniqueFd partition)
         : folders_(std::move(folders)), disk_(std::move(disk)), partition_(std::move(partition)) {}
 
     /// Whether the volume's descriptor is that of the device with the number.
@@ -30,8 +30,8 @@ private:
     int volume() const { return partition_ ? partition_.get() : disk_.get(); }
 
     FactFolders folders_;
-    platform::posix::UniqueFd disk_;
-    platform::posix::UniqueFd partition_;
+    platform::linux::UniqueFd disk_;
+    platform::linux::UniqueFd partition_;
 };
 
 } // namespace fat32format

@@ -11,7 +11,7 @@
 
 namespace fat32format {
 
-using platform::posix::UniqueFd;
+using platform::linux::UniqueFd;
 
 FileText readText(const std::filesystem::path& file) {
     const UniqueFd source(open(file.c_str(), O_RDONLY | O_CLOEXEC));

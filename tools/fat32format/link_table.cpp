@@ -18,7 +18,7 @@ namespace fat32format {
 namespace {
 
 namespace fs = std::filesystem;
-using platform::posix::UniqueFd;
+using platform::linux::UniqueFd;
 
 constexpr const char* notRunning = "There is no table of drives: the program orvanta-usbtool does not run.";
 

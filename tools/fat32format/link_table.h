@@ -15,7 +15,7 @@ class LinkTable {
 public:
     LinkTable() = default;
     explicit LinkTable(std::string problem) : problem_(std::move(problem)) {}
-    LinkTable(std::filesystem::path folder, platform::posix::UniqueFd opened)
+    LinkTable(std::filesystem::path folder, platform::linux::UniqueFd opened)
         : folder_(std::move(folder)), opened_(std::move(opened)) {}
 
     /// Why there is none to go by, a sentence; else empty.
@@ -29,7 +29,7 @@ public:
 private:
     std::string problem_;
     std::filesystem::path folder_;
-    platform::posix::UniqueFd opened_; ///< the folder, which is looked up just once
+    platform::linux::UniqueFd opened_; ///< the folder, which is looked up just once
 };
 
 /// Each running program has a folder, called by its process id, in the common one, and letters of its own.

@@ -20,7 +20,7 @@ namespace fat32format {
 namespace {
 
 namespace fs = std::filesystem;
-using platform::posix::UniqueFd;
+using platform::linux::UniqueFd;
 
 /// One of the XDG base directories; without the variable the place that systems use in fact.
 fs::path runtimeFolder() {

@@ -14,7 +14,7 @@ namespace fat32format {
 
 namespace {
 
-using platform::posix::UniqueFd;
+using platform::linux::UniqueFd;
 
 /// The service writes what is no letter or digit of ASCII as "_" and two hexadecimal digits.
 QString objectOf(const std::string& node) {

@@ -12,7 +12,7 @@ namespace fat32format {
 
 struct OpenedNode {
     Opened::Outcome outcome = Opened::Outcome::Failed;
-    platform::posix::UniqueFd device;
+    platform::linux::UniqueFd device;
     std::string reason; ///< why it is not open; may be empty
 };
 

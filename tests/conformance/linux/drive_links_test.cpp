@@ -14,7 +14,7 @@
 #include <unistd.h>
 
 using conformance::TemporaryFolder;
-using platform::posix::DriveLinks;
+using platform::linux::DriveLinks;
 
 namespace fs = std::filesystem;
 

@@ -26,8 +26,8 @@
 
 using conformance::TemporaryFolder;
 using namespace platform;
-using posix::IniDrive;
-using posix::parseDrivesIni;
+using linux::IniDrive;
+using linux::parseDrivesIni;
 
 namespace fs = std::filesystem;
 
@@ -278,7 +278,7 @@ TEST_F(DrivesIni, ADriveThatIsMissedIsToldAsGoneEvenIfItIsBackAlready) {
     constexpr int enough = 300;
     writeDrive("");
     std::string told;
-    posix::onDrivesListed([&told](const std::string& letters) { told = letters; });
+    linux::onDrivesListed([&told](const std::string& letters) { told = letters; });
     {
         const Flickering drive(file, read());
         const std::array<std::function<bool()>, 5> questions{
@@ -292,7 +292,7 @@ TEST_F(DrivesIni, ADriveThatIsMissedIsToldAsGoneEvenIfItIsBackAlready) {
                 std::array<char, 256> fileSystem{};
                 return volumeInformation("E:\\", label, fileSystem);
             },
-            [] { return posix::driveFolder('E').has_value(); },
+            [] { return linux::driveFolder('E').has_value(); },
             [] { return bool(driveIdentity("E:\\")); },
         };
         for (std::size_t i = 0; i < questions.size(); ++i)
@@ -303,7 +303,7 @@ TEST_F(DrivesIni, ADriveThatIsMissedIsToldAsGoneEvenIfItIsBackAlready) {
                 EXPECT_EQ(told, "") << "question " << i;
             }
     }
-    posix::onDrivesListed({});
+    linux::onDrivesListed({});
 }
 
 TEST_F(DrivesIni, LabelIsCutToItsBufferBetweenCharacters) {
@@ -317,11 +317,11 @@ TEST_F(DrivesIni, LabelIsCutToItsBufferBetweenCharacters) {
 
 TEST_F(DrivesIni, FolderOfADrive) {
     writeDrive("");
-    EXPECT_EQ(posix::driveFolder('E'), stick.string());
-    EXPECT_EQ(posix::driveFolder('e'), stick.string());
-    EXPECT_EQ(posix::driveFolder('C'), std::nullopt); // the file is the whole table
+    EXPECT_EQ(linux::driveFolder('E'), stick.string());
+    EXPECT_EQ(linux::driveFolder('e'), stick.string());
+    EXPECT_EQ(linux::driveFolder('C'), std::nullopt); // the file is the whole table
     fs::remove(stick);
-    EXPECT_EQ(posix::driveFolder('E'), std::nullopt);
+    EXPECT_EQ(linux::driveFolder('E'), std::nullopt);
 }
 
 TEST_F(DrivesIni, MirroredAsLinks) {

@@ -18,7 +18,7 @@
 #include <string>
 
 using conformance::TemporaryFolder;
-using namespace platform::posix;
+using namespace platform::linux;
 using namespace std::string_literals;
 
 namespace fs = std::filesystem;

@@ -185,13 +185,13 @@ TEST_F(Path, LinksInTheProgramFolderAreFollowed) {
 TEST_F(Path, NativePathsOfWhatExists) {
     fs::create_directory(stick / "Folder");
     put(stick / "Folder" / "File", "x");
-    EXPECT_EQ(posix::nativePath(R"(E:\)"), stick.string() + "/");
-    EXPECT_EQ(posix::nativePath(R"(e:\folder)"), (stick / "Folder").string());
-    EXPECT_EQ(posix::nativePath(R"(E:\folder\..\FOLDER\file)"), (stick / "Folder" / "File").string());
-    EXPECT_EQ(posix::nativePath(R"(E:\missing)"), std::nullopt);
-    EXPECT_EQ(posix::nativePath(R"(E:\folder\file\)"), std::nullopt);
-    EXPECT_EQ(posix::nativePath(R"(X:\)"), std::nullopt);
-    EXPECT_EQ(posix::nativePath("/etc"), std::nullopt);
+    EXPECT_EQ(linux::nativePath(R"(E:\)"), stick.string() + "/");
+    EXPECT_EQ(linux::nativePath(R"(e:\folder)"), (stick / "Folder").string());
+    EXPECT_EQ(linux::nativePath(R"(E:\folder\..\FOLDER\file)"), (stick / "Folder" / "File").string());
+    EXPECT_EQ(linux::nativePath(R"(E:\missing)"), std::nullopt);
+    EXPECT_EQ(linux::nativePath(R"(E:\folder\file\)"), std::nullopt);
+    EXPECT_EQ(linux::nativePath(R"(X:\)"), std::nullopt);
+    EXPECT_EQ(linux::nativePath("/etc"), std::nullopt);
 }
 
 TEST_F(Path, ADotInFrontHides) {

@@ -12,7 +12,7 @@
 #include <random>
 
 using namespace platform;
-using namespace platform::posix;
+using namespace platform::linux;
 using namespace conformance;
 using namespace std::string_literals;
 namespace fs = std::filesystem;

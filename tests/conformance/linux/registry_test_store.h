@@ -12,9 +12,9 @@
 
 namespace conformance {
 
-using platform::posix::RegistryRecord;
-using platform::posix::RegistryStore;
-using platform::posix::RegistryTree;
+using platform::linux::RegistryRecord;
+using platform::linux::RegistryStore;
+using platform::linux::RegistryTree;
 
 /// The key of the current user, where the tests work.
 constexpr RegistryTree::Number userKey = 1;

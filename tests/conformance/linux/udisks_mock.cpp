@@ -21,8 +21,8 @@ namespace conformance {
 
 namespace {
 
-using platform::posix::udisks::managerPath;
-using platform::posix::udisks::service;
+using platform::linux::udisks::managerPath;
+using platform::linux::udisks::service;
 
 constexpr int deadline = 20'000; // milliseconds
 

@@ -10,8 +10,8 @@
 
 namespace conformance {
 
-using platform::posix::udisks::Interfaces;
-using platform::posix::udisks::Objects;
+using platform::linux::udisks::Interfaces;
+using platform::linux::udisks::Objects;
 
 inline constexpr const char* blockInterface = "org.freedesktop.UDisks2.Block";
 inline constexpr const char* driveInterface = "org.freedesktop.UDisks2.Drive";
@@ -20,11 +20,11 @@ inline constexpr const char* partitionInterface = "org.freedesktop.UDisks2.Parti
 inline constexpr const char* tableInterface = "org.freedesktop.UDisks2.PartitionTable";
 
 inline QDBusObjectPath drivePath(const QString& name) {
-    return QDBusObjectPath(platform::posix::udisks::drivesPath + name);
+    return QDBusObjectPath(platform::linux::udisks::drivesPath + name);
 }
 
 inline QDBusObjectPath blockPath(const QString& name) {
-    return QDBusObjectPath(platform::posix::udisks::blockDevicesPath + name);
+    return QDBusObjectPath(platform::linux::udisks::blockDevicesPath + name);
 }
 
 /// With a medium that stays in: a hard disk.

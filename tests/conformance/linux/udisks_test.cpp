@@ -30,7 +30,7 @@
 
 using namespace conformance;
 using namespace platform;
-using posix::UdisksDrives;
+using linux::UdisksDrives;
 using namespace std::chrono_literals;
 
 namespace {
@@ -291,10 +291,10 @@ TEST_F(UdisksTable, MountOfAnotherDeviceOfThatNameIsNotUsed) {
     const std::string stale = mock.mountInKernel("sdb1");
     EXPECT_TRUE(eager.folder('D'));
     EXPECT_EQ(calls(), QStringList{"Mount sdb1"});
-    EXPECT_EQ(posix::mountPointOf("/dev/sdb1", mock.mountDevice(), mock.mountTable()), stale);
-    EXPECT_EQ(posix::mountPointOf("/dev/sdb1", mock.mountDevice() + 1, mock.mountTable()), std::nullopt);
-    EXPECT_EQ(posix::mountPointOf("/dev/sdb", mock.mountDevice(), mock.mountTable()), std::nullopt);
-    EXPECT_EQ(posix::mountPointOf("/dev/sdb1", mock.mountDevice(), "/no/such/list"), std::nullopt);
+    EXPECT_EQ(linux::mountPointOf("/dev/sdb1", mock.mountDevice(), mock.mountTable()), stale);
+    EXPECT_EQ(linux::mountPointOf("/dev/sdb1", mock.mountDevice() + 1, mock.mountTable()), std::nullopt);
+    EXPECT_EQ(linux::mountPointOf("/dev/sdb", mock.mountDevice(), mock.mountTable()), std::nullopt);
+    EXPECT_EQ(linux::mountPointOf("/dev/sdb1", mock.mountDevice(), "/no/such/list"), std::nullopt);
 }
 
 TEST_F(UdisksTable, MountPointWithABlank) {
@@ -303,7 +303,7 @@ TEST_F(UdisksTable, MountPointWithABlank) {
     std::string escaped = folder;
     escaped.replace(escaped.find(' '), 1, "\\040");
     std::ofstream(mock.mountTable()) << "/dev/sdb1 " << escaped << " vfat rw 0 0\n";
-    EXPECT_EQ(posix::mountPointOf("/dev/sdb1", mock.mountDevice(), mock.mountTable()), folder);
+    EXPECT_EQ(linux::mountPointOf("/dev/sdb1", mock.mountDevice(), mock.mountTable()), folder);
 }
 
 TEST_F(UdisksTable, MountThatShowsLateStaysTheProgramsOwn) {
@@ -669,13 +669,13 @@ TEST(DiskNote, IsThatOfTheWholeDisk) {
     std::ofstream(devices.path() / "sdb" / "sdb1" / "size") << "1000\n";
     std::ofstream(devices.path() / "sdb" / "sdb1" / "partition") << "1\n";
     const std::string note = "sequence=12,size=1024000,serial=";
-    EXPECT_EQ(posix::diskNote(8 * 256 + 16, "", devices.path()), note);
-    EXPECT_EQ(posix::diskNote(8 * 256 + 17, "", devices.path()), note);
-    EXPECT_EQ(posix::diskNote(8 * 256 + 17, "a,b=/%ü_Z.-9", devices.path()),
+    EXPECT_EQ(linux::diskNote(8 * 256 + 16, "", devices.path()), note);
+    EXPECT_EQ(linux::diskNote(8 * 256 + 17, "", devices.path()), note);
+    EXPECT_EQ(linux::diskNote(8 * 256 + 17, "a,b=/%ü_Z.-9", devices.path()),
               note + "a%2Cb%3D%2F%25%C3%BC_Z.-9");
-    EXPECT_EQ(posix::diskNote(8 * 256 + 18, "", devices.path()), "");
+    EXPECT_EQ(linux::diskNote(8 * 256 + 18, "", devices.path()), "");
     std::filesystem::remove(devices.path() / "sdb" / "diskseq");
-    EXPECT_EQ(posix::diskNote(8 * 256 + 17, "", devices.path()), "");
+    EXPECT_EQ(linux::diskNote(8 * 256 + 17, "", devices.path()), "");
 }
 
 TEST_F(UdisksTable, SequenceOfAPartitionIsThatOfItsDisk) {
@@ -684,9 +684,9 @@ TEST_F(UdisksTable, SequenceOfAPartitionIsThatOfItsDisk) {
     std::filesystem::create_directory_symlink("sdb", devices.path() / "8:16");
     std::filesystem::create_directory_symlink("sdb/sdb1", devices.path() / "8:17");
     std::ofstream(devices.path() / "sdb" / "diskseq") << "12\n";
-    EXPECT_EQ(posix::diskSequence(8 * 256 + 16, devices.path()), "12");
-    EXPECT_EQ(posix::diskSequence(8 * 256 + 17, devices.path()), "12");
-    EXPECT_EQ(posix::diskSequence(8 * 256 + 18, devices.path()), "");
+    EXPECT_EQ(linux::diskSequence(8 * 256 + 16, devices.path()), "12");
+    EXPECT_EQ(linux::diskSequence(8 * 256 + 17, devices.path()), "12");
+    EXPECT_EQ(linux::diskSequence(8 * 256 + 18, devices.path()), "");
 }
 
 TEST_F(UdisksTable, IdentityChangesWithWhatIsInTheDrive) {

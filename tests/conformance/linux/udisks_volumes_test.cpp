@@ -8,10 +8,10 @@
 
 using namespace conformance;
 using namespace platform;
-using posix::DriveLetters;
-using posix::UdisksVolume;
-using posix::udisksVolumes;
-using posix::windowsFileSystemName;
+using linux::DriveLetters;
+using linux::UdisksVolume;
+using linux::udisksVolumes;
+using linux::windowsFileSystemName;
 
 namespace {
 
@@ -84,7 +84,7 @@ TEST(UdisksVolumes, LeavesOutWhatIsNoUsersVolume) {
                        {blockPath("sda5"), blankBlock("sda5", 5, "d", encrypted)},
                        {blockPath("loop0"), loop},
                        {blockPath("loop1"), fileSystemBlock("loop1", 701, "")},
-                       {QDBusObjectPath(posix::udisks::managerPath), {}}};
+                       {QDBusObjectPath(linux::udisks::managerPath), {}}};
     EXPECT_EQ(devices(objects), std::vector<std::string>());
     // The same things without what rules them out.
     objects[blockPath("sda1")] = fileSystemBlock("sda1", 1, "d");

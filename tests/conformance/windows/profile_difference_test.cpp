@@ -13,7 +13,7 @@
 #include <functional>
 
 using namespace conformance;
-using namespace platform::posix;
+using namespace platform::linux;
 using namespace std::string_literals;
 namespace fs = std::filesystem;
 
