@@ -1,6 +1,6 @@
 #include "platform/device_events.h"
 
-#include "platform/linux/drive_watch.h"
+#include "platform/linux/drives/drive_watch.h"
 
 #include <QCoreApplication>
 #include <QPointer>

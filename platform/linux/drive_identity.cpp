@@ -1,7 +1,7 @@
 #include "platform/drive_identity.h"
 
-#include "platform/linux/drive_source.h"
-#include "platform/linux/drive_table.h"
+#include "platform/linux/drives/drive_source.h"
+#include "platform/linux/drives/drive_table.h"
 
 #include <utility>
 

@@ -1,8 +1,8 @@
 #include "platform/files.h"
 
-#include "platform/linux/file_error.h"
-#include "platform/linux/file_io.h"
-#include "platform/linux/path.h"
+#include "platform/linux/base/file_error.h"
+#include "platform/linux/files/file_io.h"
+#include "platform/linux/files/path.h"
 
 #include <cerrno>
 #include <fcntl.h>

@@ -1,7 +1,7 @@
 #include "platform/process.h"
 
-#include "platform/linux/command_line.h"
-#include "platform/linux/unique_fd.h"
+#include "platform/linux/base/unique_fd.h"
+#include "platform/linux/process/command_line.h"
 
 #include <array>
 #include <cerrno>

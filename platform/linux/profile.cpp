@@ -1,8 +1,8 @@
 #include "platform/profile.h"
 
 #include "platform/files.h"
-#include "platform/linux/file_replace.h"
-#include "platform/linux/profile_text.h"
+#include "platform/linux/base/profile_text.h"
+#include "platform/linux/files/file_replace.h"
 
 #include <algorithm>
 #include <string>

@@ -1,6 +1,6 @@
 #include "platform/program_folder.h"
 
-#include "platform/linux/own_folders.h"
+#include "platform/linux/files/own_folders.h"
 
 #include <cstdlib>
 #include <fcntl.h>

@@ -1,7 +1,7 @@
 #include "platform/registry.h"
 
-#include "platform/linux/own_folders.h"
-#include "platform/linux/registry_store.h"
+#include "platform/linux/files/own_folders.h"
+#include "platform/linux/registry/registry_store.h"
 
 #include <map>
 #include <optional>

@@ -3,11 +3,11 @@
 #include "platform/shell.h"
 
 #include "platform/http_address.h"
-#include "platform/linux/desktop_command.h"
-#include "platform/linux/file_browser.h"
-#include "platform/linux/file_io.h"
-#include "platform/linux/open_with_portal.h"
-#include "platform/linux/path.h"
+#include "platform/linux/files/file_io.h"
+#include "platform/linux/files/path.h"
+#include "platform/linux/process/desktop_command.h"
+#include "platform/linux/process/file_browser.h"
+#include "platform/linux/process/open_with_portal.h"
 
 #include <algorithm>
 #include <chrono>

@@ -1,8 +1,8 @@
 // The drives as the core asks for them, answered from the drive table.
 #include "platform/volumes.h"
 
-#include "platform/linux/drive_source.h"
-#include "platform/linux/drive_table.h"
+#include "platform/linux/drives/drive_source.h"
+#include "platform/linux/drives/drive_table.h"
 #include "platform/text.h"
 
 #include <algorithm>

@@ -1,6 +1,6 @@
 #include "tools/fat32format/signatures.h"
 
-#include "platform/linux/unique_fd.h"
+#include "platform/linux/base/unique_fd.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/linux/unique_fd.h"
+#include "platform/linux/base/unique_fd.h"
 #include "tools/fat32format/disk_facts.h"
 #include "tools/fat32format/system.h"
 

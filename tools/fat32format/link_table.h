@@ -1,7 +1,7 @@
 // The table of drives that a running program shows as a folder of links.
 #pragma once
 
-#include "platform/linux/unique_fd.h"
+#include "platform/linux/base/unique_fd.h"
 #include "tools/fat32format/system.h"
 
 #include <filesystem>

@@ -3,7 +3,7 @@
 // http://storaged.org/doc/udisks2-api/latest/gdbus-org.freedesktop.UDisks2.Block.html
 #pragma once
 
-#include "platform/linux/unique_fd.h"
+#include "platform/linux/base/unique_fd.h"
 #include "tools/fat32format/system.h"
 
 #include <string>

@@ -1,5 +1,5 @@
 // The links that show the drive table to other programs.
-#include "platform/linux/drive_links.h"
+#include "platform/linux/drives/drive_links.h"
 
 #include "tests/conformance/linux/temporary_folder.h"
 

@@ -1,7 +1,7 @@
 // The drive table in "Drives.ini".
 #include "platform/drive_identity.h"
-#include "platform/linux/drive_table.h"
-#include "platform/linux/drives_ini.h"
+#include "platform/linux/drives/drive_table.h"
+#include "platform/linux/drives/drives_ini.h"
 #include "platform/profile.h"
 #include "platform/volumes.h"
 

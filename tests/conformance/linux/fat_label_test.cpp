@@ -1,7 +1,7 @@
 // Labels that the program writes into FAT file systems itself, judged by the tools that others use.
-#include "platform/linux/dos_text.h"
-#include "platform/linux/fat_label.h"
-#include "platform/linux/unique_fd.h"
+#include "platform/linux/base/dos_text.h"
+#include "platform/linux/base/unique_fd.h"
+#include "platform/linux/drives/fat_label.h"
 
 #include "tests/conformance/linux/temporary_folder.h"
 

@@ -1,6 +1,6 @@
 // What a stick or a folder of this system can hold that Windows does not know: links, pipes, devices, names
 // of any bytes, names that differ in case alone.
-#include "platform/linux/path.h"
+#include "platform/linux/files/path.h"
 
 #include "platform/profile.h"
 #include "platform/program_folder.h"

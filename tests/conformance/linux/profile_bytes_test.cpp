@@ -2,7 +2,7 @@
 // untouched: more than the documentation promises.
 #include "platform/profile.h"
 
-#include "platform/linux/profile_text.h"
+#include "platform/linux/base/profile_text.h"
 #include "tests/conformance/environment.h"
 #include "tests/conformance/scratch_files.h"
 

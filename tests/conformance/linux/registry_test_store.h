@@ -1,7 +1,7 @@
 // Short words for what the tests of the registry's file do all the time.
 #pragma once
 
-#include "platform/linux/registry_store.h"
+#include "platform/linux/registry/registry_store.h"
 #include "platform/registry.h"
 
 #include <filesystem>

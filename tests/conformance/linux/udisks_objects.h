@@ -1,7 +1,7 @@
 // Drives as UDisks2 describes them, made up for tests.
 #pragma once
 
-#include "platform/linux/udisks.h"
+#include "platform/linux/drives/udisks.h"
 
 #include <QByteArray>
 #include <QByteArrayList>

@@ -1,8 +1,8 @@
 // The drive table over UDisks2: what it asks, mounts, unmounts and labels.
 #include "platform/device_events.h"
-#include "platform/linux/disk_note.h"
-#include "platform/linux/udisks_drives.h"
-#include "platform/linux/volume_folder.h"
+#include "platform/linux/drives/disk_note.h"
+#include "platform/linux/drives/udisks_drives.h"
+#include "platform/linux/drives/volume_folder.h"
 #include "platform/volumes.h"
 
 #include "tests/conformance/linux/event_loop.h"

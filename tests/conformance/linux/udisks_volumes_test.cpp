@@ -1,6 +1,6 @@
 // Which block devices become drives, of which type, under which name and with which letter.
-#include "platform/linux/drive_letters.h"
-#include "platform/linux/udisks_volumes.h"
+#include "platform/linux/drives/drive_letters.h"
+#include "platform/linux/drives/udisks_volumes.h"
 
 #include "tests/conformance/linux/udisks_objects.h"
 

@@ -1,7 +1,7 @@
 // The profile code of the Linux backend against the functions it stands for, on 10,000 files. What it does
 // otherwise on purpose is listed in docs/profile-differences.md, and is evened out here by the functions that
 // say so.
-#include "platform/linux/profile_text.h"
+#include "platform/linux/base/profile_text.h"
 
 #include "tests/conformance/scratch_files.h"
 #include "tests/conformance/windows/profile_generator.h"

@@ -1,0 +1,52 @@
+#include "platform/linux/drives/disk_note.h"
+
+#include <filesystem>
+#include <fstream>
+#include <sys/sysmacros.h>
+
+namespace platform::linux {
+
+namespace {
+
+/// The kernel counts in these whatever the disk's own sectors are.
+constexpr std::uint64_t kernelSector = 512;
+
+/// Bytes; 0 when there is no such device.
+std::uint64_t diskSize(std::uint64_t deviceNumber, const std::string& devices) {
+    std::string device =
+        devices + '/' + std::to_string(major(deviceNumber)) + ':' + std::to_string(minor(deviceNumber));
+    std::error_code error;
+    if (std::filesystem::exists(device + "/partition", error)) device += "/..";
+    std::uint64_t sectors = 0;
+    std::ifstream(device + "/size") >> sectors;
+    return sectors * kernelSector;
+}
+
+bool isPlain(char c) {
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '-' ||
+           c == '.' || c == '_';
+}
+
+std::string percentEncoded(std::string_view text) {
+    constexpr std::string_view digits = "0123456789ABCDEF";
+    std::string result;
+    for (const char c : text) {
+        const auto byte = static_cast<unsigned char>(c);
+        if (isPlain(c))
+            result += c;
+        else
+            result += {'%', digits[byte / digits.size()], digits[byte % digits.size()]};
+    }
+    return result;
+}
+
+} // namespace
+
+std::string diskNote(std::uint64_t deviceNumber, std::string_view serial, const std::string& devices) {
+    const std::string sequence = diskSequence(deviceNumber, devices);
+    const std::uint64_t size = diskSize(deviceNumber, devices);
+    if (sequence.empty() || size == 0) return {};
+    return "sequence=" + sequence + ",size=" + std::to_string(size) + ",serial=" + percentEncoded(serial);
+}
+
+} // namespace platform::linux

@@ -1,0 +1,90 @@
+#include "platform/linux/drives/drive_table.h"
+
+#include "platform/linux/drives/drive_links.h"
+#include "platform/linux/drives/drives_ini.h"
+#include "platform/linux/drives/udisks_drives.h"
+
+#include <utility>
+
+namespace platform::linux {
+
+namespace {
+
+struct Table {
+    IniDrives file;
+    UdisksDrives volumes;
+    DriveLinks links;
+    std::function<void(const std::string&)> listener;
+    bool listAtHand = false;
+};
+
+Table& table() {
+    static Table theTable;
+    return theTable;
+}
+
+char upper(char letter) {
+    return letter >= 'a' && letter <= 'z' ? static_cast<char>(letter - 'a' + 'A') : letter;
+}
+
+} // namespace
+
+char driveLetter(std::string_view root) {
+    root = root.substr(0, root.find('\0'));
+    if (root.size() == 3 && (root[2] == '\\' || root[2] == '/')) root.remove_suffix(1);
+    if (root.size() != 2 || root[1] != ':') return 0;
+    const char letter = upper(root[0]);
+    return letter >= 'A' && letter <= 'Z' ? letter : '\0';
+}
+
+DriveSource& driveSource() {
+    if (table().file.load()) return table().file;
+    return table().volumes;
+}
+
+std::optional<std::string> driveFolder(char letter) {
+    DriveSource& drives = driveSource();
+    std::optional<std::string> folder = drives.folder(upper(letter));
+    if (!folder) driveMissed(drives);
+    return folder;
+}
+
+void mirrorDriveTable() {
+    DriveSource& drives = driveSource();
+    DriveLinks::Targets targets;
+    for (const char letter : drives.letters())
+        if (const std::string target = drives.target(letter); !target.empty())
+            targets[letter] = {target, drives.disk(letter)};
+    table().links.show(targets);
+}
+
+void listDrives() {
+    if (!std::exchange(table().listAtHand, false)) driveSource().refresh();
+}
+
+ListAtHand::ListAtHand() {
+    table().listAtHand = true;
+}
+
+ListAtHand::~ListAtHand() {
+    table().listAtHand = false;
+}
+
+void drivesListed(const std::string& letters) {
+    if (table().listener) table().listener(letters);
+}
+
+void driveMissed(DriveSource& drives) {
+    drivesListed(drives.letters());
+}
+
+void onDrivesListed(std::function<void(const std::string& letters)> listener) {
+    table().listener = std::move(listener);
+}
+
+void releaseDriveTable() {
+    table().volumes.release();
+    table().links.remove();
+}
+
+} // namespace platform::linux

@@ -1,0 +1,168 @@
+#include "platform/linux/files/file_io.h"
+
+#include "platform/linux/base/file_error.h"
+
+#include <cerrno>
+#include <fcntl.h>
+#include <linux/magic.h>
+#include <linux/msdos_fs.h>
+#include <sys/ioctl.h>
+#include <sys/vfs.h>
+
+namespace platform::linux {
+
+namespace {
+
+constexpr mode_t permissionBits = 0777;
+constexpr mode_t executeBits = 0111;
+
+bool isFat(int file) {
+    struct statfs fileSystem {};
+    return fstatfs(file, &fileSystem) == 0 && fileSystem.f_type == MSDOS_SUPER_MAGIC;
+}
+
+/// https://www.kernel.org/doc/html/latest/filesystems/vfat.html, FAT_IOCTL_GET_ATTRIBUTES
+std::optional<std::uint32_t> fatAttributes(int file) {
+    std::uint32_t attributes = 0;
+    if (!isFat(file) || ioctl(file, FAT_IOCTL_GET_ATTRIBUTES, &attributes) != 0) return std::nullopt;
+    return attributes;
+}
+
+std::uint32_t madeUpAttributes(const char* name, const struct stat& info) {
+    if (S_ISDIR(info.st_mode)) return FileDirectory;
+    std::uint32_t attributes = FileArchive;
+    if ((info.st_mode & S_IWUSR) == 0) attributes |= FileReadOnly;
+    if (name[0] == '.') attributes |= FileHidden;
+    return attributes;
+}
+
+/// Opens what must be a plain file. Not waiting matters for a pipe that takes the file's place at this
+/// moment.
+FileResult openPlainFile(const Place& place, int flags, UniqueFd& file) {
+    constexpr mode_t forEverybody = 0666; // less what the user's mask takes away
+    const int links = place.followsLinks ? 0 : O_NOFOLLOW;
+    UniqueFd opened(openat(place.folder.get(), place.name.c_str(),
+                           flags | links | O_CLOEXEC | O_NOCTTY | O_NONBLOCK, forEverybody));
+    if (!opened) return fileResult(errno);
+    struct stat info {};
+    if (fstat(opened.get(), &info) != 0) return fileResult(errno);
+    if (!S_ISREG(info.st_mode)) return FileResult::PathFileAccess;
+    file = std::move(opened);
+    return FileResult::Ok;
+}
+
+/// Whether a name may stand for a file at all; Ok when there is none yet.
+FileResult checkIsFile(const Place& place) {
+    if (place.isRoot || place.isFolder()) return FileResult::PathFileAccess;
+    if (place.asksForFolder) return FileResult::PathNotFound;
+    return !place.info || place.isFile() ? FileResult::Ok : FileResult::PathFileAccess;
+}
+
+} // namespace
+
+std::uint32_t attributesOf(int folder, const char* name, const struct stat& info) {
+    if (isFat(folder)) {
+        const UniqueFd file(openat(folder, name, O_RDONLY | O_NONBLOCK | O_NOFOLLOW | O_NOCTTY | O_CLOEXEC));
+        if (file) {
+            if (const auto attributes = fatAttributes(file.get())) return *attributes;
+        }
+    }
+    return madeUpAttributes(name, info);
+}
+
+std::uint32_t attributesOf(const Place& place) {
+    if (place.isRoot) return FileDirectory;
+    return attributesOf(place.folder.get(), place.name.c_str(), *place.info);
+}
+
+FileResult openToRead(const Place& place, UniqueFd& file) {
+    const FileResult check = checkIsFile(place);
+    if (check != FileResult::Ok) return check;
+    if (!place.info) return FileResult::FileNotFound;
+    return openPlainFile(place, O_RDONLY, file);
+}
+
+FileResult openToWrite(const Place& place, UniqueFd& file) {
+    const FileResult check = checkIsFile(place);
+    if (check != FileResult::Ok) return check;
+    if (place.info && (attributesOf(place) & FileReadOnly) != 0) return FileResult::PermissionDenied;
+    const FileResult result = openPlainFile(place, O_WRONLY | O_CREAT, file);
+    // A file that is to be created can only miss its folder.
+    return result == FileResult::FileNotFound ? FileResult::PathNotFound : result;
+}
+
+FileResult readSome(int file, char* buffer, std::size_t size, std::size_t& count) {
+    count = 0;
+    ssize_t got = 0;
+    do {
+        got = read(file, buffer, size);
+    } while (got < 0 && errno == EINTR);
+    if (got < 0) return fileResult(errno);
+    count = static_cast<std::size_t>(got);
+    return FileResult::Ok;
+}
+
+FileResult writeAll(int file, std::string_view bytes) {
+    while (!bytes.empty()) {
+        const ssize_t written = write(file, bytes.data(), bytes.size());
+        if (written < 0 && errno == EINTR) continue;
+        if (written < 0) return fileResult(errno);
+        if (written == 0) return FileResult::DeviceIo;
+        bytes.remove_prefix(static_cast<std::size_t>(written));
+    }
+    return FileResult::Ok;
+}
+
+void clearAttributes(Place& place) {
+    UniqueFd file;
+    if (!place.isFile() || openPlainFile(place, O_RDONLY, file) != FileResult::Ok) return;
+    if (const auto stored = fatAttributes(file.get())) {
+        std::uint32_t attributes = *stored & ~std::uint32_t{FileReadOnly | FileHidden | FileSystem};
+        if (attributes != *stored) (void)ioctl(file.get(), FAT_IOCTL_SET_ATTRIBUTES, &attributes);
+    } else if ((place.info->st_mode & S_IWUSR) == 0) {
+        (void)fchmod(file.get(), (place.info->st_mode & permissionBits) | S_IWUSR);
+    }
+    struct stat info {};
+    if (fstat(file.get(), &info) == 0) place.info = info;
+}
+
+FileResult copyAttributes(int from, const Place& source, int to) {
+    int result = 0;
+    struct stat info {};
+    if (isFat(to)) {
+        std::uint32_t attributes = (attributesOf(source) | FileArchive) & ~std::uint32_t{FileReadOnly};
+        result = ioctl(to, FAT_IOCTL_SET_ATTRIBUTES, &attributes);
+    } else if (fstat(from, &info) == 0) {
+        // On FAT the mount options give every file the right to be executed, which says nothing about it.
+        const mode_t kept = isFat(from) ? permissionBits & ~executeBits : permissionBits;
+        result = fchmod(to, (info.st_mode & kept) | S_IWUSR);
+    }
+    // A file system without such attributes is no failure, one that cannot be written is.
+    const FileResult outcome = result == 0 ? FileResult::Ok : fileResult(errno);
+    const bool lost = outcome == FileResult::DeviceIo || outcome == FileResult::DiskFull ||
+                      outcome == FileResult::DiskNotReady;
+    return lost ? outcome : FileResult::Ok;
+}
+
+FileResult syncFile(int file) {
+    int error = 0;
+    while ((error = fsync(file) == 0 ? 0 : errno) == EINTR) {
+    }
+    return fileResult(error);
+}
+
+FileResult syncAndClose(UniqueFd& file) {
+    const FileResult result = syncFile(file.get());
+    const int closeError = file.close();
+    return result != FileResult::Ok ? result : fileResult(closeError);
+}
+
+FileResult syncFolder(int folder) {
+    UniqueFd readable(openat(folder, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (!readable) return fileResult(errno); // also when it may be written, only not read
+    const FileResult result = syncAndClose(readable);
+    // Network file systems refuse to sync a folder (EINVAL); their server does it.
+    return result == FileResult::PathNotFound ? FileResult::Ok : result;
+}
+
+} // namespace platform::linux

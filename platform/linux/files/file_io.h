@@ -1,0 +1,48 @@
+// The steps that reading, writing and copying a file are made of.
+#pragma once
+
+#include "platform/files.h"
+#include "platform/linux/base/unique_fd.h"
+#include "platform/linux/files/path.h"
+
+#include <cstdint>
+#include <string_view>
+
+namespace platform::linux {
+
+/// Attributes of what `name` is in the folder; `info` are its facts. On FAT the stored ones, else made up
+/// from the permissions and the name.
+std::uint32_t attributesOf(const Place& place);
+std::uint32_t attributesOf(int folder, const char* name, const struct stat& info);
+
+/// Opens a plain file to read it. Never waits: what only looks like a file (a pipe, a device) is refused.
+FileResult openToRead(const Place& place, UniqueFd& file);
+
+/// Opens a plain file to write it, created when it is missing, its contents left alone. A read-only file is
+/// refused even to those whom the system would let pass.
+FileResult openToWrite(const Place& place, UniqueFd& file);
+
+/// Reads up to `size` bytes; a count of 0 is the end of the file.
+FileResult readSome(int file, char* buffer, std::size_t size, std::size_t& count);
+
+/// Writes all of it; on a failure what has been written stays.
+FileResult writeAll(int file, std::string_view bytes);
+
+/// Takes a file's attributes that keep it from being written over, or hide it, away: the stored ones on FAT,
+/// else the missing right of its owner to write. Whether that succeeded, opening it will tell.
+void clearAttributes(Place& place);
+
+/// Gives a file the attributes, or the permissions, of another, as far as its file system keeps them; its
+/// owner may write it, whatever the other one says.
+FileResult copyAttributes(int from, const Place& source, int to);
+
+/// Brings a file onto its medium.
+FileResult syncFile(int file);
+
+/// Brings a file onto its medium and closes it.
+FileResult syncAndClose(UniqueFd& file);
+
+/// Brings the names in a folder (which may be opened with O_PATH) onto their medium.
+FileResult syncFolder(int folder);
+
+} // namespace platform::linux

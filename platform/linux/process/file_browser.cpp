@@ -1,0 +1,35 @@
+#include "platform/linux/process/file_browser.h"
+
+#include <QByteArray>
+#include <QDBusConnection>
+#include <QDBusError>
+#include <QDBusMessage>
+#include <QStringList>
+
+namespace platform::linux {
+
+namespace {
+
+/// A path is bytes here, and its address has each of them.
+QString address(const std::string& path) {
+    return QStringLiteral("file://") +
+           QString::fromLatin1(QByteArray::fromStdString(path).toPercentEncoding("/"));
+}
+
+} // namespace
+
+bool askFileBrowserToShow(const std::string& folder) {
+    constexpr int patience = 2000; // milliseconds; the window does not answer meanwhile
+    const QDBusConnection bus = QDBusConnection::sessionBus();
+    if (!bus.isConnected()) return false;
+    QDBusMessage request =
+        QDBusMessage::createMethodCall("org.freedesktop.FileManager1", "/org/freedesktop/FileManager1",
+                                       "org.freedesktop.FileManager1", "ShowFolders");
+    const QString noStartupId = "";
+    request << QStringList{address(folder)} << noStartupId;
+    const QDBusMessage reply = bus.call(request, QDBus::Block, patience);
+    // One that starts slowly has been asked all the same; a second one must not open beside it.
+    return reply.type() == QDBusMessage::ReplyMessage || QDBusError(reply).type() == QDBusError::NoReply;
+}
+
+} // namespace platform::linux
