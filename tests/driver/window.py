@@ -1,5 +1,6 @@
 """What a person can see and do in the program's windows, whichever system it runs on."""
 
+import errno
 import json
 import os
 import subprocess
@@ -205,9 +206,17 @@ class LocalProgram(Window):
 
     def _launch(self, command, environment):
         self._output = open(self.home / "output.txt", "ab")
-        self.started = time.monotonic()
-        self.process = subprocess.Popen(command, env=environment, cwd=self.home, stdin=subprocess.DEVNULL,
-                                        stdout=self._output, stderr=self.error_output)
+        end = time.monotonic() + DEADLINE
+        while self.process is None or self.process.returncode is not None:
+            self.started = time.monotonic()
+            try:
+                self.process = subprocess.Popen(command, env=environment, cwd=self.home, stdin=subprocess.DEVNULL,
+                                                stdout=self._output, stderr=self.error_output)
+            except OSError as error:
+                # What another test has just started has this one's copy of the program open, until it is that program.
+                if error.errno != errno.ETXTBSY or time.monotonic() > end:
+                    raise
+                time.sleep(0.01)
 
     def write(self, name, contents):
         """Puts a file into the program folder at once, so that the program never sees half of it.
@@ -229,7 +238,9 @@ class LocalProgram(Window):
         self.start()
 
     def output(self):
-        return (self.home / "output.txt").read_text(encoding="utf-8", errors="replace")
+        """Empty before the first start."""
+        file = self.home / "output.txt"
+        return file.read_text(encoding="utf-8", errors="replace") if file.exists() else ""
 
     def running(self):
         return self.process.poll() is None
