@@ -9,6 +9,7 @@ from pathlib import Path
 
 ROOT = Path(__file__).resolve().parents[2]
 BUILD = Path(os.environ.get("USBTOOL_BUILD", ROOT / "build")).resolve()
+DEBUG_INFORMATION = os.environ.get("USBTOOL_BUILD_TYPE", "RelWithDebInfo") == "RelWithDebInfo"
 WINDOWS = os.environ.get("USBTOOL_SYSTEM") == "Windows"
 MINGW = "x86_64-w64-mingw32-"
 PROGRAM = BUILD / "program" / ("orvanta-usbtool.exe" if WINDOWS else "orvanta-usbtool")
@@ -63,10 +64,12 @@ class Linux(unittest.TestCase):
             self.assertGreater(code.count("endbr64"), 50, program)
 
     def test_debug_information_lies_apart_and_fits(self):
+        """As far as it was asked for."""
         for program in ELF_PROGRAMS:
             self.assertNotIn(".debug_", output_of("readelf", "-SW", program))
             apart = BUILD / "debug-information" / f"{program.name}.debug"
-            self.assertIn(".debug_info", output_of("readelf", "-SW", apart))
+            if DEBUG_INFORMATION:
+                self.assertIn(".debug_info", output_of("readelf", "-SW", apart))
             self.assertIn(apart.name, output_of("readelf", "--string-dump=.gnu_debuglink", program))
             ids = [re.search("Build ID: (.*)", output_of("readelf", "-nW", file))[1] for file in (program, apart)]
             self.assertEqual(ids[0], ids[1])
