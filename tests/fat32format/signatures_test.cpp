@@ -42,6 +42,21 @@ protected:
         writeNumber(65'536 + 0x90, 4096, 4); // sector
         writeNumber(65'536 + 0x30, 65'536, 8);
     }
+    static std::string bigEndian(std::uint64_t value, int length) {
+        std::string bytes;
+        for (int i = length - 1; i >= 0; --i)
+            bytes += static_cast<char>((value >> (8 * i)) & 0xFFU);
+        return bytes;
+    }
+    /// One of a pool, a number, as XDR has it.
+    static std::string property(std::string name, std::uint64_t value) {
+        constexpr std::uint64_t number = 8; // the type
+        const std::uint64_t length = name.size();
+        name.resize((length + 3) / 4 * 4);
+        const std::string rest =
+            bigEndian(length, 4) + name + bigEndian(number, 4) + bigEndian(1, 4) + bigEndian(value, 8);
+        return bigEndian(rest.size() + 8, 4) + bigEndian(rest.size() + 28, 4) + rest;
+    }
     Found found() {
         const auto signatures = readSignatures(image.get(), size);
         EXPECT_TRUE(signatures.has_value());
@@ -77,9 +92,12 @@ TEST_F(Signatures, MemberOfARaid) {
     EXPECT_EQ(found(), (Found{{"RAID", true}}));
 }
 
+/// Older releases of the library go by the blocks, newer ones by the list of properties.
 TEST_F(Signatures, MemberOfAPool) {
     for (int block = 0; block < 8; ++block)
         writeNumber(131'072 + block * 1024, 0x00BAB10C, 8);
+    write(16'384, std::string("\x01\x01\0\0", 4) + bigEndian(0, 4) + bigEndian(1, 4) + property("state", 0) +
+                      property("txg", 4) + property("guid", 5));
     EXPECT_EQ(found(), (Found{{"ZFS", true}}));
 }
 
