@@ -7,10 +7,10 @@ set -euo pipefail
 declare -A packages=(
   [program]="g++ cmake ninja-build qt6-base-dev libcurl4-openssl-dev libblkid-dev
              fonts-dejavu-core xdg-utils python3"
-  [tests]="libgtest-dev dbus curl mtools dosfstools openssl strace xvfb"
+  [tests]="libgtest-dev dbus curl mtools dosfstools e2fsprogs openssl strace xvfb"
   [style]="clang-format-14 clang-tidy-14"
   [windows]="g++-mingw-w64-x86-64-posix googletest wine wine64 xvfb xauth imagemagick"
-  [hardware]="qemu-system-x86 debootstrap dosfstools mtools e2fsprogs exfatprogs ntfs-3g fdisk"
+  [hardware]="qemu-system-x86 debootstrap dosfstools mtools exfatprogs ntfs-3g fdisk"
   [portability]="debootstrap clang-14"
   [makefiles]="make"
 )

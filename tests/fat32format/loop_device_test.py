@@ -1,6 +1,8 @@
 """The companion program on loop devices: python3 loop_device_test.py PROGRAM. Only for root; else status 77."""
 
 import collections
+import ctypes
+import fcntl
 import hashlib
 import os
 import pathlib
@@ -15,6 +17,7 @@ import time
 import unittest
 
 SKIPPED = 77
+BLKPG, ADD, DELETE = 0x1269, 1, 2  # linux/blkpg.h
 PROGRAM = None
 MEBIBYTE = 1024 * 1024
 TOOLS = ("losetup", "fsck.fat", "mkswap", "swapon", "unshare")
@@ -23,6 +26,13 @@ QUESTION = "Format drive E: (y/n)? "
 
 def run(*command, **options):
     return subprocess.run([str(part) for part in command], capture_output=True, text=True, check=True, **options).stdout
+
+
+def tell_partition(what, device, number, start=0, count=0):
+    """The kernel has, or no longer has, a partition of a disk, in sectors; addpart and delpart are not everywhere."""
+    partition = ctypes.create_string_buffer(struct.pack("=qqi132x", start * 512, count * 512, number))
+    with open(device, "rb") as disk:
+        fcntl.ioctl(disk, BLKPG, struct.pack("@iiiP", what, 0, len(partition), ctypes.addressof(partition)))
 
 
 def can_run():
@@ -117,8 +127,8 @@ class LoopDevice(unittest.TestCase):
 
     def add_partition(self):
         """Lets the kernel have a partition from the first mebibyte on, as if it had read it from the disk."""
-        run("addpart", self.device, 1, 2048, 256 * 2048 - 2048)
-        self.addCleanup(run, "delpart", self.device, 1)
+        tell_partition(ADD, self.device, 1, 2048, 256 * 2048 - 2048)
+        self.addCleanup(tell_partition, DELETE, self.device, 1)
         return self.device + "p1"
 
     def read(self, offset, count):
@@ -324,10 +334,10 @@ class LoopDevice(unittest.TestCase):
 
     def test_other_partition_mounted_in_another_namespace(self):
         first = self.add_partition()
-        run("delpart", self.device, 1)
-        run("addpart", self.device, 1, 2048, 100 * 2048)
-        run("addpart", self.device, 2, 120 * 2048, 100 * 2048)
-        self.addCleanup(run, "delpart", self.device, 2)
+        tell_partition(DELETE, self.device, 1)
+        tell_partition(ADD, self.device, 1, 2048, 100 * 2048)
+        tell_partition(ADD, self.device, 2, 120 * 2048, 100 * 2048)
+        self.addCleanup(tell_partition, DELETE, self.device, 2)
         run("mkfs.ext4", "-q", first)
         self.link(self.device + "p2")
         self.mount_elsewhere(first)
