@@ -44,8 +44,8 @@ protected:
         const auto& sectors = system.disk.sectors;
         Bytes boot = system.disk.read(place, size);
         EXPECT_EQ(std::string(boot.begin() + 82, boot.begin() + 90), "FAT32   ");
-        const std::uint64_t count = std::distance(sectors.lower_bound(place), sectors.end());
-        EXPECT_EQ(count, 6U) << "two boot sectors, two of information, two tables";
+        const auto count = std::distance(sectors.lower_bound(place), sectors.end());
+        EXPECT_EQ(count, 6) << "two boot sectors, two of information, two tables";
         return boot;
     }
 

@@ -19,11 +19,12 @@ using platform::linux::UniqueFd;
 /// The service writes what is no letter or digit of ASCII as "_" and two hexadecimal digits.
 QString objectOf(const std::string& node) {
     QString object = "/org/freedesktop/UDisks2/block_devices/";
-    for (const unsigned char c : node.substr(node.rfind('/') + 1)) {
-        if (std::isalnum(c) != 0)
-            object += QChar(c);
+    for (const char c : node.substr(node.rfind('/') + 1)) {
+        const auto byte = static_cast<unsigned char>(c);
+        if (std::isalnum(byte) != 0)
+            object += QChar(byte);
         else
-            object += QString("_%1").arg(int{c}, 2, 16, QChar('0'));
+            object += QString("_%1").arg(int{byte}, 2, 16, QChar('0'));
     }
     return object;
 }
