@@ -1,5 +1,6 @@
 #include "platform/files.h"
 
+#include "platform/linux/base/descriptor_io.h"
 #include "platform/linux/base/file_error.h"
 #include "platform/linux/files/file_io.h"
 #include "platform/linux/files/path.h"

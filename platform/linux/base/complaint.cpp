@@ -1,6 +1,6 @@
 #include "platform/linux/base/complaint.h"
 
-#include "platform/linux/files/file_io.h"
+#include "platform/linux/base/descriptor_io.h"
 
 #include <unistd.h>
 

@@ -1,9 +1,9 @@
 #include "platform/linux/drives/drives_ini.h"
 
+#include "platform/linux/base/descriptor_io.h"
 #include "platform/linux/base/profile_text.h"
 #include "platform/linux/base/unique_fd.h"
 #include "platform/linux/drives/volume_folder.h"
-#include "platform/linux/files/file_io.h"
 #include "platform/profile.h"
 #include "platform/program_folder.h"
 #include "platform/text.h"

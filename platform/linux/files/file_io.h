@@ -6,7 +6,6 @@
 #include "platform/linux/files/path.h"
 
 #include <cstdint>
-#include <string_view>
 
 namespace platform::linux {
 
@@ -22,12 +21,6 @@ FileResult openToRead(const Place& place, UniqueFd& file);
 /// refused even to those whom the system would let pass.
 FileResult openToWrite(const Place& place, UniqueFd& file);
 
-/// Reads up to `size` bytes; a count of 0 is the end of the file.
-FileResult readSome(int file, char* buffer, std::size_t size, std::size_t& count);
-
-/// Writes all of it; on a failure what has been written stays.
-FileResult writeAll(int file, std::string_view bytes);
-
 /// Takes a file's attributes that keep it from being written over, or hide it, away: the stored ones on FAT,
 /// else the missing right of its owner to write. Whether that succeeded, opening it will tell.
 void clearAttributes(Place& place);
@@ -35,14 +28,5 @@ void clearAttributes(Place& place);
 /// Gives a file the attributes, or the permissions, of another, as far as its file system keeps them; its
 /// owner may write it, whatever the other one says.
 FileResult copyAttributes(int from, const Place& source, int to);
-
-/// Brings a file onto its medium.
-FileResult syncFile(int file);
-
-/// Brings a file onto its medium and closes it.
-FileResult syncAndClose(UniqueFd& file);
-
-/// Brings the names in a folder (which may be opened with O_PATH) onto their medium.
-FileResult syncFolder(int folder);
 
 } // namespace platform::linux

@@ -1,5 +1,6 @@
 #include "platform/linux/files/file_replace.h"
 
+#include "platform/linux/base/descriptor_io.h"
 #include "platform/linux/files/file_io.h"
 
 #include <cerrno>
