@@ -248,7 +248,7 @@ bool IniDrives::setLabel(char letter, std::string_view label) {
 
 bool IniDrives::settle(char letter) {
     const auto path = folder(letter);
-    return path && syncFolder(*path);
+    return path && syncFileSystem(*path);
 }
 
 std::vector<PresentDrive> IniDrives::present() {

@@ -253,7 +253,7 @@ std::optional<VolumeNames> UdisksDrives::names(char letter) {
 /// service must answer in time.
 bool UdisksDrives::unmount(UdisksVolume& volume, std::chrono::milliseconds patience) {
     while (!volume.folders.empty()) {
-        (void)syncFolder(volume.folders.front());
+        (void)syncFileSystem(volume.folders.front());
         const udisks::Outcome outcome =
             patiently(patience, [&volume] { return udisks::unmount(volume.object); });
         if (outcome != udisks::Outcome::Done) return false;
@@ -319,7 +319,7 @@ void UdisksDrives::waitForLabel(char letter, const std::string& before, std::str
 }
 
 bool UdisksDrives::settle(char letter) {
-    if (standsForTree(letter)) return syncFolder(tree);
+    if (standsForTree(letter)) return syncFileSystem(tree);
     UdisksVolume* volume = find(letter);
     if (volume == nullptr || volume->size == 0) return false;
     if (!mounted_.contains(volume->object)) {
@@ -327,7 +327,7 @@ bool UdisksDrives::settle(char letter) {
         if (!use(*volume)) return false;
     }
     const Mounted mounted = mounted_.at(volume->object);
-    if (!isStillMounted(*volume) || !syncFolder(mounted.folder)) return false;
+    if (!isStillMounted(*volume) || !syncFileSystem(mounted.folder)) return false;
     // Everything is on the medium by now. Somebody who still looks at the stick keeps it mounted, and loses
     // nothing. The others, which were only measured, may be pulled as well.
     release();

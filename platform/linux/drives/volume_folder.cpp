@@ -1,5 +1,7 @@
 #include "platform/linux/drives/volume_folder.h"
 
+#include "platform/linux/base/unique_fd.h"
+
 #include <fcntl.h>
 #include <mntent.h>
 #include <sys/stat.h>
@@ -67,12 +69,9 @@ std::optional<std::uint64_t> bytesBelow(const std::string& folder, std::chrono::
     return bytes;
 }
 
-bool syncFolder(const std::string& folder) {
-    const int descriptor = open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (descriptor < 0) return false;
-    const bool written = syncfs(descriptor) == 0;
-    close(descriptor);
-    return written;
+bool syncFileSystem(const std::string& folder) {
+    const UniqueFd opened(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    return opened && syncfs(opened.get()) == 0;
 }
 
 std::optional<std::uint64_t> deviceOf(const std::string& folder) {

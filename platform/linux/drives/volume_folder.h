@@ -20,7 +20,7 @@ std::optional<VolumeSpace> folderSpace(const std::string& folder);
 std::optional<std::uint64_t> bytesBelow(const std::string& folder, std::chrono::milliseconds longest);
 
 /// Writes out everything that the folder's file system still holds back; false when that failed.
-bool syncFolder(const std::string& folder);
+bool syncFileSystem(const std::string& folder);
 
 /// Number of the device that the folder lies on; no value when there is no such folder.
 std::optional<std::uint64_t> deviceOf(const std::string& folder);
