@@ -12,7 +12,6 @@
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
-#include <iostream>
 #include <string_view>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -184,9 +183,7 @@ std::string DriveLinks::tryToShow(const Targets& targets) {
 
 void DriveLinks::show(const Targets& targets) {
     const std::string problem = tryToShow(targets);
-    if (problem.empty() || told_) return;
-    told_ = true;
-    std::cerr << "orvanta-usbtool: No formatter can be told the drives. " << problem << std::endl;
+    complaint_.tell(problem.empty() ? problem : "No formatter can be told the drives. " + problem);
 }
 
 void DriveLinks::remove() {

@@ -1,6 +1,8 @@
 // The drive table for other programs.
 #pragma once
 
+#include "platform/linux/base/complaint.h"
+
 #include <map>
 #include <string>
 
@@ -11,7 +13,7 @@ namespace platform::linux {
 /// is meant, as diskNote() has it. Each program has letters of its own, hence the process id.
 ///
 /// Without a runtime directory there is none, nor in one of another user, nor when one of the folders is a
-/// link or not the user's alone: then a line on the error output tells why, once. Nothing is removed but
+/// link or not the user's alone: then a line on the error output tells why. Nothing is removed but
 /// links with such names and folders that are empty then.
 class DriveLinks {
 public:
@@ -31,7 +33,7 @@ private:
     std::string tryToShow(const Targets& targets);
 
     bool shown_ = false;
-    bool told_ = false;
+    Complaint complaint_;
 };
 
 } // namespace platform::linux
