@@ -1,5 +1,7 @@
 #include "tools/fat32format/disk_identity.h"
 
+#include "platform/linux/base/percent_text.h"
+
 #include <charconv>
 
 namespace fat32format {
@@ -21,32 +23,6 @@ std::uint64_t takeNumber(std::string_view& text) {
     return number;
 }
 
-/// Two hexadecimal digits; no value when they are none.
-std::optional<char> hexadecimal(std::string_view digits) {
-    unsigned value = 0;
-    const char* const end = digits.data() + digits.size();
-    const auto result = std::from_chars(digits.data(), end, value, 16);
-    if (digits.size() != 2 || result.ec != std::errc() || result.ptr != end) return std::nullopt;
-    return static_cast<char>(value);
-}
-
-std::optional<std::string> percentDecoded(std::string_view text) {
-    std::string result;
-    while (!text.empty()) {
-        const char first = text.front();
-        text.remove_prefix(1);
-        if (first != '%') {
-            result += first;
-            continue;
-        }
-        const auto character = hexadecimal(text.substr(0, 2));
-        if (!character) return std::nullopt;
-        result += *character;
-        text.remove_prefix(2);
-    }
-    return result;
-}
-
 } // namespace
 
 std::optional<DiskIdentity> parseIdentity(std::string_view text) {
@@ -56,7 +32,7 @@ std::optional<DiskIdentity> parseIdentity(std::string_view text) {
     if (!takePrefix(text, ",size=")) return std::nullopt;
     identity.bytes = takeNumber(text);
     if (!takePrefix(text, ",serial=")) return std::nullopt;
-    const auto serial = percentDecoded(text);
+    const auto serial = platform::linux::percentDecoded(text);
     if (!serial || identity.sequence == 0 || identity.bytes == 0) return std::nullopt;
     identity.serial = *serial;
     return identity;

@@ -1,5 +1,7 @@
 #include "platform/linux/drives/disk_note.h"
 
+#include "platform/linux/base/percent_text.h"
+
 #include <filesystem>
 #include <fstream>
 #include <sys/sysmacros.h>
@@ -20,24 +22,6 @@ std::uint64_t diskSize(std::uint64_t deviceNumber, const std::string& devices) {
     std::uint64_t sectors = 0;
     std::ifstream(device + "/size") >> sectors;
     return sectors * kernelSector;
-}
-
-bool isPlain(char c) {
-    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '-' ||
-           c == '.' || c == '_';
-}
-
-std::string percentEncoded(std::string_view text) {
-    constexpr std::string_view digits = "0123456789ABCDEF";
-    std::string result;
-    for (const char c : text) {
-        const auto byte = static_cast<unsigned char>(c);
-        if (isPlain(c))
-            result += c;
-        else
-            result += {'%', digits[byte / digits.size()], digits[byte % digits.size()]};
-    }
-    return result;
 }
 
 } // namespace

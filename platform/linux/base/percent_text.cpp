@@ -1,0 +1,54 @@
+#include "platform/linux/base/percent_text.h"
+
+#include <charconv>
+
+namespace platform::linux {
+
+namespace {
+
+bool isPlain(char c) {
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9');
+}
+
+/// Two hexadecimal digits; no value when they are none.
+std::optional<char> hexadecimal(std::string_view digits) {
+    unsigned value = 0;
+    const char* const end = digits.data() + digits.size();
+    const auto result = std::from_chars(digits.data(), end, value, 16);
+    if (digits.size() != 2 || result.ec != std::errc() || result.ptr != end) return std::nullopt;
+    return static_cast<char>(value);
+}
+
+} // namespace
+
+std::string percentEncoded(std::string_view text, std::string_view plain) {
+    constexpr std::string_view digits = "0123456789ABCDEF";
+    std::string result;
+    for (const char c : text) {
+        const auto byte = static_cast<unsigned char>(c);
+        if (isPlain(c) || plain.find(c) != std::string_view::npos)
+            result += c;
+        else
+            result += {'%', digits[byte / digits.size()], digits[byte % digits.size()]};
+    }
+    return result;
+}
+
+std::optional<std::string> percentDecoded(std::string_view text) {
+    std::string result;
+    while (!text.empty()) {
+        const char first = text.front();
+        text.remove_prefix(1);
+        if (first != '%') {
+            result += first;
+            continue;
+        }
+        const auto character = hexadecimal(text.substr(0, 2));
+        if (!character) return std::nullopt;
+        result += *character;
+        text.remove_prefix(2);
+    }
+    return result;
+}
+
+} // namespace platform::linux
