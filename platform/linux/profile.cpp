@@ -70,17 +70,17 @@ bool writeProfileString(std::string_view section, std::optional<std::string_view
     if (key && profileTrimmed(*key).empty()) return false;
 
     FileReplacement file(path, drive);
-    if (!file.possible()) return false;
+    if (file.possible() != FileResult::Ok) return false;
     std::string text;
     if (file.exists() && !readProfile(path, text)) return false;
     const std::string changed =
         key ? withProfileKey(text, section, *key, value) : withoutProfileSection(text, section);
-    return changed == text || (changed.size() <= largestProfile && file.replace(changed));
+    return changed == text || (changed.size() <= largestProfile && file.replace(changed) == FileResult::Ok);
 }
 
 bool replaceProfile(std::string_view contents, std::string_view path) {
     FileReplacement file(path);
-    return file.possible() && file.replace(contents);
+    return file.possible() == FileResult::Ok && file.replace(contents) == FileResult::Ok;
 }
 
 } // namespace platform

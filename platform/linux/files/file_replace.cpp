@@ -1,6 +1,7 @@
 #include "platform/linux/files/file_replace.h"
 
 #include "platform/linux/base/descriptor_io.h"
+#include "platform/linux/base/file_error.h"
 #include "platform/linux/files/file_io.h"
 
 #include <cerrno>
@@ -22,7 +23,8 @@ public:
             name_ = "~profile-" + std::to_string(getpid()) + "-" + std::to_string(counter++) + ".tmp";
             constexpr int flags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
             file_ = UniqueFd(openat(folder_, name_.c_str(), flags, mode));
-            if (!file_ && errno != EEXIST) break;
+            error_ = file_ ? 0 : errno;
+            if (error_ != EEXIST) break;
         }
         exists_ = static_cast<bool>(file_);
     }
@@ -32,70 +34,86 @@ public:
         if (exists_) unlinkat(folder_, name_.c_str(), 0);
     }
 
+    /// Ok, or why there is none.
+    FileResult created() const { return fileResult(error_); }
     UniqueFd& file() { return file_; }
 
-    bool rename(const std::string& name) {
-        if (renameat(folder_, name_.c_str(), folder_, name.c_str()) != 0) return false;
+    FileResult rename(const std::string& name) {
+        if (renameat(folder_, name_.c_str(), folder_, name.c_str()) != 0) return fileResult(errno);
         exists_ = false;
-        return true;
+        return FileResult::Ok;
     }
 
 private:
     int folder_;
     std::string name_;
     UniqueFd file_;
+    int error_ = 0;
     bool exists_ = false;
 };
 
 /// Makes the new file what the old one was. Another user's file may become the writer's own: who may replace
 /// a file in a folder may do so.
-bool takeOver(const Place& place, int file) {
+FileResult takeOver(const Place& place, int file) {
     UniqueFd old;
-    if (openToRead(place, old) != FileResult::Ok) return false;
+    const FileResult opened = openToRead(place, old);
+    if (opened != FileResult::Ok) return opened;
     const bool kept = fchown(file, place.info->st_uid, place.info->st_gid) == 0 ||
                       fchown(file, static_cast<uid_t>(-1), place.info->st_gid) == 0;
     static_cast<void>(kept);
-    return copyAttributes(old.get(), place, file) == FileResult::Ok;
+    return copyAttributes(old.get(), place, file);
+}
+
+FileResult mayWrite(int folder, const char* name) {
+    return fileResult(faccessat(folder, name, W_OK, AT_EACCESS) == 0 ? 0 : errno);
 }
 
 } // namespace
 
-FileReplacement::FileReplacement(std::string_view path, const DriveIdentity& drive) {
-    if (locate(path, place_, drive) != FileResult::Ok || place_.asksForFolder) return;
-    if (!place_.info) {
-        possible_ = true;
-        return;
+FileReplacement::FileReplacement(std::string_view path, const DriveIdentity& drive, mode_t mode)
+    : mode_(mode), possible_(prepare(path, drive)) {}
+
+FileResult FileReplacement::prepare(std::string_view path, const DriveIdentity& drive) {
+    FileResult result = locate(path, place_, drive);
+    if (result == FileResult::Ok && place_.asksForFolder) result = FileResult::PathNotFound;
+    if (result == FileResult::Ok && place_.info) {
+        if (!place_.isFile()) return FileResult::PathFileAccess;
+        if ((attributesOf(place_) & FileReadOnly) != 0) return FileResult::PermissionDenied;
+        result = enterLinkedFolder();
+        if (result == FileResult::Ok) result = mayWrite(place_.folder.get(), place_.name.c_str());
     }
-    if (!place_.isFile() || (attributesOf(place_) & FileReadOnly) != 0 || !enterLinkedFolder()) return;
-    possible_ = faccessat(place_.folder.get(), place_.name.c_str(), W_OK, AT_EACCESS) == 0;
+    return result == FileResult::Ok ? mayWrite(place_.folder.get(), ".") : result;
 }
 
 /// In the program's own folders a file may be a link; what it leads to is replaced then, not the link.
-bool FileReplacement::enterLinkedFolder() {
+FileResult FileReplacement::enterLinkedFolder() {
     struct stat info {};
-    if (fstatat(place_.folder.get(), place_.name.c_str(), &info, AT_SYMLINK_NOFOLLOW) != 0) return false;
-    if (!S_ISLNK(info.st_mode)) return true;
+    if (fstatat(place_.folder.get(), place_.name.c_str(), &info, AT_SYMLINK_NOFOLLOW) != 0)
+        return fileResult(errno);
+    if (!S_ISLNK(info.st_mode)) return FileResult::Ok;
     std::error_code error;
     const auto file = std::filesystem::canonical(place_.folderPath + place_.name, error);
-    if (error) return false;
+    if (error) return fileResult(error.value());
     place_.folderPath = file.parent_path() / "";
     place_.name = file.filename();
     place_.folder = UniqueFd(open(place_.folderPath.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
-    return static_cast<bool>(place_.folder);
+    return fileResult(place_.folder ? 0 : errno);
 }
 
-bool FileReplacement::replace(std::string_view contents) {
+FileResult FileReplacement::replace(std::string_view contents) {
     constexpr mode_t forOwner = 0600;
-    constexpr mode_t forEverybody = 0666;
-    TemporaryFile temporary(place_.folder.get(), exists() ? forOwner : forEverybody);
-    if (!temporary.file()) return false;
-    if (writeAll(temporary.file().get(), contents) != FileResult::Ok) return false;
-    if (exists() && !takeOver(place_, temporary.file().get())) return false;
-    if (syncFile(temporary.file().get()) != FileResult::Ok || !temporary.rename(place_.name)) return false;
+    TemporaryFile temporary(place_.folder.get(), exists() ? forOwner : mode_);
+    FileResult result = temporary.created();
+    if (result != FileResult::Ok) return result;
+    const int file = temporary.file().get();
+    result = writeAll(file, contents);
+    if (result == FileResult::Ok && exists()) result = takeOver(place_, file);
+    if (result == FileResult::Ok) result = syncFile(file);
+    if (result == FileResult::Ok) result = temporary.rename(place_.name);
     // On FAT a name is where the length of its file stands, and a new one says 0 until the file is synced
     // once more.
-    return syncAndClose(temporary.file()) == FileResult::Ok &&
-           syncFolder(place_.folder.get()) == FileResult::Ok;
+    if (result == FileResult::Ok) result = syncAndClose(temporary.file());
+    return result == FileResult::Ok ? syncFolder(place_.folder.get()) : result;
 }
 
 } // namespace platform::linux

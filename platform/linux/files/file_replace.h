@@ -12,22 +12,26 @@ namespace platform::linux {
 /// the user may set them.
 class FileReplacement {
 public:
-    explicit FileReplacement(std::string_view path, const DriveIdentity& drive = {});
+    /// `mode` are the permissions of a file that does not exist yet, less what the user's mask takes away.
+    explicit FileReplacement(std::string_view path, const DriveIdentity& drive = {}, mode_t mode = 0666);
 
     bool exists() const { return place_.isFile(); }
 
-    /// False when the path names no file, the file is read-only, or its folder does not exist.
-    bool possible() const { return possible_; }
+    /// Ok, or why it cannot be done: the path names no file, the file is read-only, or its folder does not
+    /// exist or may not be written.
+    FileResult possible() const { return possible_; }
 
-    /// False when it failed; the file is then what it was, or, when the medium failed at the very end, either
-    /// of both.
-    bool replace(std::string_view contents);
+    /// Only when it is possible. When it fails, the file is what it was, or, when the medium failed at the
+    /// very end, either of both.
+    FileResult replace(std::string_view contents);
 
 private:
-    bool enterLinkedFolder();
+    FileResult prepare(std::string_view path, const DriveIdentity& drive);
+    FileResult enterLinkedFolder();
 
     Place place_;
-    bool possible_ = false;
+    mode_t mode_;
+    FileResult possible_;
 };
 
 } // namespace platform::linux
