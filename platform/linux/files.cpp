@@ -71,11 +71,7 @@ FileResult readWholeFile(std::string_view path, std::string& contents) {
     if (result != FileResult::Ok) return result;
 
     contents.reserve(static_cast<std::size_t>(place.info->st_size)); // growing would take longer than reading
-    std::vector<char> block(blockSize);
-    for (std::size_t count = 1; result == FileResult::Ok && count > 0;) {
-        result = readSome(file.get(), block.data(), block.size(), count);
-        contents.append(block.data(), count);
-    }
+    result = readAll(file.get(), contents);
     if (result != FileResult::Ok) contents.clear();
     return result;
 }

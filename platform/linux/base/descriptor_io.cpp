@@ -5,8 +5,15 @@
 #include <cerrno>
 #include <fcntl.h>
 #include <unistd.h>
+#include <vector>
 
 namespace platform::linux {
+
+namespace {
+
+constexpr std::size_t blockSize = 256UL * 1024;
+
+} // namespace
 
 FileResult readSome(int file, char* buffer, std::size_t size, std::size_t& count) {
     count = 0;
@@ -16,6 +23,16 @@ FileResult readSome(int file, char* buffer, std::size_t size, std::size_t& count
     } while (got < 0 && errno == EINTR);
     if (got < 0) return fileResult(errno);
     count = static_cast<std::size_t>(got);
+    return FileResult::Ok;
+}
+
+FileResult readAll(int file, std::string& bytes, std::size_t most) {
+    std::vector<char> block(blockSize);
+    for (std::size_t count = 1; count > 0 && bytes.size() < most;) {
+        const FileResult result = readSome(file, block.data(), block.size(), count);
+        if (result != FileResult::Ok) return result;
+        bytes.append(block.data(), count);
+    }
     return FileResult::Ok;
 }
 

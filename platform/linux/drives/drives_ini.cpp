@@ -102,13 +102,9 @@ std::string because(int error) {
 std::string readTable(const std::string& path, std::string& text) {
     const UniqueFd file(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
     if (!file) return because(errno);
-    text.resize(largestProfile + 1);
-    std::size_t length = 0;
-    for (std::size_t count = 1; count != 0 && length < text.size(); length += count)
-        if (readSome(file.get(), text.data() + length, text.size() - length, count) != FileResult::Ok)
-            return because(errno);
-    text.resize(length);
-    return length <= largestProfile ? std::string() : "Drives.ini kann nicht gelesen werden: mehr als 1 MB";
+    if (readAll(file.get(), text, largestProfile + 1) != FileResult::Ok) return because(errno);
+    return text.size() <= largestProfile ? std::string()
+                                         : "Drives.ini kann nicht gelesen werden: mehr als 1 MB";
 }
 
 /// Younger than this a file may still change within the same tick of the clock that stamps it.
