@@ -1,5 +1,6 @@
 #include "platform/program_folder.h"
 
+#include "platform/linux/base/file_error.h"
 #include "platform/linux/files/own_folders.h"
 
 #include <cstdlib>
@@ -41,16 +42,6 @@ std::string homeFolder() {
     return entry.pw_dir[0] == '/' ? entry.pw_dir : std::string();
 }
 
-/// Creates a folder and those above it, for the user alone.
-void createFolders(const std::filesystem::path& folder) {
-    if (folder.has_parent_path() && folder != folder.parent_path() &&
-        access(folder.parent_path().c_str(), F_OK) != 0) {
-        createFolders(folder.parent_path());
-    }
-    // When it fails, writing the settings does, and that is reported there.
-    static_cast<void>(mkdir(folder.c_str(), forOwner));
-}
-
 } // namespace
 
 namespace linux {
@@ -66,6 +57,14 @@ std::string userConfigFolder() {
         base += "/.config";
     }
     return (std::filesystem::path(base) / folderName).lexically_normal().string();
+}
+
+FileResult createOwnFolder(const std::filesystem::path& folder) {
+    if (mkdir(folder.c_str(), forOwner) == 0 || errno == EEXIST) return FileResult::Ok;
+    if (errno != ENOENT || folder.parent_path() == folder) return fileResult(errno);
+    const FileResult result = createOwnFolder(folder.parent_path());
+    if (result != FileResult::Ok) return result;
+    return fileResult(mkdir(folder.c_str(), forOwner) == 0 || errno == EEXIST ? 0 : errno);
 }
 
 } // namespace linux
@@ -85,7 +84,8 @@ std::string settingsFolder() {
     if (takesSettings(program)) return program;
     std::string own = linux::userConfigFolder();
     if (own.empty()) return program;
-    createFolders(own);
+    // When it fails, writing the settings does, and that is reported there.
+    static_cast<void>(linux::createOwnFolder(own));
     return own;
 }
 
