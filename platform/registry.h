@@ -78,7 +78,7 @@ std::int32_t regOpenKey(RegistryKey key, std::string_view path, std::uint32_t ri
 std::int32_t regCreateKey(RegistryKey key, std::string_view path, std::uint32_t options, std::uint32_t rights,
                           RegistryKey& opened, RegistryDisposition& disposition);
 
-/// Returns when every change of the registry up to now is on the disk, which no other function waits for.
+/// Returns when every change of the registry up to now is on the disk, which no other function promises.
 /// Windows: `RegFlushKey`, https://learn.microsoft.com/windows/win32/api/winreg/nf-winreg-regflushkey
 std::int32_t regFlushKey(RegistryKey key);
 

@@ -2,40 +2,44 @@
 
 #include "platform/linux/files/own_folders.h"
 #include "platform/linux/registry/registry_store.h"
+#include "platform/program_folder.h"
 
+#include <algorithm>
+#include <array>
 #include <map>
-#include <optional>
-#include <vector>
 
 namespace platform {
 
 namespace {
 
-using linux::RegistryRecord;
+using linux::RegistryNode;
 using linux::RegistryStore;
-using linux::RegistryTree;
-using Kind = RegistryRecord::Kind;
-using Number = RegistryTree::Number;
-using Names = std::vector<std::string>;
+using linux::RegistryValue;
+using Names = RegistryNode::Names;
 
 /// https://learn.microsoft.com/windows/win32/sysinfo/registry-element-size-limits
 constexpr std::size_t longestKeyName = 255;
 constexpr std::size_t longestValueName = 16383;
 constexpr std::size_t deepestKey = 512;
 
-constexpr std::uint32_t everyRight = 0xFFFFFFFFU;
+constexpr std::uint32_t noRight = 0;
 constexpr RegistryKey handleStep = 4;
 
+/// In the order of their handles.
+constexpr std::array<const char*, 4> predefinedNames = {"HKEY_CLASSES_ROOT", "HKEY_CURRENT_USER",
+                                                        "HKEY_LOCAL_MACHINE", "HKEY_USERS"};
+
 struct OpenKey {
-    Number number = 0;
+    std::weak_ptr<RegistryNode> key;
+    Names names; ///< from the top down
     std::uint32_t rights = 0;
 };
 
 RegistryStore& store() {
-    static RegistryStore instance = [] {
-        const std::string folder = linux::userConfigFolder();
-        return RegistryStore(folder.empty() ? folder : folder + "/registry");
-    }();
+    // The store saves at its end and needs what this call makes, which is to end later.
+    static_cast<void>(programFolder());
+    static const std::string folder = linux::userConfigFolder();
+    static RegistryStore instance(folder.empty() ? folder : folder + "/registry");
     return instance;
 }
 
@@ -45,22 +49,15 @@ std::map<RegistryKey, OpenKey>& handles() {
 }
 
 bool isPredefined(RegistryKey key) {
-    return key >= registryClassesRoot && key - registryClassesRoot < RegistryTree::rootCount;
+    return key >= registryClassesRoot && key - registryClassesRoot < predefinedNames.size();
 }
 
-std::optional<OpenKey> openKey(RegistryKey key) {
-    if (isPredefined(key)) return OpenKey{key - registryClassesRoot, everyRight};
-    const auto found = handles().find(key);
-    if (found == handles().end()) return std::nullopt;
-    return found->second;
-}
-
-RegistryKey newHandle(Number number, std::uint32_t rights) {
+RegistryKey newHandle(OpenKey key) {
     static RegistryKey last = 0;
     do {
         last += handleStep;
     } while (last == 0 || last >= registryClassesRoot || handles().contains(last));
-    handles()[last] = {number, rights};
+    handles()[last] = std::move(key);
     return last;
 }
 
@@ -68,181 +65,132 @@ std::string untilNul(std::string_view text) {
     return std::string(text.substr(0, text.find('\0')));
 }
 
-/// The names of a path; several separators in a row, and those at the end, count as one, or none.
-std::int32_t splitPath(std::string_view path, Names& names) {
-    std::string rest = untilNul(path);
-    if (rest.starts_with('\\')) return RegistryBadPathName;
-    rest += '\\';
-    for (std::size_t end = rest.find('\\'); end != std::string::npos; end = rest.find('\\')) {
-        if (end > 0) names.push_back(rest.substr(0, end));
-        rest.erase(0, end + 1);
-    }
-    return RegistrySuccess;
-}
-
-/// The handle's key and the names of the path, which is what most functions begin with.
+/// The key that a function is about.
 struct Target {
-    std::int32_t status = RegistrySuccess;
-    OpenKey start;
-    Names names;
-
-    Target(RegistryKey key, std::string_view path) {
-        const auto found = openKey(key);
-        if (found) start = *found;
-        status = found ? splitPath(path, names) : RegistryInvalidHandle;
-    }
+    RegistryNode::Pointer key; ///< null when there is none
+    Names names;               ///< from the top down
 };
 
-/// Goes from a key along the names as far as they exist: `number` is the last key, `count` how many names led
-/// there.
-std::int32_t follow(const RegistryTree& tree, const Target& target, Number& number, std::size_t& count) {
-    number = target.start.number;
-    count = 0;
-    const RegistryTree::Key* key = tree.key(number);
-    if (key == nullptr) return RegistryKeyDeleted;
-    for (const std::string& name : target.names) {
-        const auto next = key->subkeys.find(linux::registryFolded(name));
-        if (next == key->subkeys.end()) return RegistryFileNotFound;
-        number = next->second;
-        key = tree.key(number);
-        ++count;
+/// What every function begins with: finds the key that a path leads to from a handle that must have a right.
+std::int32_t find(RegistryKey handle, std::uint32_t right, std::string_view path, Target& target) {
+    const auto open = handles().find(handle);
+    if (!isPredefined(handle) && open == handles().end()) return RegistryInvalidHandle;
+    if (path.starts_with('\\')) return RegistryBadPathName;
+    if (!isPredefined(handle) && (open->second.rights & right) != right) return RegistryAccessDenied;
+    const std::int32_t status = store().refresh();
+    if (status != RegistrySuccess) return status;
+    if (isPredefined(handle)) {
+        target.names = {predefinedNames.at(handle - registryClassesRoot)};
+        store().top().create(target.names);
+        target.key = store().top().find(target.names);
+    } else {
+        target = {open->second.key.lock(), open->second.names};
+        if (!target.key) return RegistryKeyDeleted;
     }
-    return RegistrySuccess;
+    const Names names = linux::registryNames(untilNul(path));
+    if (names.empty()) return RegistrySuccess;
+    target.names.insert(target.names.end(), names.begin(), names.end());
+    target.key = target.key->find(names);
+    return target.key ? RegistrySuccess : RegistryFileNotFound;
 }
 
-std::size_t depthOf(const RegistryTree& tree, Number number) {
-    std::size_t depth = 0;
-    for (; number >= RegistryTree::rootCount; number = tree.key(number)->parent)
-        ++depth;
-    return depth;
-}
-
-/// What creates the missing keys of a path, or why they cannot be.
-std::int32_t planKeys(const RegistryTree& tree, const Target& target, Number& number,
-                      RegistryDisposition& disposition, std::optional<RegistryRecord>& record) {
-    std::size_t count = 0;
-    const std::int32_t status = follow(tree, target, number, count);
-    disposition = RegistryOpenedExistingKey;
-    if (status != RegistryFileNotFound) return status;
-    const Names missing(target.names.begin() + static_cast<std::ptrdiff_t>(count), target.names.end());
-    for (const std::string& name : missing)
-        if (name.size() > longestKeyName) return RegistryInvalidParameter;
-    if (depthOf(tree, number) + missing.size() > deepestKey) return RegistryInvalidParameter;
-    record = RegistryRecord{Kind::Key, tree.nextNumber(), number, missing};
-    number = record->key + missing.size() - 1;
-    disposition = RegistryCreatedNewKey;
-    return RegistrySuccess;
-}
-
-/// Changes a value of the handle's key, which must have the right to do so.
-std::int32_t changeValue(
-    RegistryKey key,
-    const std::function<std::int32_t(const RegistryTree&, Number, std::optional<RegistryRecord>&)>& plan) {
-    const auto open = openKey(key);
-    if (!open) return RegistryInvalidHandle;
-    if ((open->rights & RegistrySetValue) == 0) return RegistryAccessDenied;
-    return store().change([&](const RegistryTree& tree, std::optional<RegistryRecord>& record) {
-        if (tree.key(open->number) == nullptr) return std::int32_t{RegistryKeyDeleted};
-        return plan(tree, open->number, record);
-    });
+/// What a change takes in the file at the most, for names and for data, of which each byte may take three.
+std::size_t room(const Names& names, const RegistryValue& value = {}) {
+    constexpr std::size_t lines = 100; // what they have beside them
+    std::size_t size = value.name.size() + value.data.size();
+    for (const std::string& name : names)
+        size += name.size() + 1;
+    return 3 * size + lines;
 }
 
 } // namespace
 
 std::int32_t regOpenKey(RegistryKey key, std::string_view path, std::uint32_t rights, RegistryKey& opened) {
-    const Target target(key, path);
-    if (target.status != RegistrySuccess) return target.status;
-    Number number = 0;
-    const std::int32_t status = store().read([&](const RegistryTree& tree) {
-        std::size_t count = 0;
-        return follow(tree, target, number, count);
-    });
+    Target target;
+    const std::int32_t status = find(key, noRight, path, target);
     if (status != RegistrySuccess) return status;
-    opened = number < RegistryTree::rootCount ? key : newHandle(number, rights);
+    opened = target.names.size() == 1 ? key : newHandle({target.key, target.names, rights});
     return RegistrySuccess;
 }
 
 std::int32_t regCreateKey(RegistryKey key, std::string_view path, std::uint32_t options, std::uint32_t rights,
                           RegistryKey& opened, RegistryDisposition& disposition) {
     if (options != registryNonVolatile) return RegistryInvalidParameter;
-    // A key that exists can be opened also where nothing may be written.
-    const std::int32_t openStatus = regOpenKey(key, path, rights, opened);
+    Target target;
+    std::int32_t status = find(key, noRight, path, target);
     disposition = RegistryOpenedExistingKey;
-    if (openStatus != RegistryFileNotFound) return openStatus;
-    const Target target(key, path);
-    Number number = 0;
-    const std::int32_t status =
-        store().change([&](const RegistryTree& tree, std::optional<RegistryRecord>& record) {
-            return planKeys(tree, target, number, disposition, record);
-        });
-    if (status == RegistrySuccess) opened = newHandle(number, rights);
-    return status;
+    if (status == RegistryFileNotFound) {
+        const auto isTooLong = [](const std::string& name) { return name.size() > longestKeyName; };
+        if (std::any_of(target.names.begin(), target.names.end(), isTooLong)) return RegistryInvalidParameter;
+        if (target.names.size() > deepestKey + 1) return RegistryInvalidParameter;
+        status = store().change(room(target.names),
+                                [names = target.names](RegistryNode& top) { top.create(names); });
+        disposition = RegistryCreatedNewKey;
+    }
+    return status == RegistrySuccess ? regOpenKey(key, path, rights, opened) : status;
 }
 
 std::int32_t regFlushKey(RegistryKey key) {
-    const auto open = openKey(key);
-    if (!open) return RegistryInvalidHandle;
+    if (!isPredefined(key) && !handles().contains(key)) return RegistryInvalidHandle;
     return store().flush();
 }
 
 std::int32_t regCloseKey(RegistryKey key) {
-    return isPredefined(key) || handles().erase(key) > 0 ? RegistrySuccess : RegistryInvalidHandle;
+    if (isPredefined(key)) return RegistrySuccess;
+    if (handles().erase(key) == 0) return RegistryInvalidHandle;
+    store().saveSoon();
+    return RegistrySuccess;
 }
 
 std::int32_t regDeleteKey(RegistryKey key, std::string_view path) {
-    const Target target(key, path);
-    if (target.status != RegistrySuccess) return target.status;
-    return store().change([&](const RegistryTree& tree, std::optional<RegistryRecord>& record) {
-        Number number = 0;
-        std::size_t count = 0;
-        const std::int32_t status = follow(tree, target, number, count);
-        if (status != RegistrySuccess) return status;
-        const bool refused = number < RegistryTree::rootCount || !tree.key(number)->subkeys.empty();
-        if (refused) return std::int32_t{RegistryAccessDenied};
-        record = RegistryRecord{Kind::NoKey, number, 0, {}};
-        return status;
-    });
+    Target target;
+    std::int32_t status = find(key, noRight, path, target);
+    if (status != RegistrySuccess) return status;
+    if (target.names.size() == 1 || !target.key->subkeys.empty()) return RegistryAccessDenied;
+    target.key.reset(); // the tree's is the last one
+    status = store().change(0, [names = target.names](RegistryNode& top) { top.remove(names); });
+    store().saveSoon();
+    return status;
 }
 
 std::int32_t regDeleteValue(RegistryKey key, std::string_view name) {
-    return changeValue(
-        key,
-        [&](const RegistryTree& tree, Number number, std::optional<RegistryRecord>& record) -> std::int32_t {
-            if (tree.value(number, untilNul(name)) == nullptr) return RegistryFileNotFound;
-            record = RegistryRecord{Kind::NoValue, number, 0, {untilNul(name)}};
-            return RegistrySuccess;
+    Target target;
+    const std::int32_t status = find(key, RegistrySetValue, {}, target);
+    if (status != RegistrySuccess) return status;
+    if (target.key->value(untilNul(name)) == nullptr) return RegistryFileNotFound;
+    return store().change(
+        0, [names = target.names, folded = linux::registryFolded(untilNul(name))](RegistryNode& top) {
+            if (const auto owner = top.find(names)) owner->values.erase(folded);
         });
 }
 
 std::int32_t regSetValue(RegistryKey key, std::string_view name, std::uint32_t type, std::string_view data) {
-    return changeValue(
-        key,
-        [&](const RegistryTree& tree, Number number, std::optional<RegistryRecord>& record) -> std::int32_t {
-            if (untilNul(name).size() > longestValueName) return RegistryInvalidParameter;
-            const RegistryTree::Value* const old = tree.value(number, untilNul(name));
-            if (old != nullptr && old->type == type && old->data == data) return RegistrySuccess;
-            record = RegistryRecord{Kind::Value, number, type, {untilNul(name), std::string(data)}};
-            return RegistrySuccess;
-        });
+    Target target;
+    const std::int32_t status = find(key, RegistrySetValue, {}, target);
+    if (status != RegistrySuccess) return status;
+    const RegistryValue value = {untilNul(name), type, std::string(data)};
+    if (value.name.size() > longestValueName) return RegistryInvalidParameter;
+    const RegistryValue* const old = target.key->value(value.name);
+    if (old != nullptr && old->type == type && old->data == data) return RegistrySuccess;
+    return store().change(room(target.names, value), [names = target.names, value](RegistryNode& top) {
+        if (const auto owner = top.find(names)) owner->set(value);
+    });
 }
 
 std::int32_t regQueryValue(RegistryKey key, std::string_view name, std::uint32_t& type, char* data,
                            std::uint32_t& size) {
-    const auto open = openKey(key);
-    if (!open) return RegistryInvalidHandle;
-    if ((open->rights & RegistryQueryValue) == 0) return RegistryAccessDenied;
-    return store().read([&](const RegistryTree& tree) -> std::int32_t {
-        if (tree.key(open->number) == nullptr) return RegistryKeyDeleted;
-        const RegistryTree::Value* const value = tree.value(open->number, untilNul(name));
-        if (value == nullptr) return RegistryFileNotFound;
-        const bool fits = value->data.size() <= size;
-        type = value->type;
-        size = static_cast<std::uint32_t>(value->data.size());
-        if (data == nullptr) return RegistrySuccess;
-        if (!fits) return RegistryMoreData;
-        value->data.copy(data, value->data.size());
-        return RegistrySuccess;
-    });
+    Target target;
+    const std::int32_t status = find(key, RegistryQueryValue, {}, target);
+    if (status != RegistrySuccess) return status;
+    const RegistryValue* const value = target.key->value(untilNul(name));
+    if (value == nullptr) return RegistryFileNotFound;
+    const bool fits = value->data.size() <= size;
+    type = value->type;
+    size = static_cast<std::uint32_t>(value->data.size());
+    if (data == nullptr) return RegistrySuccess;
+    if (!fits) return RegistryMoreData;
+    value->data.copy(data, value->data.size());
+    return RegistrySuccess;
 }
 
 std::size_t openRegistryHandles() {

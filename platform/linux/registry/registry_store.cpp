@@ -1,176 +1,167 @@
 #include "platform/linux/registry/registry_store.h"
 
+#include "platform/linux/base/descriptor_io.h"
+#include "platform/linux/base/file_error.h"
+#include "platform/linux/drives/volume_folder.h"
+#include "platform/linux/files/file_replace.h"
+#include "platform/linux/files/own_folders.h"
+#include "platform/linux/registry/registry_text.h"
 #include "platform/registry.h"
 
 #include <algorithm>
 #include <cerrno>
+#include <fcntl.h>
+#include <filesystem>
+#include <sys/file.h>
+
+namespace fs = std::filesystem;
 
 namespace platform::linux {
 
 namespace {
 
-constexpr std::string_view header = "orvanta-usbtool registry 1\n";
+using Clock = std::chrono::steady_clock;
 
 /// A file beyond this is not read, and none grows beyond it.
 constexpr std::uint64_t largestFile = 256ULL * 1024 * 1024;
-/// A file below this is never too long.
-constexpr std::uint64_t smallFile = 64ULL * 1024;
 
-std::int32_t statusOf(int error) {
-    switch (error) {
-    case 0:
+constexpr mode_t forOwner = 0600;
+
+std::int32_t statusOf(FileResult result) {
+    switch (result) {
+    case FileResult::Ok:
         return RegistrySuccess;
-    case EACCES:
-    case EPERM:
-    case EROFS:
+    case FileResult::PermissionDenied:
         return RegistryAccessDenied;
-    case ENOSPC:
-    case EDQUOT:
-    case EFBIG:
+    case FileResult::DiskFull:
         return RegistryDiskFull;
     default:
         return RegistryIoFailed;
     }
 }
 
-/// Gives the lock back at the end of a scope.
-class Unlock {
-public:
-    explicit Unlock(RegistryFile& file) : file_(file) {}
-    Unlock(const Unlock&) = delete;
-    Unlock& operator=(const Unlock&) = delete;
-    ~Unlock() { file_.unlock(); }
+bool isSame(const struct stat& a, const struct stat& b) {
+    return a.st_dev == b.st_dev && a.st_ino == b.st_ino && a.st_size == b.st_size &&
+           a.st_mtim.tv_sec == b.st_mtim.tv_sec && a.st_mtim.tv_nsec == b.st_mtim.tv_nsec;
+}
 
-private:
-    RegistryFile& file_;
-};
+/// Waits for the lock, which goes with the descriptor.
+FileResult lock(const std::string& path, UniqueFd& file) {
+    file = UniqueFd(open(path.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC, forOwner));
+    if (!file) return fileResult(errno);
+    while (flock(file.get(), LOCK_EX) != 0)
+        if (errno != EINTR) return fileResult(errno);
+    return FileResult::Ok;
+}
 
 } // namespace
 
-std::int32_t RegistryStore::read(const Look& look) {
-    const int error = file_.lockShared();
-    if (error == ENOENT) {
-        forget();
-        return look(tree_);
-    }
-    if (error != 0) return statusOf(error);
-    const Unlock unlock(file_);
-    const int readError = readNews();
-    return readError != 0 ? statusOf(readError) : look(tree_);
+std::int32_t RegistryStore::refresh() {
+    struct stat info {};
+    const int error = stat(path_.c_str(), &info) == 0 ? 0 : errno;
+    if (error == 0 ? isSame(info, read_.info) : error == ENOENT && !read_.file) return RegistrySuccess;
+    Version version;
+    std::string text;
+    const FileResult result = readFile(version, text);
+    if (result == FileResult::FileNotFound)
+        version = {};
+    else if (result != FileResult::Ok)
+        return statusOf(result);
+    RegistryNode saved;
+    damaged_ = !readRegistryText(text, saved);
+    for (const Change& change : unsaved_)
+        change(saved);
+    top_.become(std::move(saved));
+    read_ = std::move(version);
+    return RegistrySuccess;
 }
 
-std::int32_t RegistryStore::change(const Plan& plan) {
-    int error = file_.lockExclusive();
-    if (error == ENOENT) {
-        // Only a change that is really made creates the file.
-        forget();
-        std::optional<RegistryRecord> record;
-        const std::int32_t status = plan(tree_, record);
-        if (status != RegistrySuccess || !record) return status;
-        error = file_.lockOrCreate();
-    }
-    if (error != 0) return statusOf(error);
-    const Unlock unlock(file_);
-    return makeChange(plan);
+FileResult RegistryStore::openFile(Version& version) const {
+    // Not waiting matters for a pipe that has the file's name.
+    version.file = UniqueFd(open(path_.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+    if (!version.file || fstat(version.file.get(), &version.info) != 0) return fileResult(errno);
+    return S_ISREG(version.info.st_mode) ? FileResult::Ok : FileResult::PathFileAccess;
 }
 
-std::int32_t RegistryStore::makeChange(const Plan& plan) {
-    const int error = readNews();
-    if (error != 0) return statusOf(error);
-    std::optional<RegistryRecord> record;
-    const std::int32_t status = plan(tree_, record);
-    if (status != RegistrySuccess || !record) return status;
-    if (damaged_) {
-        const std::int32_t mended = mend();
-        if (mended != RegistrySuccess) return mended;
+FileResult RegistryStore::readFile(Version& version, std::string& text) const {
+    const FileResult result = openFile(version);
+    if (result != FileResult::Ok) return result;
+    if (static_cast<std::uint64_t>(version.info.st_size) > largestFile) return FileResult::PathFileAccess;
+    return readAll(version.file.get(), text, largestFile);
+}
+
+std::int32_t RegistryStore::change(std::size_t size, Change change) {
+    const std::int32_t status = mayGrow(size);
+    if (status != RegistrySuccess) return status;
+    change(top_);
+    unsaved_.push_back(std::move(change));
+    unsavedSize_ += size;
+    return RegistrySuccess;
+}
+
+/// Whether the file could be saved with so many bytes more.
+std::int32_t RegistryStore::mayGrow(std::size_t size) const {
+    const std::string folder = fs::path(path_).parent_path();
+    if (unsaved_.empty()) {
+        FileResult result = createOwnFolder(folder);
+        if (result == FileResult::Ok) result = FileReplacement(path_).possible();
+        if (result != FileResult::Ok) return statusOf(result);
     }
-    return append(*record);
+    const std::uint64_t whole = static_cast<std::uint64_t>(read_.info.st_size) + unsavedSize_ + size;
+    const auto space = folderSpace(folder);
+    const bool isKnown = space && space->total != 0;
+    const std::uint64_t room = !isKnown         ? largestFile
+                               : geteuid() == 0 ? space->totalFree
+                                                : space->freeToCaller;
+    return whole > std::min(room, largestFile) ? RegistryDiskFull : RegistrySuccess;
 }
 
 std::int32_t RegistryStore::flush() {
-    const int error = file_.lockShared();
-    if (error == ENOENT) return RegistrySuccess;
-    if (error != 0) return statusOf(error);
-    int syncError = readNews();
-    // Nobody needs to wait for the disk with us: what matters is in the file already.
-    file_.unlock();
-    if (syncError == 0 && synced_ != position_) {
-        syncError = file_.sync();
-        if (syncError == 0) synced_ = position_;
-    }
-    return syncError == 0 ? RegistrySuccess : RegistryIoFailed;
+    if (unsaved_.empty()) return RegistrySuccess;
+    const Clock::time_point begin = Clock::now();
+    const std::int32_t status = save();
+    constexpr int pauses = 9; // all saving takes a tenth of the time at the most
+    nextSave_ = Clock::now() + pauses * (Clock::now() - begin);
+    return status;
 }
 
-/// Brings the tree up to date.
-int RegistryStore::readNews() {
-    if (file_.wasExchanged() || file_.size() < position_) forget();
-    const std::uint64_t size = file_.size();
-    if (size == position_) return 0;
-    if (size > largestFile) return EOVERFLOW;
-    const bool fromStart = position_ == 0;
-    const bool wasDamaged = damaged_;
-    const int error = readLines();
-    if (error != 0 || fromStart || wasDamaged || !damaged_) return error;
-    // Somebody has changed the file by other means than appending to it.
-    forget();
-    return readLines();
+void RegistryStore::saveSoon() {
+    if (Clock::now() >= nextSave_) static_cast<void>(flush());
 }
 
-int RegistryStore::readLines() {
-    std::string text;
-    const int error = file_.readFrom(position_, text);
-    if (error != 0) return error;
-    std::string_view rest = text;
-    for (std::size_t end = rest.find('\n'); end != std::string_view::npos; end = rest.find('\n')) {
-        takeLine(rest.substr(0, end + 1));
-        position_ += end + 1;
-        rest.remove_prefix(end + 1);
-    }
-    if (position_ == 0 && !header.starts_with(rest)) damaged_ = true;
-    return 0;
-}
-
-void RegistryStore::takeLine(std::string_view line) {
-    if (position_ == 0 && line == header) return;
-    const auto record = parseRegistryLine(line.substr(0, line.size() - 1));
-    if (position_ == 0 || !record || !tree_.apply(*record)) damaged_ = true;
-}
-
-void RegistryStore::forget() {
-    tree_ = RegistryTree();
-    position_ = synced_ = needed_ = 0;
+std::int32_t RegistryStore::save() {
+    UniqueFd locked;
+    FileResult result = createOwnFolder(fs::path(path_).parent_path()); // somebody may have removed it
+    if (result == FileResult::Ok) result = lock(path_ + ".lock", locked);
+    if (result != FileResult::Ok) return statusOf(result);
+    const std::int32_t status = refresh();
+    if (status != RegistrySuccess) return status;
+    if (damaged_ && keepAside() != FileResult::Ok) return RegistryCorrupt;
+    FileReplacement file(path_, {}, forOwner);
+    result = file.possible();
+    if (result == FileResult::Ok) result = file.replace(registryText(top_));
+    if (result != FileResult::Ok) return statusOf(result);
+    unsaved_.clear();
+    unsavedSize_ = 0;
     damaged_ = false;
-}
-
-std::int32_t RegistryStore::mend() {
-    const int error = file_.keepAside();
-    if (error != 0) return RegistryCorrupt;
-    const std::string contents = std::string(header) + tree_.lines();
-    if (file_.replace(contents) != 0) return RegistryCorrupt;
-    position_ = synced_ = needed_ = contents.size();
-    damaged_ = false;
+    // What cannot be opened now is read anew the next time.
+    Version version;
+    read_ = openFile(version) == FileResult::Ok ? std::move(version) : Version();
     return RegistrySuccess;
 }
 
-std::int32_t RegistryStore::append(const RegistryRecord& record) {
-    const std::string text = (position_ == 0 ? std::string(header) : std::string()) + registryLine(record);
-    if (position_ + text.size() > largestFile) return RegistryDiskFull;
-    const int error = file_.writeAt(position_, text);
-    if (error != 0) return statusOf(error);
-    tree_.apply(record);
-    position_ += text.size();
-    compact();
-    return RegistrySuccess;
-}
-
-/// Exchanges the file when more than half of it is history. That this may fail does not matter: the change is
-/// made.
-void RegistryStore::compact() {
-    if (position_ <= std::max(smallFile, 2 * needed_)) return;
-    const std::string contents = std::string(header) + tree_.lines();
-    needed_ = contents.size();
-    if (position_ <= 2 * needed_ || file_.replace(contents) != 0) return;
-    position_ = synced_ = contents.size();
+FileResult RegistryStore::keepAside() const {
+    constexpr int most = 1000;
+    for (int i = 1; i <= most; ++i) {
+        const std::string name = path_ + ".damaged-" + std::to_string(i);
+        if (link(path_.c_str(), name.c_str()) == 0) return FileResult::Ok;
+        if (errno == EEXIST) continue;
+        // Not every file system knows a second name; there it is a copy.
+        std::error_code error;
+        if (fs::copy_file(path_, name, error)) return FileResult::Ok;
+        if (error != std::errc::file_exists) return fileResult(error.value());
+    }
+    return FileResult::PathFileAccess;
 }
 
 } // namespace platform::linux

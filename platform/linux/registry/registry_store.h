@@ -1,62 +1,75 @@
-// The registry on the disk, and in memory what of it has been read so far.
+// The registry on the disk, and in memory.
 //
-// The file is a journal: its first line says what it is, every other one is a change (registry_record.h), in
-// the order they were made. A change is made by appending one line, so a process that dies at any moment
-// leaves the registry either as it was or as it was to be; half a line at the end is a change that was never
-// made, and the next one is written over it. When most of the file is history, it is exchanged for a new one
-// with the lines that are needed. Changes reach the disk when flush() is called, at such an exchange, or when
-// the system gets to it.
+// Changes are made in memory and saved together, when flush() or saveSoon() is called or the store goes: the
+// file is then replaced as a whole (file_replace.h), so that whatever happens it has either the old contents
+// or the new ones. Processes save one after the other, under the lock of a file beside it; each first reads
+// what the others have saved and makes its own changes again on that. Who only reads needs no lock.
 //
-// A file that is not as it should be is not lost: what can be read of it counts, and before the first change
-// it is kept under another name ("registry.damaged-1") beside its mended successor.
+// A file that is not as it should be is not lost: what can be read of it counts, and before it is replaced it
+// is kept under another name ("registry.damaged-1").
 #pragma once
 
-#include "platform/linux/registry/registry_file.h"
+#include "platform/files.h"
+#include "platform/linux/base/unique_fd.h"
 #include "platform/linux/registry/registry_tree.h"
 
+#include <chrono>
 #include <cstdint>
 #include <functional>
-#include <optional>
 #include <string>
-#include <string_view>
+#include <sys/stat.h>
+#include <vector>
 
 namespace platform::linux {
 
 class RegistryStore {
 public:
-    /// Works on the registry as it is and returns a RegistryStatus.
-    using Look = std::function<std::int32_t(const RegistryTree&)>;
-    /// Decides on a change, or on none. May be asked twice, when the registry changes in between.
-    using Plan = std::function<std::int32_t(const RegistryTree&, std::optional<RegistryRecord>&)>;
+    using Change = std::function<void(RegistryNode& top)>;
 
-    /// The absolute path of the file, which the first change creates.
-    explicit RegistryStore(const std::string& file) : file_(file) {}
+    /// The file in the user's configuration folder, which the first change creates; empty where there is no
+    /// such folder.
+    explicit RegistryStore(std::string file) : path_(std::move(file)) {}
+    RegistryStore(const RegistryStore&) = delete;
+    RegistryStore& operator=(const RegistryStore&) = delete;
+    ~RegistryStore() { flush(); }
 
-    /// The look's status, or why the registry cannot be read. One without a file is empty.
-    std::int32_t read(const Look& look);
+    /// Brings top() up to date with what other processes have saved. RegistrySuccess, or why the registry
+    /// cannot be read; one without a file is empty.
+    std::int32_t refresh();
 
-    /// The plan's status, or why the change could not be made; then it has not been.
-    std::int32_t change(const Plan& plan);
+    /// What the registry is in this process; the predefined keys are below it.
+    RegistryNode& top() { return top_; }
 
-    /// Returns when all changes, of this process and of others, are on the disk.
+    /// Makes a change on an up-to-date tree. It finds its keys by their names, as it is made again after
+    /// others have changed the registry. `size` is how many bytes it adds at the most, before they are
+    /// encoded. A status when it could not be saved as things stand, and then it is not made.
+    std::int32_t change(std::size_t size, Change change);
+
+    /// Returns when all changes made here are on the disk, or why they are not: then they wait for the next
+    /// time.
     std::int32_t flush();
+    /// The same, unless that was done a moment ago: a thousand changes in a row cost little more than one.
+    void saveSoon();
 
 private:
-    int readNews();
-    int readLines();
-    void takeLine(std::string_view line);
-    void forget();
-    std::int32_t mend();
-    std::int32_t makeChange(const Plan& plan);
-    std::int32_t append(const RegistryRecord& record);
-    void compact();
+    struct Version {
+        UniqueFd file; ///< as long as it is open no other file is given its number
+        struct stat info {};
+    };
 
-    RegistryFile file_;
-    RegistryTree tree_;
-    std::uint64_t position_ = 0; ///< how far the file has been read: behind a whole line
-    std::uint64_t synced_ = 0;   ///< how much of it is on the disk for sure
-    std::uint64_t needed_ = 0;   ///< how much of it was no history when that was last counted
+    FileResult openFile(Version& version) const;
+    FileResult readFile(Version& version, std::string& text) const;
+    std::int32_t mayGrow(std::size_t size) const;
+    std::int32_t save();
+    FileResult keepAside() const;
+
+    std::string path_;
+    RegistryNode top_;
+    Version read_; ///< what top() was read from
     bool damaged_ = false;
+    std::vector<Change> unsaved_;
+    std::size_t unsavedSize_ = 0;
+    std::chrono::steady_clock::time_point nextSave_;
 };
 
 } // namespace platform::linux

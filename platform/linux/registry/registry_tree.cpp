@@ -1,14 +1,10 @@
 #include "platform/linux/registry/registry_tree.h"
 
 #include <algorithm>
-#include <chrono>
-#include <limits>
 
 namespace platform::linux {
 
 namespace {
-
-using Kind = RegistryRecord::Kind;
 
 constexpr unsigned char caseDistance = 0x20;
 
@@ -29,92 +25,63 @@ std::string registryFolded(std::string_view name) {
     return folded;
 }
 
-RegistryTree::RegistryTree() {
-    for (Number root = 0; root < rootCount; ++root)
-        keys_[root].parent = root;
+std::vector<std::string> registryNames(std::string_view path) {
+    std::vector<std::string> names;
+    while (!path.empty()) {
+        const std::size_t end = std::min(path.find('\\'), path.size());
+        if (end > 0) names.emplace_back(path.substr(0, end));
+        path.remove_prefix(std::min(end + 1, path.size()));
+    }
+    return names;
 }
 
-const RegistryTree::Key* RegistryTree::key(Number number) const {
-    const auto found = keys_.find(number);
-    return found == keys_.end() ? nullptr : &found->second;
+RegistryNode::Pointer RegistryNode::find(const Names& names) const {
+    const RegistryNode* key = this;
+    Pointer last;
+    for (const std::string& keyName : names) {
+        const auto found = key->subkeys.find(registryFolded(keyName));
+        if (found == key->subkeys.end()) return nullptr;
+        last = found->second;
+        key = last.get();
+    }
+    return last;
 }
 
-const RegistryTree::Value* RegistryTree::value(Number key, std::string_view name) const {
-    const auto& values = keys_.at(key).values;
-    const auto found = values.find(registryFolded(name));
+const RegistryValue* RegistryNode::value(std::string_view valueName) const {
+    const auto found = values.find(registryFolded(valueName));
     return found == values.end() ? nullptr : &found->second;
 }
 
-RegistryTree::Number RegistryTree::nextNumber() const {
-    if (next_ > rootCount) return next_;
-    const auto now = std::chrono::system_clock::now().time_since_epoch();
-    const auto micro = std::chrono::duration_cast<std::chrono::microseconds>(now).count();
-    return std::max(next_, static_cast<Number>(micro));
-}
-
-bool RegistryTree::apply(const RegistryRecord& record) {
-    switch (record.kind) {
-    case Kind::Key:
-        return createKeys(record);
-    case Kind::Value:
-        return setValue(record);
-    case Kind::NoKey:
-        return deleteKey(record.key);
-    case Kind::NoValue: {
-        const auto found = keys_.find(record.key);
-        return found != keys_.end() && found->second.values.erase(registryFolded(record.texts[0])) > 0;
+RegistryNode& RegistryNode::create(const Names& names) {
+    RegistryNode* key = this;
+    for (const std::string& keyName : names) {
+        Pointer& next = key->subkeys[registryFolded(keyName)];
+        if (!next) next = std::make_shared<RegistryNode>(RegistryNode{keyName});
+        key = next.get();
     }
-    case Kind::Next:
-        next_ = std::max(next_, record.key);
-        return true;
+    return *key;
+}
+
+void RegistryNode::remove(const Names& names) {
+    const Pointer key = find(names);
+    if (!key || !key->subkeys.empty()) return;
+    const Pointer above = find({names.begin(), names.end() - 1});
+    (above ? *above : *this).subkeys.erase(registryFolded(names.back()));
+}
+
+void RegistryNode::set(const RegistryValue& value) {
+    RegistryValue& kept = values.try_emplace(registryFolded(value.name), value).first->second;
+    kept.type = value.type;
+    kept.data = value.data;
+}
+
+void RegistryNode::become(RegistryNode&& other) {
+    values = std::move(other.values);
+    std::erase_if(subkeys, [&](const auto& entry) { return !other.subkeys.contains(entry.first); });
+    for (auto& [folded, key] : other.subkeys) {
+        const auto [mine, isNew] = subkeys.try_emplace(folded, key);
+        if (!isNew) mine->second->become(std::move(*key));
     }
-    return false;
-}
-
-bool RegistryTree::createKeys(const RegistryRecord& record) {
-    const auto above = keys_.find(record.detail);
-    const bool numbersLeft = record.key <= std::numeric_limits<Number>::max() - record.texts.size();
-    if (above == keys_.end() || record.key < next_ || !numbersLeft) return false;
-    if (above->second.subkeys.contains(registryFolded(record.texts[0]))) return false;
-    Number parent = record.detail;
-    next_ = record.key;
-    for (const std::string& name : record.texts) {
-        keys_[parent].subkeys[registryFolded(name)] = next_;
-        Key& created = keys_[next_];
-        created.name = name;
-        created.parent = parent;
-        parent = next_++;
-    }
-    return true;
-}
-
-bool RegistryTree::setValue(const RegistryRecord& record) {
-    const auto found = keys_.find(record.key);
-    if (found == keys_.end() || record.detail > std::numeric_limits<std::uint32_t>::max()) return false;
-    Value& value = found->second.values[registryFolded(record.texts[0])];
-    if (value.name.empty()) value.name = record.texts[0];
-    value.type = static_cast<std::uint32_t>(record.detail);
-    value.data = record.texts[1];
-    return true;
-}
-
-bool RegistryTree::deleteKey(Number number) {
-    const auto found = keys_.find(number);
-    if (number < rootCount || found == keys_.end() || !found->second.subkeys.empty()) return false;
-    keys_[found->second.parent].subkeys.erase(registryFolded(found->second.name));
-    keys_.erase(found);
-    return true;
-}
-
-/// A key's number is higher than its parent's, so that in the order of numbers every key finds its parent.
-std::string RegistryTree::lines() const {
-    std::string text;
-    for (const auto& [number, key] : keys_) {
-        if (number >= rootCount) text += registryLine({Kind::Key, number, key.parent, {key.name}});
-        for (const auto& [folded, value] : key.values)
-            text += registryLine({Kind::Value, number, value.type, {value.name, value.data}});
-    }
-    return text + registryLine({Kind::Next, next_, 0, {}});
 }
 
 } // namespace platform::linux

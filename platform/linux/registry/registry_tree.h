@@ -1,63 +1,50 @@
-// The registry in memory. A key is known by its number, which is never given to another one.
+// The registry in memory: a tree of keys, each with values. Names are found regardless of case.
 #pragma once
-
-#include "platform/linux/registry/registry_record.h"
 
 #include <cstdint>
 #include <map>
+#include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace platform::linux {
 
 /// Text in which letters that differ in case only are the same: Windows-1252, as Windows compares names.
 std::string registryFolded(std::string_view name);
 
-class RegistryTree {
-public:
-    using Number = std::uint64_t;
+/// The names of a path; several separators in a row, and those at its ends, count as one, or none.
+std::vector<std::string> registryNames(std::string_view path);
 
-    struct Value {
-        std::string name;
-        std::uint32_t type = 0;
-        std::string data;
-    };
-    struct Key {
-        std::string name;
-        Number parent = 0;
-        std::map<std::string, Number> subkeys; ///< by folded name
-        std::map<std::string, Value> values;   ///< by folded name
-    };
+struct RegistryValue {
+    std::string name; ///< as it was first set
+    std::uint32_t type = 0;
+    std::string data;
+};
 
-    /// Keys 0 to rootCount - 1 are the predefined keys; no other key has such a number.
-    static constexpr Number rootCount = 4;
+/// A key. It lives as long as the tree has it, so whoever has it open knows by a weak pointer that it has
+/// been deleted. Paths are relative to the key that is asked.
+struct RegistryNode {
+    using Pointer = std::shared_ptr<RegistryNode>;
+    using Names = std::vector<std::string>;
 
-    /// Has the predefined keys only.
-    RegistryTree();
+    std::string name = {};                            ///< as it was created
+    std::map<std::string, Pointer> subkeys = {};      ///< by folded name
+    std::map<std::string, RegistryValue> values = {}; ///< by folded name
 
-    /// Null when there is no such key (any more).
-    const Key* key(Number number) const;
-    /// Null when there is no such value; `key` must exist.
-    const Value* value(Number key, std::string_view name) const;
+    /// The key at the end of one or more names; null when there is none.
+    Pointer find(const Names& names) const;
+    /// Null when there is no such value.
+    const RegistryValue* value(std::string_view valueName) const;
 
-    /// The number for the next new key. In a registry that never had a key it comes from the clock, so that a
-    /// handle to a key of a registry whose file somebody deleted cannot come to mean a key of its successor.
-    Number nextNumber() const;
+    /// The key at the end of the names, created with those above it that are missing.
+    RegistryNode& create(const Names& names);
+    /// Nothing happens when there is no such key, or when it has subkeys.
+    void remove(const Names& names);
+    void set(const RegistryValue& value);
 
-    /// Carries a change out; false, and nothing happens, when it does not fit (an unknown key, a name that is
-    /// taken, a number that was given before).
-    bool apply(const RegistryRecord& record);
-
-    /// The lines that make this tree of an empty one.
-    std::string lines() const;
-
-private:
-    bool createKeys(const RegistryRecord& record);
-    bool setValue(const RegistryRecord& record);
-    bool deleteKey(Number number);
-
-    std::map<Number, Key> keys_;
-    Number next_ = rootCount;
+    /// Takes the contents of another one over. A key that both have stays the same object, with all below it.
+    void become(RegistryNode&& other);
 };
 
 } // namespace platform::linux

@@ -1,5 +1,6 @@
 #include "tests/conformance/environment_registry.h"
 
+#include "platform/registry.h"
 #include "tests/conformance/linux/temporary_folder.h"
 
 #include <cstdlib>
@@ -17,6 +18,7 @@ const fs::path& configFolder() {
 }
 
 void clean() {
+    platform::regFlushKey(platform::registryCurrentUser); // else this process would save it later
     std::error_code ignored;
     for (const auto& entry : fs::directory_iterator(configFolder(), ignored))
         fs::remove_all(entry.path(), ignored);

@@ -102,6 +102,7 @@ protected:
         RegistryKey key = 0;
         EXPECT_EQ(create(key), RegistrySuccess);
         EXPECT_EQ(regSetValue(key, "x", RegistryBinary, "old"), RegistrySuccess);
+        EXPECT_EQ(regFlushKey(key), RegistrySuccess);
         return key;
     }
     static std::string valueOf(RegistryKey key) {
@@ -140,6 +141,7 @@ TEST_F(RegistryRefusal, OfAFullDisk) {
         fs::remove(folder_.path() / "filler");
         EXPECT_EQ(regSetValue(key, "x", RegistryBinary, "new"), RegistrySuccess);
         EXPECT_EQ(valueOf(key), "new");
+        EXPECT_EQ(regFlushKey(key), RegistrySuccess);
     }));
 }
 
@@ -152,6 +154,7 @@ TEST_F(RegistryRefusal, OfADiskThatIsFullBeforeTheFirstKey) {
         EXPECT_EQ(open(), RegistryFileNotFound);
         fs::remove(folder_.path() / "filler");
         EXPECT_EQ(create(key), RegistrySuccess);
+        EXPECT_EQ(regFlushKey(key), RegistrySuccess);
     }));
 }
 
