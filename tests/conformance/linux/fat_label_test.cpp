@@ -149,7 +149,7 @@ TEST_P(FatLabelOf, WhatFatDoesNotAllowIsRefused) {
 }
 
 TEST_P(FatLabelOf, WhatIsNoFatIsLeftAlone) {
-    for (const std::size_t at : {11, 13, 14, 16, 510}) {
+    for (const std::size_t at : {11U, 13U, 14U, 16U, 510U}) {
         make("ALT");
         put(at, "\0\0"s);
         const std::string before = bytes();
