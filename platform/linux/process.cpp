@@ -2,15 +2,13 @@
 
 #include "platform/linux/base/unique_fd.h"
 #include "platform/linux/process/command_line.h"
+#include "platform/linux/process/spawn.h"
 
 #include <array>
 #include <cerrno>
 #include <chrono>
 #include <csignal>
-#include <fcntl.h>
-#include <optional>
 #include <poll.h>
-#include <spawn.h>
 #include <string>
 #include <sys/ioctl.h>
 #include <sys/syscall.h>
@@ -18,82 +16,20 @@
 #include <system_error>
 #include <thread>
 #include <unistd.h>
-#include <vector>
 
 namespace platform {
 
 namespace {
 
+using linux::createPipe;
+using linux::PipeEnds;
+using linux::reap;
+using linux::SpawnPlan;
 using linux::UniqueFd;
 using namespace std::chrono_literals;
 
 /// What a program gets to end in good order before it is killed.
 constexpr auto graceTime = 2000ms;
-
-struct PipeEnds {
-    UniqueFd read;
-    UniqueFd write;
-};
-
-/// The same file under a number above those of the standard files, whichever of them this program has closed.
-UniqueFd aboveStandardFiles(UniqueFd fd) {
-    if (fd.get() > STDERR_FILENO) return fd;
-    return UniqueFd(fcntl(fd.get(), F_DUPFD_CLOEXEC, STDERR_FILENO + 1));
-}
-
-std::optional<PipeEnds> createPipe() {
-    std::array<int, 2> ends = {};
-    if (pipe2(ends.data(), O_CLOEXEC) != 0) return std::nullopt;
-    PipeEnds pipe = {UniqueFd(ends[0]), UniqueFd(ends[1])};
-    pipe = {aboveStandardFiles(std::move(pipe.read)), aboveStandardFiles(std::move(pipe.write))};
-    if (!pipe.read || !pipe.write) return std::nullopt;
-    return pipe;
-}
-
-/// The child's standard files and its signals; a process group of its own, so that it can be ended with all
-/// it started.
-class SpawnPlan {
-public:
-    SpawnPlan(int input, int output) {
-        posix_spawn_file_actions_init(&files_);
-        posix_spawn_file_actions_adddup2(&files_, input, STDIN_FILENO);
-        posix_spawn_file_actions_adddup2(&files_, output, STDOUT_FILENO);
-        posix_spawn_file_actions_addopen(&files_, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
-        posix_spawn_file_actions_addclosefrom_np(&files_, STDERR_FILENO + 1);
-        sigset_t none = {};
-        sigset_t all = {};
-        sigemptyset(&none);
-        sigfillset(&all);
-        posix_spawnattr_init(&attributes_);
-        posix_spawnattr_setsigmask(&attributes_, &none);
-        posix_spawnattr_setsigdefault(&attributes_, &all);
-        posix_spawnattr_setflags(&attributes_,
-                                 POSIX_SPAWN_SETPGROUP | POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
-    }
-    SpawnPlan(const SpawnPlan&) = delete;
-    SpawnPlan& operator=(const SpawnPlan&) = delete;
-    ~SpawnPlan() {
-        posix_spawnattr_destroy(&attributes_);
-        posix_spawn_file_actions_destroy(&files_);
-    }
-
-    /// Process id, or -1.
-    pid_t start(const std::vector<std::string>& command) const {
-        std::vector<char*> arguments;
-        arguments.reserve(command.size() + 1);
-        for (const std::string& argument : command)
-            arguments.push_back(const_cast<char*>(argument.c_str())); // the system does not write to it
-        arguments.push_back(nullptr);
-        pid_t process = -1;
-        const int failure =
-            posix_spawn(&process, arguments.front(), &files_, &attributes_, arguments.data(), environ);
-        return failure == 0 ? process : -1;
-    }
-
-private:
-    posix_spawn_file_actions_t files_ = {};
-    posix_spawnattr_t attributes_ = {};
-};
 
 /// Becomes readable when the process ends; none where the system cannot tell.
 UniqueFd endOf(pid_t process) {
@@ -111,12 +47,6 @@ bool waitForEither(int first, int second, std::chrono::milliseconds time) {
         std::array<pollfd, 2> files = {pollfd{first, POLLIN, 0}, pollfd{second, POLLIN, 0}};
         const int ready = poll(files.data(), files.size(), static_cast<int>(left.count()));
         if (ready >= 0 || errno != EINTR) return ready > 0;
-    }
-}
-
-/// Waits for a process that has ended or is about to.
-void reap(pid_t process) {
-    while (waitpid(process, nullptr, 0) < 0 && errno == EINTR) {
     }
 }
 
@@ -197,7 +127,9 @@ Process::Process(std::string_view commandLine, Pipe& output) {
     const auto command = linux::parseCommandLine(commandLine);
     auto input = createPipe();
     if (!command || !input || !output.created()) return;
-    const pid_t id = SpawnPlan(input->read.get(), output.state_->write.get()).start(*command);
+    // A process group of its own, so that it can be ended with all it started.
+    const pid_t id =
+        SpawnPlan(*command, POSIX_SPAWN_SETPGROUP, input->read.get(), output.state_->write.get()).start();
     if (id > 0) state_ = std::make_unique<State>(id, std::move(*input), output.state_->read.get());
 }
 
