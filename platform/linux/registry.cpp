@@ -1,5 +1,6 @@
 #include "platform/registry.h"
 
+#include "platform/linux/base/ansi_case.h"
 #include "platform/linux/files/own_folders.h"
 #include "platform/linux/registry/registry_store.h"
 #include "platform/program_folder.h"
@@ -159,8 +160,8 @@ std::int32_t regDeleteValue(RegistryKey key, std::string_view name) {
     if (status != RegistrySuccess) return status;
     if (target.key->value(untilNul(name)) == nullptr) return RegistryFileNotFound;
     return store().change(
-        0, [names = target.names, folded = linux::registryFolded(untilNul(name))](RegistryNode& top) {
-            if (const auto owner = top.find(names)) owner->values.erase(folded);
+        0, [names = target.names, upper = linux::ansiUpper(untilNul(name))](RegistryNode& top) {
+            if (const auto owner = top.find(names)) owner->values.erase(upper);
         });
 }
 

@@ -1,5 +1,7 @@
 #include "platform/linux/base/profile_text.h"
 
+#include "platform/linux/base/ansi_case.h"
+
 #include <algorithm>
 
 namespace platform::linux {
@@ -9,21 +11,6 @@ namespace {
 using namespace std::string_view_literals;
 
 constexpr std::string_view lineEnd = "\r\n";
-
-/// Capital letters of Windows-1252.
-unsigned char upperCase(char character) {
-    const auto c = static_cast<unsigned char>(character);
-    const bool ascii = c >= 'a' && c <= 'z';
-    const bool latin = c >= 0xE0 && c <= 0xFE && c != 0xF7;
-    if (ascii || latin) return static_cast<unsigned char>(c - 0x20);
-    if (c == 0x9A || c == 0x9C || c == 0x9E) return static_cast<unsigned char>(c - 0x10);
-    return c == 0xFF ? 0x9F : c;
-}
-
-bool same(std::string_view a, std::string_view b) {
-    return std::equal(a.begin(), a.end(), b.begin(), b.end(),
-                      [](char x, char y) { return upperCase(x) == upperCase(y); });
-}
 
 /// One line: where it lies in the text, and its text without white space around it.
 struct Line {
@@ -80,13 +67,13 @@ Found findSection(std::string_view text, std::string_view section, std::optional
     for (Line line; lines.next(line);) {
         if (const auto name = line.sectionName()) {
             if (found.section) break;
-            if (!same(*name, section)) continue;
+            if (!isSameAnsi(*name, section)) continue;
             found = {true, line.begin, line.end, line.end, std::nullopt};
         } else if (found.section) {
             found.end = line.end;
             if (line.isEmpty()) continue;
             found.lastLineEnd = line.end;
-            if (key && !found.key && !line.isComment() && same(line.key(), *key)) found.key = line;
+            if (key && !found.key && !line.isComment() && isSameAnsi(line.key(), *key)) found.key = line;
         }
     }
     return found;

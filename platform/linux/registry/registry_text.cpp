@@ -48,10 +48,10 @@ void addLine(std::string& text, const std::string& body) {
 
 void addKey(std::string& text, const RegistryNode& key, const std::string& path) {
     addLine(text, "key " + path);
-    for (const auto& [folded, value] : key.values)
+    for (const auto& [upper, value] : key.values)
         addLine(text, "value " + path + ' ' + std::to_string(value.type) + ' ' +
                           percentEncoded(value.name, plain) + ' ' + percentEncoded(value.data, plain));
-    for (const auto& [folded, subkey] : key.subkeys)
+    for (const auto& [upper, subkey] : key.subkeys)
         addKey(text, *subkey, path + '\\' + percentEncoded(subkey->name, plain));
 }
 
@@ -96,7 +96,7 @@ bool takeLine(std::string_view line, RegistryNode& top) {
 
 std::string registryText(const RegistryNode& top) {
     std::string text = std::string(header) + '\n';
-    for (const auto& [folded, key] : top.subkeys)
+    for (const auto& [upper, key] : top.subkeys)
         addKey(text, *key, percentEncoded(key->name, plain));
     return text;
 }

@@ -1,29 +1,10 @@
 #include "platform/linux/registry/registry_tree.h"
 
+#include "platform/linux/base/ansi_case.h"
+
 #include <algorithm>
 
 namespace platform::linux {
-
-namespace {
-
-constexpr unsigned char caseDistance = 0x20;
-
-unsigned char upper(unsigned char c) {
-    const bool basic = c >= 'a' && c <= 'z';
-    const bool accented = c >= 0xE0 && c <= 0xFE && c != 0xF7; // 0xF7 is the division sign
-    if (basic || accented) return static_cast<unsigned char>(c - caseDistance);
-    if (c == 0x9A || c == 0x9C || c == 0x9E) return static_cast<unsigned char>(c - 0x10); // š, œ, ž
-    return c == 0xFF ? 0x9F : c;                                                          // ÿ
-}
-
-} // namespace
-
-std::string registryFolded(std::string_view name) {
-    std::string folded(name);
-    std::transform(folded.begin(), folded.end(), folded.begin(),
-                   [](char c) { return static_cast<char>(upper(static_cast<unsigned char>(c))); });
-    return folded;
-}
 
 std::vector<std::string> registryNames(std::string_view path) {
     std::vector<std::string> names;
@@ -39,7 +20,7 @@ RegistryNode::Pointer RegistryNode::find(const Names& names) const {
     const RegistryNode* key = this;
     Pointer last;
     for (const std::string& keyName : names) {
-        const auto found = key->subkeys.find(registryFolded(keyName));
+        const auto found = key->subkeys.find(ansiUpper(keyName));
         if (found == key->subkeys.end()) return nullptr;
         last = found->second;
         key = last.get();
@@ -48,14 +29,14 @@ RegistryNode::Pointer RegistryNode::find(const Names& names) const {
 }
 
 const RegistryValue* RegistryNode::value(std::string_view valueName) const {
-    const auto found = values.find(registryFolded(valueName));
+    const auto found = values.find(ansiUpper(valueName));
     return found == values.end() ? nullptr : &found->second;
 }
 
 RegistryNode& RegistryNode::create(const Names& names) {
     RegistryNode* key = this;
     for (const std::string& keyName : names) {
-        Pointer& next = key->subkeys[registryFolded(keyName)];
+        Pointer& next = key->subkeys[ansiUpper(keyName)];
         if (!next) next = std::make_shared<RegistryNode>(RegistryNode{keyName});
         key = next.get();
     }
@@ -66,11 +47,11 @@ void RegistryNode::remove(const Names& names) {
     const Pointer key = find(names);
     if (!key || !key->subkeys.empty()) return;
     const Pointer above = find({names.begin(), names.end() - 1});
-    (above ? *above : *this).subkeys.erase(registryFolded(names.back()));
+    (above ? *above : *this).subkeys.erase(ansiUpper(names.back()));
 }
 
 void RegistryNode::set(const RegistryValue& value) {
-    RegistryValue& kept = values.try_emplace(registryFolded(value.name), value).first->second;
+    RegistryValue& kept = values.try_emplace(ansiUpper(value.name), value).first->second;
     kept.type = value.type;
     kept.data = value.data;
 }
@@ -78,8 +59,8 @@ void RegistryNode::set(const RegistryValue& value) {
 void RegistryNode::become(RegistryNode&& other) {
     values = std::move(other.values);
     std::erase_if(subkeys, [&](const auto& entry) { return !other.subkeys.contains(entry.first); });
-    for (auto& [folded, key] : other.subkeys) {
-        const auto [mine, isNew] = subkeys.try_emplace(folded, key);
+    for (auto& [upper, key] : other.subkeys) {
+        const auto [mine, isNew] = subkeys.try_emplace(upper, key);
         if (!isNew) mine->second->become(std::move(*key));
     }
 }

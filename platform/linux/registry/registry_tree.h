@@ -10,9 +10,6 @@
 
 namespace platform::linux {
 
-/// Text in which letters that differ in case only are the same: Windows-1252, as Windows compares names.
-std::string registryFolded(std::string_view name);
-
 /// The names of a path; several separators in a row, and those at its ends, count as one, or none.
 std::vector<std::string> registryNames(std::string_view path);
 
@@ -29,8 +26,8 @@ struct RegistryNode {
     using Names = std::vector<std::string>;
 
     std::string name = {};                            ///< as it was created
-    std::map<std::string, Pointer> subkeys = {};      ///< by folded name
-    std::map<std::string, RegistryValue> values = {}; ///< by folded name
+    std::map<std::string, Pointer> subkeys = {};      ///< by name in capitals
+    std::map<std::string, RegistryValue> values = {}; ///< by name in capitals
 
     /// The key at the end of one or more names; null when there is none.
     Pointer find(const Names& names) const;
