@@ -100,19 +100,26 @@ std::string_view profileTrimmed(std::string_view text) {
     return text.substr(begin, text.find_last_not_of(whiteSpace) + 1 - begin);
 }
 
-std::string profileLines(std::string_view text, std::string_view section) {
-    std::string result;
+std::vector<ProfileLine> profileEntries(std::string_view text, std::string_view section) {
+    std::vector<ProfileLine> entries;
     const Found found = findSection(text, profileTrimmed(section), std::nullopt);
     Lines lines(text.substr(0, found.end));
     Line line;
     line.end = found.begin;
     while (lines.next(line)) {
         if (line.begin == found.begin || line.isEmpty() || line.isComment()) continue;
-        result.append(line.key());
+        ProfileLine& entry = entries.emplace_back(ProfileLine{line.key(), std::nullopt});
         const std::size_t equals = line.text.find('=');
-        if (equals != std::string_view::npos) {
-            result.append("=").append(profileTrimmed(line.text.substr(equals + 1)));
-        }
+        if (equals != std::string_view::npos) entry.value = profileTrimmed(line.text.substr(equals + 1));
+    }
+    return entries;
+}
+
+std::string profileLines(std::string_view text, std::string_view section) {
+    std::string result;
+    for (const ProfileLine& entry : profileEntries(text, section)) {
+        result.append(entry.key);
+        if (entry.value) result.append("=").append(*entry.value);
         result += '\0';
     }
     return result;

@@ -11,11 +11,20 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace platform::linux {
 
-/// The lines of a section without comments and empty lines, as `key=value` where they have a `=`, each closed
-/// by a NUL.
+/// A line of a section; both views are into the text.
+struct ProfileLine {
+    std::string_view key; ///< what stands before the `=`, or the whole line without one
+    std::optional<std::string_view> value;
+};
+
+/// The lines of a section without comments and empty ones, in their order.
+std::vector<ProfileLine> profileEntries(std::string_view text, std::string_view section);
+
+/// The same as `key=value` where they have a `=`, each closed by a NUL.
 std::string profileLines(std::string_view text, std::string_view section);
 
 /// The names of all sections, each closed by a NUL; those that are empty are left out. The search ends when

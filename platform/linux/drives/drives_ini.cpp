@@ -1,5 +1,6 @@
 #include "platform/linux/drives/drives_ini.h"
 
+#include "platform/linux/base/ansi_case.h"
 #include "platform/linux/base/descriptor_io.h"
 #include "platform/linux/base/profile_text.h"
 #include "platform/linux/base/unique_fd.h"
@@ -15,7 +16,6 @@
 #include <charconv>
 #include <chrono>
 #include <ctime>
-#include <map>
 #include <system_error>
 
 namespace platform::linux {
@@ -25,19 +25,12 @@ namespace {
 /// Somebody waits for the window while a drive is measured.
 constexpr std::chrono::milliseconds longestMeasure{100};
 
-using Keys = std::map<std::string, std::string>; // names in lower case
+using Keys = std::vector<ProfileLine>;
 
 std::string_view unquoted(std::string_view text) {
     const bool quoted =
         text.size() >= 2 && text.front() == text.back() && (text[0] == '"' || text[0] == '\'');
     return quoted ? text.substr(1, text.size() - 2) : text;
-}
-
-std::string lowered(std::string_view text) {
-    std::string result(text);
-    for (char& c : result)
-        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-    return result;
 }
 
 std::optional<std::uint64_t> number(std::string_view text) {
@@ -47,10 +40,13 @@ std::optional<std::uint64_t> number(std::string_view text) {
     return value;
 }
 
-/// Value of a key, empty when there is none.
-std::string_view valueOf(const Keys& keys, const char* name) {
-    const auto found = keys.find(name);
-    return found == keys.end() ? std::string_view() : std::string_view(found->second);
+/// Value of a key, empty when there is none. Of several keys of one name the first one counts: it is the one
+/// that is written.
+std::string_view valueOf(const Keys& keys, std::string_view name) {
+    const auto found = std::find_if(keys.begin(), keys.end(), [name](const ProfileLine& line) {
+        return line.value && isSameAnsi(line.key, name);
+    });
+    return found == keys.end() ? std::string_view() : unquoted(*found->value);
 }
 
 /// Whoever wrote the file on this system may have meant the path as UTF-8, and such a folder is no accident.
@@ -66,32 +62,17 @@ std::string absoluteFolder(std::string_view path, const std::string& base) {
 }
 
 std::optional<IniDrive> driveOf(char letter, const Keys& keys, const std::string& base) {
-    const auto type = number(valueOf(keys, "type"));
-    const std::string_view path = valueOf(keys, "path");
+    const auto type = number(valueOf(keys, "Type"));
+    const std::string_view path = valueOf(keys, "Path");
     if (path.empty() || !type || *type < DriveRemovable || *type > DriveCdRom) return std::nullopt;
     IniDrive drive;
     drive.letter = letter;
     drive.type = static_cast<DriveType>(*type);
     drive.folder = absoluteFolder(path, base);
-    drive.names = {fromAnsi(valueOf(keys, "label")), fromAnsi(valueOf(keys, "filesystem"))};
-    drive.total = number(valueOf(keys, "total"));
-    drive.free = number(valueOf(keys, "free"));
+    drive.names = {fromAnsi(valueOf(keys, "Label")), fromAnsi(valueOf(keys, "FileSystem"))};
+    drive.total = number(valueOf(keys, "Total"));
+    drive.free = number(valueOf(keys, "Free"));
     return drive;
-}
-
-/// The keys of a section, read as every private-profile file is. Of several keys of one name the first one
-/// counts: it is the one that is written.
-Keys keysOf(std::string_view contents, const std::string& section) {
-    const std::string lines = profileLines(contents, section);
-    Keys keys;
-    for (std::size_t begin = 0; begin < lines.size();) {
-        const std::size_t end = lines.find('\0', begin);
-        const std::string_view line = std::string_view(lines).substr(begin, end - begin);
-        if (const std::size_t equals = line.find('='); equals != std::string_view::npos)
-            keys.emplace(lowered(profileTrimmed(line.substr(0, equals))), unquoted(line.substr(equals + 1)));
-        begin = end + 1;
-    }
-    return keys;
 }
 
 std::string because(int error) {
@@ -122,7 +103,7 @@ bool isOlderThanTick(const struct stat& status) {
 std::vector<IniDrive> parseDrivesIni(std::string_view contents, const std::string& base) {
     std::vector<IniDrive> drives;
     for (char letter = 'A'; letter <= 'Z'; ++letter)
-        if (auto drive = driveOf(letter, keysOf(contents, {letter, ':'}), base))
+        if (auto drive = driveOf(letter, profileEntries(contents, std::string{letter, ':'}), base))
             drives.push_back(std::move(*drive));
     return drives;
 }
