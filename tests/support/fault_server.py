@@ -99,12 +99,12 @@ def truncated(content, announced):
 
 
 def reset(content, announced):
-    """The connection is reset once `content` has arrived."""
+    """The connection is reset once `content` has been read."""
 
     def answer(handler):
         handler.send_head(announced)
         handler.wfile.write(content)
-        handler.wait_until_delivered()
+        handler.wait_until_read()
         handler.reset_connection()
 
     return answer
@@ -296,14 +296,25 @@ class _Handler(http.server.BaseHTTPRequestHandler):
         self.send_header("Connection", "close")
         self.end_headers()
 
-    def wait_until_delivered(self):
-        """A reset discards what still waits to be sent, so let the other side acknowledge it first."""
+    def wait_until_read(self):
+        """A reset discards what still waits to be sent, and some systems' libraries then do not read what has arrived."""
         deadline = time.monotonic() + 10
         while time.monotonic() < deadline:
             waiting = fcntl.ioctl(self.connection, termios.TIOCOUTQ, struct.pack("i", 0))
-            if struct.unpack("i", waiting)[0] == 0:
+            if struct.unpack("i", waiting)[0] == 0 and self._unread() == 0:
                 return
             time.sleep(0.001)
+
+    def _unread(self):
+        """Bytes that wait on the other side, which is on this machine, too."""
+        ends = [f"{struct.unpack('=I', socket.inet_aton(host))[0]:08X}:{port:04X}"
+                for host, port in (self.connection.getpeername(), self.connection.getsockname())]
+        with open("/proc/net/tcp", encoding="ascii") as table:
+            for line in table:
+                fields = line.split()
+                if fields[1:3] == ends:
+                    return int(fields[4].split(":")[1], 16)
+        return 0
 
     def reset_connection(self):
         self.connection.setsockopt(socket.SOL_SOCKET, socket.SO_LINGER, struct.pack("ii", 1, 0))
