@@ -1,7 +1,7 @@
 #include "app/number_text.h"
 
+#include "base/runtime_error.h"
 #include "platform/user_locale.h"
-#include "toolkit/runtime_error.h"
 
 #include <charconv>
 #include <cmath>

@@ -3,11 +3,11 @@
 #include "app/frmMain.h"
 #include "app/number_text.h"
 #include "app/program_path.h"
+#include "base/runtime_error.h"
 #include "drive/cDrive.h"
 #include "drive/device_monitor.h"
 #include "platform/basINI.h"
 #include "platform/program_folder.h"
-#include "toolkit/runtime_error.h"
 
 #include <cstdio>
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "app/program.h"
-#include "platform/keyed_list.h"
+#include "base/keyed_list.h"
 #include "platform/volumes.h"
 
 #include <cstdint>

@@ -1,9 +1,9 @@
 // Sizes, label and file system of a drive.
 
 #include "app/frmMain.h"
+#include "base/text.h"
 #include "drive/cDrive.h"
 #include "drive/stick_actions.h"
-#include "platform/text.h"
 #include "toolkit/message_box.h"
 
 #include <array>

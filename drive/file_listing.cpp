@@ -1,9 +1,9 @@
 #include "drive/file_listing.h"
 
 #include "app/program_path.h"
+#include "base/runtime_error.h"
 #include "platform/files.h"
 #include "toolkit/pump.h"
-#include "toolkit/runtime_error.h"
 
 namespace drive {
 

@@ -3,6 +3,7 @@
 #include "app/frmMain.h"
 #include "app/number_text.h"
 #include "app/program_path.h"
+#include "base/runtime_error.h"
 #include "drive/cDrive.h"
 #include "drive/device_monitor.h"
 #include "online/download.h"
@@ -14,7 +15,6 @@
 #include "platform/volumes.h"
 #include "toolkit/message_box.h"
 #include "toolkit/pump.h"
-#include "toolkit/runtime_error.h"
 
 #include <cstdint>
 #include <optional>

@@ -2,9 +2,9 @@
 
 #include "app/frmMain.h"
 #include "app/program_path.h"
-#include "platform/text.h"
+#include "base/runtime_error.h"
+#include "base/text.h"
 #include "toolkit/picture.h"
-#include "toolkit/runtime_error.h"
 
 namespace online {
 

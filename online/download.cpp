@@ -2,10 +2,10 @@
 
 #include "app/frmMain.h"
 #include "app/number_text.h"
+#include "base/runtime_error.h"
 #include "platform/files.h"
 #include "platform/http.h"
 #include "toolkit/pump.h"
-#include "toolkit/runtime_error.h"
 
 #include <algorithm>
 #include <array>

@@ -1,9 +1,9 @@
 #include "platform/basINI.h"
 
-#include "platform/keyed_list.h"
+#include "base/keyed_list.h"
+#include "base/runtime_error.h"
+#include "base/text.h"
 #include "platform/profile.h"
-#include "platform/text.h"
-#include "toolkit/runtime_error.h"
 
 #include <span>
 

@@ -1,7 +1,7 @@
 #include "platform/cRegistry.h"
 
+#include "base/text.h"
 #include "platform/registry.h"
-#include "platform/text.h"
 
 using namespace platform;
 

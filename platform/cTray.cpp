@@ -1,6 +1,6 @@
 #include "platform/cTray.h"
 
-#include "platform/text.h"
+#include "base/text.h"
 
 #include <algorithm>
 #include <string>

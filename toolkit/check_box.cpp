@@ -1,6 +1,6 @@
 #include "toolkit/check_box.h"
 
-#include "toolkit/runtime_error.h"
+#include "base/runtime_error.h"
 
 namespace toolkit {
 

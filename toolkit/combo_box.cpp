@@ -1,6 +1,6 @@
 #include "toolkit/combo_box.h"
 
-#include "toolkit/runtime_error.h"
+#include "base/runtime_error.h"
 
 #include <utility>
 

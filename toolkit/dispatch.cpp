@@ -1,8 +1,8 @@
 #include "toolkit/dispatch.h"
 
+#include "base/runtime_error.h"
 #include "toolkit/backend.h"
 #include "toolkit/message_box.h"
-#include "toolkit/runtime_error.h"
 #include "toolkit/shown_text.h"
 
 #include <exception>

@@ -1,6 +1,6 @@
 #include "toolkit/list_view.h"
 
-#include "toolkit/runtime_error.h"
+#include "base/runtime_error.h"
 
 #include <utility>
 

@@ -1,6 +1,6 @@
 #include "platform/notify_icon.h"
 
-#include "platform/text.h"
+#include "base/text.h"
 
 #include <QIcon>
 #include <QString>

@@ -1,9 +1,9 @@
 // The drives as the core asks for them, answered from the drive table.
 #include "platform/volumes.h"
 
+#include "base/text.h"
 #include "platform/linux/drives/drive_source.h"
 #include "platform/linux/drives/drive_table.h"
-#include "platform/text.h"
 
 #include <algorithm>
 

@@ -1,6 +1,6 @@
 #include "platform/volumes.h"
 
-#include "platform/text.h"
+#include "base/text.h"
 #include "platform/windows/ansi_text.h"
 #include "platform/windows/quiet_errors.h"
 #include "platform/windows/unique_handle.h"

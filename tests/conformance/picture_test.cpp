@@ -2,10 +2,10 @@
 #include "toolkit/picture.h"
 
 #include "app/program_path.h"
+#include "base/runtime_error.h"
 #include "platform/program_folder.h"
 #include "tests/conformance/picture_pixels.h"
 #include "toolkit/picture_file.h"
-#include "toolkit/runtime_error.h"
 
 #include <gtest/gtest.h>
 

@@ -2,11 +2,11 @@
 
 #include "fake.h"
 
+#include "base/runtime_error.h"
 #include "platform/files.h"
 #include "toolkit/backend.h"
 #include "toolkit/message_box.h"
 #include "toolkit/picture.h"
-#include "toolkit/runtime_error.h"
 
 namespace fake {
 

@@ -2,8 +2,8 @@
 
 #include "main_window.h"
 
+#include "base/keyed_list.h"
 #include "platform/basINI.h"
-#include "platform/keyed_list.h"
 
 #include <algorithm>
 

@@ -5,9 +5,9 @@
 
 #include "app/frmMain.h"
 #include "app/program.h"
+#include "base/runtime_error.h"
 #include "drive/cDrive.h"
 #include "toolkit/dispatch.h"
-#include "toolkit/runtime_error.h"
 
 #include <gtest/gtest.h>
 

@@ -4,9 +4,9 @@
 
 #include "fake.h"
 
+#include "base/runtime_error.h"
 #include "toolkit/dispatch.h"
 #include "toolkit/message_box.h"
-#include "toolkit/runtime_error.h"
 
 #include <gtest/gtest.h>
 

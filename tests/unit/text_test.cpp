@@ -1,6 +1,6 @@
 // Windows-1252 and UTF-8.
 
-#include "platform/text.h"
+#include "base/text.h"
 
 #include <gtest/gtest.h>
 

@@ -1,9 +1,9 @@
 #include "toolkit/qt/picture.h"
 
+#include "base/runtime_error.h"
 #include "platform/files.h"
 #include "toolkit/picture_file.h"
 #include "toolkit/qt/texts.h"
-#include "toolkit/runtime_error.h"
 
 #include <QBuffer>
 #include <QImageReader>

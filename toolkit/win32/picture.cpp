@@ -1,7 +1,7 @@
 #include "toolkit/win32/picture.h"
 
+#include "base/runtime_error.h"
 #include "platform/files.h"
-#include "toolkit/runtime_error.h"
 #include "toolkit/win32/picture_file.h"
 
 #include <map>

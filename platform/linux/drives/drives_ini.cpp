@@ -1,5 +1,6 @@
 #include "platform/linux/drives/drives_ini.h"
 
+#include "base/text.h"
 #include "platform/linux/base/ansi_case.h"
 #include "platform/linux/base/descriptor_io.h"
 #include "platform/linux/base/profile_text.h"
@@ -7,7 +8,6 @@
 #include "platform/linux/drives/volume_folder.h"
 #include "platform/profile.h"
 #include "platform/program_folder.h"
-#include "platform/text.h"
 
 #include <fcntl.h>
 

@@ -1,6 +1,6 @@
 // The icon in a notification area: a desktop's watcher, on a session bus and a screen of the test's own.
+#include "base/text.h"
 #include "platform/notify_icon.h"
-#include "platform/text.h"
 
 #include "tests/conformance/linux/session_bus.h"
 

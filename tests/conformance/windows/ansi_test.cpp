@@ -2,11 +2,11 @@
 // shell has shell_start_test.cpp.
 #include "platform/windows/ansi_text.h"
 
+#include "base/text.h"
 #include "platform/accounts.h"
 #include "platform/files.h"
 #include "platform/profile.h"
 #include "platform/registry.h"
-#include "platform/text.h"
 #include "platform/volumes.h"
 #include "tests/conformance/console_run.h"
 #include "tests/conformance/environment.h"

@@ -1,7 +1,7 @@
 // Icons in a notification area of the test's own: under Wine it is the window of the class "Shell_TrayWnd",
 // which gets each change as a message with a record of Wine's own. What an icon's tip says can be read there.
+#include "base/text.h"
 #include "platform/notify_icon.h"
-#include "platform/text.h"
 
 #include <gtest/gtest.h>
 

@@ -1,8 +1,8 @@
 // What the shell starts: programs that this test has associated with documents and addresses.
 #include "platform/shell.h"
 
+#include "base/text.h"
 #include "platform/program_folder.h"
-#include "platform/text.h"
 #include "tests/conformance/environment.h"
 #include "tests/conformance/scratch_files.h"
 #include "tests/conformance/windows/environment_unix.h"

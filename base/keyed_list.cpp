@@ -1,4 +1,4 @@
-#include "platform/keyed_list.h"
+#include "base/keyed_list.h"
 
 #include <charconv>
 
