@@ -108,7 +108,7 @@ public:
     void mnuPopup_Click(std::int16_t Index);
 
     /// Reads the settings file into the controls. A missing file or section changes nothing. Throws
-    /// toolkit::RuntimeError for a value that is no number or a key that names no control.
+    /// base::RuntimeError for a value that is no number or a key that names no control.
     void LoadSettings();
     /// Writes the controls into a settings file that holds nothing else, unless they have not been loaded
     /// yet. When it fails the old file stays, and it is told on the standard error output.

@@ -11,8 +11,8 @@ namespace app {
 
 namespace {
 
-using toolkit::ErrorNumber;
-using toolkit::RuntimeError;
+using base::ErrorNumber;
+using base::RuntimeError;
 
 std::string_view trimBlanks(std::string_view text) {
     constexpr std::string_view blanks = " \t";

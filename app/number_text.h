@@ -11,11 +11,11 @@ namespace app {
 /// "##0.#00" with 2 and 3); halves are rounded away from zero. `value` is finite and below 10^15.
 std::string formatNumber(double value, int decimals);
 
-/// The number that a text stands for; blanks around it do not matter. Throws toolkit::RuntimeError
+/// The number that a text stands for; blanks around it do not matter. Throws base::RuntimeError
 /// (TypeMismatch) for a text that is no number.
 double numberFromText(std::string_view text);
 
-/// The same as a 16-bit whole number, halves rounded to the even neighbour. Throws toolkit::RuntimeError
+/// The same as a 16-bit whole number, halves rounded to the even neighbour. Throws base::RuntimeError
 /// (Overflow) for a number that is too large, or too small.
 std::int16_t integer16FromText(std::string_view text);
 

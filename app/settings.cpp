@@ -23,7 +23,7 @@ std::string settingsFile() {
 template <typename Kind>
 Kind& controlOf(const frmMain& window, const std::string& name) {
     auto* const control = dynamic_cast<Kind*>(window.find(name));
-    if (control == nullptr) throw toolkit::RuntimeError(toolkit::ErrorNumber::ControlNotFound, name);
+    if (control == nullptr) throw base::RuntimeError(base::ErrorNumber::ControlNotFound, name);
     return *control;
 }
 

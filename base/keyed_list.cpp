@@ -2,7 +2,7 @@
 
 #include <charconv>
 
-namespace platform {
+namespace base {
 
 std::string KeyedList::get(std::string_view key) const {
     std::size_t position = 0;
@@ -12,4 +12,4 @@ std::string KeyedList::get(std::string_view key) const {
     return isKey && position < entries_.size() ? entries_[position] : std::string();
 }
 
-} // namespace platform
+} // namespace base

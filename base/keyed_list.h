@@ -6,7 +6,7 @@
 #include <utility>
 #include <vector>
 
-namespace platform {
+namespace base {
 
 /// An ordered list of texts whose keys are the decimal texts "0", "1", "2", … of their positions.
 class KeyedList {
@@ -23,4 +23,4 @@ private:
     std::vector<std::string> entries_;
 };
 
-} // namespace platform
+} // namespace base

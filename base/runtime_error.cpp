@@ -2,7 +2,7 @@
 
 #include <utility>
 
-namespace toolkit {
+namespace base {
 
 const char* description(ErrorNumber number) {
     switch (number) {
@@ -41,4 +41,4 @@ const char* description(ErrorNumber number) {
 RuntimeError::RuntimeError(ErrorNumber number, std::string subject)
     : std::runtime_error(description(number)), number_(number), subject_(std::move(subject)) {}
 
-} // namespace toolkit
+} // namespace base

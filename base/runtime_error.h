@@ -4,7 +4,7 @@
 #include <stdexcept>
 #include <string>
 
-namespace toolkit {
+namespace base {
 
 /// The classic run-time error numbers that this program can end with.
 enum class ErrorNumber {
@@ -41,4 +41,4 @@ private:
     std::string subject_;
 };
 
-} // namespace toolkit
+} // namespace base

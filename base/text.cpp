@@ -4,7 +4,7 @@
 #include <array>
 #include <cstdint>
 
-namespace platform {
+namespace base {
 
 namespace {
 
@@ -103,4 +103,4 @@ std::string_view firstCharacters(std::string_view text, std::size_t count) {
     return text.substr(0, text.size() - rest.size());
 }
 
-} // namespace platform
+} // namespace base

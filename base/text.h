@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-namespace platform {
+namespace base {
 
 /// Windows-1252 to UTF-8. The five bytes that have no character of their own become the control characters of
 /// the same number, as Windows does it, so that every byte comes back from toAnsi().
@@ -20,4 +20,4 @@ std::size_t characterCount(std::string_view text);
 /// The first `count` characters of a UTF-8 text.
 std::string_view firstCharacters(std::string_view text, std::size_t count);
 
-} // namespace platform
+} // namespace base

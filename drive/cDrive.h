@@ -83,9 +83,9 @@ private:
     void clearCapacity();
 
     app::Program& program_;
-    platform::KeyedList driveTypes_;
-    platform::KeyedList driveLetters_;
-    platform::KeyedList usbInfos_;
+    base::KeyedList driveTypes_;
+    base::KeyedList driveLetters_;
+    base::KeyedList usbInfos_;
     platform::DriveIdentity shownStick_;
     std::string standardPath_;
     std::string profileValue_; ///< first value of the last profile file that an evaluation read

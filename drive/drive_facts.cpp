@@ -57,7 +57,7 @@ bool cDrive::mp_SetDriveName(const std::string& Drive, const std::string& Name) 
 
 void drive::Command1_Click(frmMain& window) {
     const std::string& label = window.txtDT_Cap.text();
-    const std::size_t length = platform::characterCount(label);
+    const std::size_t length = base::characterCount(label);
     if (length > longestLabel) {
         toolkit::messageBox("maximale Länge der Datenträgerbezeichnung ist 11 Zeichen", toolkit::Information,
                             window.caption());

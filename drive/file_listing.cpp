@@ -15,7 +15,7 @@ constexpr std::size_t growth = 100;
 template <typename Entry>
 void growAt(std::vector<Entry>& array, std::int32_t count) {
     if (count < 0 || static_cast<std::size_t>(count) > array.size())
-        throw toolkit::RuntimeError(toolkit::ErrorNumber::SubscriptOutOfRange, std::to_string(count));
+        throw base::RuntimeError(base::ErrorNumber::SubscriptOutOfRange, std::to_string(count));
     if (static_cast<std::size_t>(count) + 1 >= array.size()) array.resize(array.size() + growth);
 }
 

@@ -23,8 +23,8 @@ namespace job {
 
 namespace {
 
-using toolkit::ErrorNumber;
-using toolkit::RuntimeError;
+using base::ErrorNumber;
+using base::RuntimeError;
 
 constexpr std::int16_t noSettings = -1;
 

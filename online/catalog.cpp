@@ -13,7 +13,7 @@ namespace {
 constexpr std::int16_t none = -1;
 
 [[noreturn]] void outOfRange(std::string subject = {}) {
-    throw toolkit::RuntimeError(toolkit::ErrorNumber::SubscriptOutOfRange, std::move(subject));
+    throw base::RuntimeError(base::ErrorNumber::SubscriptOutOfRange, std::move(subject));
 }
 
 /// The piece with that index of a text cut at every separator.
@@ -100,7 +100,7 @@ std::string_view GetLine(std::string_view text, std::size_t index) {
 }
 
 std::string fieldOf(std::string_view line, std::size_t index) {
-    return platform::fromAnsi(pieceOf(line, ";", index, "Feld der Serverdatei"));
+    return base::fromAnsi(pieceOf(line, ";", index, "Feld der Serverdatei"));
 }
 
 void LoadCatalog(frmMain& window, std::string_view text) {

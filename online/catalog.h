@@ -29,23 +29,23 @@ struct Catalog {
     Table SettingsDate;
 };
 
-/// An element of an array of texts. Throws toolkit::RuntimeError (SubscriptOutOfRange) when there is none, so
+/// An element of an array of texts. Throws base::RuntimeError (SubscriptOutOfRange) when there is none, so
 /// for -1.
 const std::string& element(std::span<const std::string> texts, std::int16_t index);
 
 /// The same in a table of receivers by kinds of channel list, which is stored kind after kind.
 const std::string& element(const Catalog::Table& table, std::int16_t receiver, std::int16_t kind);
 
-/// Line of a text whose lines are separated by CR LF, counted from 0. Throws toolkit::RuntimeError
+/// Line of a text whose lines are separated by CR LF, counted from 0. Throws base::RuntimeError
 /// (SubscriptOutOfRange) when there is none. The result is part of `text`.
 std::string_view GetLine(std::string_view text, std::size_t index);
 
 /// Field of a line whose fields are separated by ";", counted from 0; Windows-1252 in, UTF-8 out. Throws
-/// toolkit::RuntimeError (SubscriptOutOfRange) when there is none.
+/// base::RuntimeError (SubscriptOutOfRange) when there is none.
 std::string fieldOf(std::string_view line, std::size_t index);
 
 /// Parses usb-list.csv (Windows-1252) into the window's catalog, enables what can be had, and chooses the
-/// first receiver and channel list there are. Throws toolkit::RuntimeError for a catalog that lacks lines or
+/// first receiver and channel list there are. Throws base::RuntimeError for a catalog that lacks lines or
 /// fields, or a picture that cannot be loaded.
 void LoadCatalog(frmMain& window, std::string_view text);
 

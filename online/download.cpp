@@ -49,7 +49,7 @@ void showProgress(toolkit::StatusPanel& panel, const std::string& text, const Pr
 /// Only the dots set the counter back, so a file that is fetched without them comes to its end here.
 void count(std::int16_t& reads) {
     if (reads == std::numeric_limits<std::int16_t>::max())
-        throw toolkit::RuntimeError(toolkit::ErrorNumber::Overflow);
+        throw base::RuntimeError(base::ErrorNumber::Overflow);
     ++reads;
 }
 
@@ -62,7 +62,7 @@ void makeRoom(std::string& result, const platform::InternetRequest& request) {
 
 void checkRoom(const std::optional<Destination>& destination, std::uint64_t length) {
     if (destination && length > destination->room)
-        throw toolkit::RuntimeError(toolkit::ErrorNumber::DiskFull, destination->path);
+        throw base::RuntimeError(base::ErrorNumber::DiskFull, destination->path);
 }
 
 /// What a download came to.
@@ -73,7 +73,7 @@ struct Download {
 
 void check(platform::FileResult result, std::string_view path) {
     if (result != platform::FileResult::Ok)
-        throw toolkit::RuntimeError(static_cast<toolkit::ErrorNumber>(result), std::string(path));
+        throw base::RuntimeError(static_cast<base::ErrorNumber>(result), std::string(path));
 }
 
 Download download(frmMain& window, std::string_view URL, const Progress* progress, std::int32_t OpenType,

@@ -24,7 +24,7 @@ struct Destination {
 /// and let window events run after every read; "0", and every other number, nothing. `OpenType` is the access
 /// type of the connection, 0 for the system's proxy settings. What came before the connection was lost is
 /// returned, too; but a file that is fetched without dots counts only as a whole, and is empty then. Throws
-/// toolkit::RuntimeError: TypeMismatch when `downtype` is no number, Overflow when a file that is fetched
+/// base::RuntimeError: TypeMismatch when `downtype` is no number, Overflow when a file that is fetched
 /// without dots needs more than 32767 reads of 2048 bytes, DiskFull with the path as soon as it is known that
 /// the file has more bytes than `destination` has room for.
 std::string OpenURL(frmMain& window, std::string_view URL, std::string_view downtype,
@@ -37,10 +37,10 @@ std::optional<std::string> OpenTextFile(frmMain& window, std::string_view URL);
 /// True when the path exists and is neither a folder nor a volume label. Never fails.
 bool FileExists(std::string_view Path);
 
-/// The whole file; empty for an empty or missing one. Throws toolkit::RuntimeError when it cannot be read.
+/// The whole file; empty for an empty or missing one. Throws base::RuntimeError when it cannot be read.
 std::string ReadFile(std::string_view Path);
 
-/// Writes the file, unless it holds exactly this already, to spare the stick. Throws toolkit::RuntimeError
+/// Writes the file, unless it holds exactly this already, to spare the stick. Throws base::RuntimeError
 /// when it cannot be written, or when the path leads to another drive than the given one (DiskNotReady).
 void WriteFile(std::string_view Path, std::string_view Text, const platform::DriveIdentity& Drive = {});
 

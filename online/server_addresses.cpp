@@ -19,7 +19,7 @@ void store(std::optional<std::string>& address, std::string_view key, std::strin
     const std::size_t sign = line.find('=');
     if (address || sign != key.size() || sign + 1 == line.size()) return;
     if (!platform::startsWithNoCase(line, key)) return;
-    address = platform::fromAnsi(line.substr(sign + 1));
+    address = base::fromAnsi(line.substr(sign + 1));
     while (address->ends_with('/'))
         address->pop_back();
 }
@@ -53,7 +53,7 @@ void loadServerAddresses() {
     std::string lines;
     const FileResult result = platform::readProfileSection("Server", lines, file);
     if (result != FileResult::Ok && result != FileResult::FileNotFound)
-        throw toolkit::RuntimeError(static_cast<toolkit::ErrorNumber>(result), file);
+        throw base::RuntimeError(static_cast<base::ErrorNumber>(result), file);
     loaded() = addressesOf(lines);
 }
 

@@ -13,7 +13,7 @@ struct ServerAddresses {
 };
 
 /// Reads the file, once, when the program starts; without a file all are the built-in ones. Throws
-/// toolkit::RuntimeError with the file's name when there is one that cannot be read: the built-in servers are
+/// base::RuntimeError with the file's name when there is one that cannot be read: the built-in servers are
 /// not those that its owner has chosen.
 void loadServerAddresses();
 

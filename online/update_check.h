@@ -5,7 +5,7 @@ class frmMain;
 namespace online {
 
 /// Asks the update server, once for each start of the program: is this program current, what is new, which
-/// receivers are there. Ends the program at once when it is outdated. Throws toolkit::RuntimeError for
+/// receivers are there. Ends the program at once when it is outdated. Throws base::RuntimeError for
 /// malformed server files.
 void CheckForUpdates(frmMain& window);
 

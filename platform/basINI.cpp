@@ -18,8 +18,8 @@ constexpr std::size_t namesBufferStep = 256;
 /// sections.
 constexpr std::size_t largestStep = 128 * namesBufferStep;
 
-platform::KeyedList IniKeys;
-platform::KeyedList IniValues;
+base::KeyedList IniKeys;
+base::KeyedList IniValues;
 
 /// The texts that are closed by a NUL. One that is not, the last of a cut result, is left out.
 std::vector<std::string> splitAtNul(std::string_view text) {
@@ -28,7 +28,7 @@ std::vector<std::string> splitAtNul(std::string_view text) {
     while (position + 1 < text.size()) {
         const std::size_t end = text.find('\0', position);
         if (end == std::string_view::npos) break;
-        lines.push_back(platform::fromAnsi(text.substr(position, end - position)));
+        lines.push_back(base::fromAnsi(text.substr(position, end - position)));
         position = end + 1;
     }
     return lines;
@@ -43,7 +43,7 @@ std::string_view trimBlanks(std::string_view text) {
 void appendLine(std::string_view line, std::string_view file) {
     const std::size_t sign = line.find('=');
     if (sign == std::string_view::npos)
-        throw toolkit::RuntimeError(toolkit::ErrorNumber::SubscriptOutOfRange, std::string(file));
+        throw base::RuntimeError(base::ErrorNumber::SubscriptOutOfRange, std::string(file));
     const std::string_view rest = line.substr(sign + 1);
     IniKeys.add(std::string(trimBlanks(line.substr(0, sign))));
     IniValues.add(std::string(trimBlanks(rest.substr(0, rest.find('=')))));
@@ -53,16 +53,15 @@ void appendLine(std::string_view line, std::string_view file) {
 
 bool IniWrite(std::string_view file, std::string_view section, std::string_view key, std::string_view value,
               const platform::DriveIdentity& drive) {
-    const std::string stored = value.empty() ? " " : platform::toAnsi(value);
-    return platform::writeProfileString(platform::toAnsi(section), platform::toAnsi(key), stored, file,
-                                        drive);
+    const std::string stored = value.empty() ? " " : base::toAnsi(value);
+    return platform::writeProfileString(base::toAnsi(section), base::toAnsi(key), stored, file, drive);
 }
 
 bool IniWriteFile(std::string_view file, std::string_view section, std::initializer_list<IniEntry> entries) {
     std::string text = "[" + std::string(section) + "]\r\n";
     for (const auto& [key, value] : entries)
         text.append(key).append("=").append(value.empty() ? " " : value).append("\r\n");
-    return platform::replaceProfile(platform::toAnsi(text), file);
+    return platform::replaceProfile(base::toAnsi(text), file);
 }
 
 void IniReset() {
@@ -72,7 +71,7 @@ void IniReset() {
 
 void IniReadSection(std::string_view file, std::string_view section) {
     std::string buffer(sectionBufferSize, ' ');
-    buffer.resize(platform::profileSection(platform::toAnsi(section), buffer, file));
+    buffer.resize(platform::profileSection(base::toAnsi(section), buffer, file));
     for (const std::string& line : splitAtNul(buffer))
         appendLine(line, file);
 }

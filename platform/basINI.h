@@ -31,7 +31,7 @@ void IniReset();
 
 /// Appends the keys and values of a section to the lists. A missing file or section appends nothing; what
 /// lies beyond 32767 characters is cut off. Of a value that contains "=" the text up to there is kept. Throws
-/// toolkit::RuntimeError (SubscriptOutOfRange) at a line without "=".
+/// base::RuntimeError (SubscriptOutOfRange) at a line without "=".
 void IniReadSection(std::string_view file, std::string_view section);
 
 /// The key, or the value, at a position ("0", "1", …); empty when there is none.

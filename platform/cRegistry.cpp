@@ -41,7 +41,7 @@ struct ValueWriter {
         regSetValue(key, name, RegistryDword, littleEndian(number));
     }
     void operator()(const std::string& text) const {
-        regSetValue(key, name, RegistryText, toAnsi(text) + '\0');
+        regSetValue(key, name, RegistryText, base::toAnsi(text) + '\0');
     }
     template <typename Other>
     void operator()(const Other& /*value*/) const {}
@@ -68,7 +68,7 @@ private:
     std::int32_t readText(std::uint32_t size, cRegistry::Variant& value) const {
         std::string buffer(std::size_t{size} + 1, ' ');
         const std::int32_t status = query(buffer);
-        if (status == RegistrySuccess) value = fromAnsi(buffer);
+        if (status == RegistrySuccess) value = base::fromAnsi(buffer);
         return status;
     }
 
@@ -102,7 +102,7 @@ private:
 
 std::int32_t cRegistry::RegKeyExist(std::uint32_t Root, const std::string& Key) const {
     RegistryKey key = 0;
-    const std::int32_t status = regOpenKey(Root, toAnsi(Key), readRight, key);
+    const std::int32_t status = regOpenKey(Root, base::toAnsi(Key), readRight, key);
     if (status == RegistrySuccess) regCloseKey(key);
     return status;
 }
@@ -110,7 +110,7 @@ std::int32_t cRegistry::RegKeyExist(std::uint32_t Root, const std::string& Key) 
 std::int32_t cRegistry::RegKeyCreate(std::uint32_t Root, const std::string& Newkey) const {
     RegistryKey key = 0;
     RegistryDisposition disposition{};
-    if (regCreateKey(Root, toAnsi(Newkey), registryNonVolatile, fullRight, key, disposition) !=
+    if (regCreateKey(Root, base::toAnsi(Newkey), registryNonVolatile, fullRight, key, disposition) !=
         RegistrySuccess)
         return 0;
     // A key that could not be flushed is not closed: this is intended.
@@ -119,33 +119,33 @@ std::int32_t cRegistry::RegKeyCreate(std::uint32_t Root, const std::string& Newk
 }
 
 std::int32_t cRegistry::RegKeyDelete(std::uint32_t Root, const std::string& Key) const {
-    return regDeleteKey(Root, toAnsi(Key));
+    return regDeleteKey(Root, base::toAnsi(Key));
 }
 
 std::int32_t cRegistry::RegFieldDelete(std::uint32_t Root, const std::string& Key,
                                        const std::string& Field) const {
     RegistryKey key = 0;
-    const std::int32_t status = regOpenKey(Root, toAnsi(Key), fullRight, key);
+    const std::int32_t status = regOpenKey(Root, base::toAnsi(Key), fullRight, key);
     if (status != RegistrySuccess) return status;
-    regDeleteValue(key, toAnsi(Field));
+    regDeleteValue(key, base::toAnsi(Field));
     return regCloseKey(key);
 }
 
 std::int32_t cRegistry::RegValueSet(std::uint32_t Root, const std::string& Key, const std::string& Field,
                                     const Variant& Value) const {
     RegistryKey key = 0;
-    const std::int32_t status = regOpenKey(Root, toAnsi(Key), fullRight, key);
+    const std::int32_t status = regOpenKey(Root, base::toAnsi(Key), fullRight, key);
     if (status != RegistrySuccess) return status;
-    std::visit(ValueWriter{key, toAnsi(Field)}, Value);
+    std::visit(ValueWriter{key, base::toAnsi(Field)}, Value);
     return regCloseKey(key);
 }
 
 std::int32_t cRegistry::RegValueGet(std::uint32_t Root, const std::string& Key, const std::string& Field,
                                     Variant& Value) const {
     RegistryKey key = 0;
-    std::int32_t status = regOpenKey(Root, toAnsi(Key), readRight, key);
+    std::int32_t status = regOpenKey(Root, base::toAnsi(Key), readRight, key);
     if (status != RegistrySuccess) return status;
-    status = ValueReader{key, toAnsi(Field)}.read(Value);
+    status = ValueReader{key, base::toAnsi(Field)}.read(Value);
     // After a failed query the key is not closed: this is intended.
     return status == RegistrySuccess ? regCloseKey(key) : status;
 }

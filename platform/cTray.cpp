@@ -61,7 +61,7 @@ std::int32_t cTray::field(std::size_t offset) const {
 /// The text and its NUL come first, blanks fill the rest; a text that fills the field leaves no room for the
 /// NUL.
 void cTray::setTip(std::string_view caption) {
-    std::string tip = toAnsi(caption) + '\0';
+    std::string tip = base::toAnsi(caption) + '\0';
     tip.resize(notify_record::tipLength, ' ');
     std::transform(tip.begin(), tip.end(), record_.begin() + notify_record::szTip,
                    [](char c) { return static_cast<std::uint8_t>(c); });

@@ -29,7 +29,7 @@ enum FileAttribute : std::uint32_t {
     FileArchive = 32,
 };
 
-/// What a file operation came to; the values are the classic run-time error numbers (toolkit::ErrorNumber).
+/// What a file operation came to; the values are the classic run-time error numbers (base::ErrorNumber).
 enum class [[nodiscard]] FileResult{
     Ok = 0,
     FileNotFound = 53,

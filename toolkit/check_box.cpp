@@ -5,7 +5,8 @@
 namespace toolkit {
 
 void CheckBox::setValue(std::int16_t value) {
-    if (value < Unchecked || value > Grayed) throw RuntimeError(ErrorNumber::InvalidProcedureCall, name());
+    if (value < Unchecked || value > Grayed)
+        throw base::RuntimeError(base::ErrorNumber::InvalidProcedureCall, name());
     if (assign(value_, value, Property::Value) && onClick) onClick();
 }
 

@@ -20,7 +20,7 @@ public:
     void setCaption(std::string_view caption) { assign(caption_, caption, Property::Caption); }
 
     std::int16_t value() const noexcept { return value_; }
-    /// Throws RuntimeError (InvalidProcedureCall) for a state other than the three.
+    /// Throws base::RuntimeError (InvalidProcedureCall) for a state other than the three.
     void setValue(std::int16_t value);
 
     /// The user clicked the box: it changes between checked and unchecked.

@@ -13,7 +13,7 @@ void ComboBox::addItem(std::string text, std::int32_t data) {
 
 void ComboBox::setListIndex(std::int16_t index) {
     if (index < -1 || (index >= 0 && static_cast<std::size_t>(index) >= items_.size()))
-        throw RuntimeError(ErrorNumber::InvalidProcedureCall, name());
+        throw base::RuntimeError(base::ErrorNumber::InvalidProcedureCall, name());
     assign(listIndex_, index, Property::ListIndex);
     if (onClick) onClick();
 }
@@ -23,7 +23,7 @@ std::string ComboBox::text() const {
 }
 
 std::int32_t ComboBox::itemData() const {
-    if (listIndex_ < 0) throw RuntimeError(ErrorNumber::SubscriptOutOfRange, name());
+    if (listIndex_ < 0) throw base::RuntimeError(base::ErrorNumber::SubscriptOutOfRange, name());
     return items_[static_cast<std::size_t>(listIndex_)].data;
 }
 

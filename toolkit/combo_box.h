@@ -26,12 +26,12 @@ public:
 
     /// Index of the selected entry, -1 for none.
     std::int16_t listIndex() const noexcept { return listIndex_; }
-    /// Throws RuntimeError (InvalidProcedureCall) for an index that is neither an entry's nor -1.
+    /// Throws base::RuntimeError (InvalidProcedureCall) for an index that is neither an entry's nor -1.
     void setListIndex(std::int16_t index);
 
     /// Text of the selected entry; empty for none.
     std::string text() const;
-    /// Number of the selected entry. Throws RuntimeError (SubscriptOutOfRange) for none.
+    /// Number of the selected entry. Throws base::RuntimeError (SubscriptOutOfRange) for none.
     std::int32_t itemData() const;
 
     /// The user chose an entry.

@@ -19,7 +19,7 @@ void beginEnding(Ending how) {
     if (!theEnding) theEnding = how;
 }
 
-std::string report(const RuntimeError& error) {
+std::string report(const base::RuntimeError& error) {
     std::string text =
         "Laufzeitfehler '" + std::to_string(static_cast<int>(error.number())) + "':\r\n\r\n" + error.what();
     if (!error.subject().empty()) text += ":\r\n" + error.subject();
@@ -42,7 +42,7 @@ void dispatch(const std::function<void()>& handler) noexcept {
         handler();
     } catch (const Unwind&) {
         // The program ends; whoever began it has told the event loops already.
-    } catch (const RuntimeError& error) {
+    } catch (const base::RuntimeError& error) {
         endWithReport(report(error));
     } catch (const std::exception& error) {
         endWithReport(std::string("Interner Fehler:\r\n\r\n") + error.what());

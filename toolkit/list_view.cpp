@@ -12,7 +12,7 @@ void ListView::addColumn(std::string header, std::int32_t width) {
 }
 
 void ListView::setColumnWidth(std::size_t column, std::int32_t width) {
-    if (column >= columns_.size()) throw RuntimeError(ErrorNumber::SubscriptOutOfRange, name());
+    if (column >= columns_.size()) throw base::RuntimeError(base::ErrorNumber::SubscriptOutOfRange, name());
     assign(columns_[column].width, width, Property::Items);
 }
 
@@ -24,7 +24,7 @@ std::size_t ListView::addItem(std::string text) {
 
 void ListView::setSubItem(std::size_t item, std::size_t column, const std::string& text) {
     if (item >= items_.size() || column == 0 || column >= columns_.size())
-        throw RuntimeError(ErrorNumber::SubscriptOutOfRange, name());
+        throw base::RuntimeError(base::ErrorNumber::SubscriptOutOfRange, name());
     if (items_[item].size() <= column) items_[item].resize(column + 1);
     assign(items_[item][column], text, Property::Items);
 }

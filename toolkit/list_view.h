@@ -44,14 +44,14 @@ public:
 
     const std::vector<Column>& columns() const noexcept { return columns_; }
     void addColumn(std::string header, std::int32_t width);
-    /// Throws RuntimeError (SubscriptOutOfRange) when there is no such column.
+    /// Throws base::RuntimeError (SubscriptOutOfRange) when there is no such column.
     void setColumnWidth(std::size_t column, std::int32_t width);
 
     const std::vector<Item>& items() const noexcept { return items_; }
     /// Adds a row with its first text and returns its index.
     std::size_t addItem(std::string text);
-    /// Text of a row in column `column` (from 1). Throws RuntimeError (SubscriptOutOfRange) when there is
-    /// none.
+    /// Text of a row in column `column` (from 1). Throws base::RuntimeError (SubscriptOutOfRange) when there
+    /// is none.
     void setSubItem(std::size_t item, std::size_t column, const std::string& text);
 
     /// Row that is marked; none at first.

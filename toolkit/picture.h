@@ -22,12 +22,13 @@ public:
 /// Null when there is no picture.
 using Picture = std::shared_ptr<const PictureData>;
 
-/// Loads a bitmap, icon, JPEG or GIF file. Throws RuntimeError: FileNotFound, PathNotFound or another file
-/// error when the file cannot be read, InvalidPicture when it is none of the four. Windows: `OleLoadPicture`.
+/// Loads a bitmap, icon, JPEG or GIF file. Throws base::RuntimeError: FileNotFound, PathNotFound or another
+/// file error when the file cannot be read, InvalidPicture when it is none of the four. Windows:
+/// `OleLoadPicture`.
 Picture loadPicture(std::string_view path);
 
 /// The program's icon resource 103 (no stick; the program's own icon) or 104 (stick present). Windows:
-/// `LoadImage`. Throws RuntimeError (InvalidProcedureCall) for a number that the program does not have.
+/// `LoadImage`. Throws base::RuntimeError (InvalidProcedureCall) for a number that the program does not have.
 Picture iconResource(int number);
 
 } // namespace toolkit

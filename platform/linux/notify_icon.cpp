@@ -34,7 +34,7 @@ std::uint32_t field(const NotifyIconRecord& record, std::size_t offset) {
 
 QString tipOf(const NotifyIconRecord& record) {
     const std::string tip(record.begin() + notify_record::szTip, record.end());
-    return QString::fromStdString(fromAnsi(tip.substr(0, tip.find('\0'))));
+    return QString::fromStdString(base::fromAnsi(tip.substr(0, tip.find('\0'))));
 }
 
 /// An icon's handle is the number of the program's resource.

@@ -23,9 +23,9 @@ DiskFreeSpace::Bytes littleEndian(std::uint64_t value) {
 /// No character is cut in two.
 void store(std::string_view text, std::span<char> buffer) {
     if (buffer.empty()) return;
-    std::size_t characters = characterCount(text);
+    std::size_t characters = base::characterCount(text);
     while (text.size() >= buffer.size())
-        text = firstCharacters(text, --characters);
+        text = base::firstCharacters(text, --characters);
     *std::copy(text.begin(), text.end(), buffer.begin()) = '\0';
 }
 

@@ -32,7 +32,7 @@ Handle handle(const NotifyIconRecord& record, std::size_t offset) {
 /// The record's tip may fill its field without a NUL; the native one may not.
 void storeTip(const NotifyIconRecord& record, NOTIFYICONDATAA& data) {
     const std::string tip(record.begin() + notify_record::szTip, record.end());
-    const std::string ansi = windows::nearestAnsi(fromAnsi(tip.substr(0, tip.find('\0'))));
+    const std::string ansi = windows::nearestAnsi(base::fromAnsi(tip.substr(0, tip.find('\0'))));
     std::copy_n(ansi.begin(), std::min(ansi.size(), notify_record::tipLength - 1), std::begin(data.szTip));
 }
 

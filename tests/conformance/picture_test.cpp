@@ -93,7 +93,7 @@ protected:
     static int errorOf(const std::string& contents) {
         try {
             load(contents);
-        } catch (const toolkit::RuntimeError& error) {
+        } catch (const base::RuntimeError& error) {
             return static_cast<int>(error.number());
         }
         return 0;

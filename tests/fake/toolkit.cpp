@@ -86,13 +86,13 @@ Picture loadPicture(std::string_view path) {
     std::string contents;
     const auto result = platform::readWholeFile(path, contents);
     if (result != platform::FileResult::Ok)
-        throw RuntimeError(static_cast<ErrorNumber>(result), std::string(path));
-    if (contents != "picture") throw RuntimeError(ErrorNumber::InvalidPicture, std::string(path));
+        throw base::RuntimeError(static_cast<base::ErrorNumber>(result), std::string(path));
+    if (contents != "picture") throw base::RuntimeError(base::ErrorNumber::InvalidPicture, std::string(path));
     return std::make_shared<fake::FilePicture>(path);
 }
 
 Picture iconResource(int number) {
-    if (number != 103 && number != 104) throw RuntimeError(ErrorNumber::InvalidProcedureCall);
+    if (number != 103 && number != 104) throw base::RuntimeError(base::ErrorNumber::InvalidProcedureCall);
     return std::make_shared<fake::IconPicture>(number);
 }
 

@@ -181,7 +181,7 @@ TEST_F(CatalogTest, AMissingPictureOfTheFirstReceiverIsTheEnd) {
     load(fullCatalog());
     ASSERT_EQ(computer().messages.size(), 1U);
     EXPECT_EQ(computer().messages[0].text,
-              unit::errorReport(toolkit::ErrorNumber::FileNotFound, "/opt/tool\\receiver0.bmp"));
+              unit::errorReport(base::ErrorNumber::FileNotFound, "/opt/tool\\receiver0.bmp"));
 }
 
 TEST_F(CatalogTest, OtherPicturesAreLoadedWhenTheirReceiverIsChosen) {
@@ -191,7 +191,7 @@ TEST_F(CatalogTest, OtherPicturesAreLoadedWhenTheirReceiverIsChosen) {
     click(window().Firm_Option[5]);
     ASSERT_EQ(computer().messages.size(), 1U);
     EXPECT_EQ(computer().messages[0].text,
-              unit::errorReport(toolkit::ErrorNumber::InvalidPicture, "/opt/tool\\receiver5.bmp"));
+              unit::errorReport(base::ErrorNumber::InvalidPicture, "/opt/tool\\receiver5.bmp"));
 }
 
 TEST_F(CatalogTest, ChoosingAReceiverShowsItAndKeepsTheKind) {

@@ -20,7 +20,7 @@ protected:
 };
 
 TEST_F(Dispatch, AnErrorIsReportedAndEndsTheProgramWithStatusOne) {
-    dispatch([] { throw RuntimeError(ErrorNumber::FileNotFound, "E:\\a"); });
+    dispatch([] { throw base::RuntimeError(base::ErrorNumber::FileNotFound, "E:\\a"); });
     ASSERT_EQ(messages().size(), 1U);
     EXPECT_EQ(messages()[0].text, "Laufzeitfehler '53':\r\n\r\nDatei nicht gefunden:\r\nE:\\a\r\n\r\n"
                                   "Das Programm wird beendet.");
@@ -32,7 +32,7 @@ TEST_F(Dispatch, AnErrorIsReportedAndEndsTheProgramWithStatusOne) {
 }
 
 TEST_F(Dispatch, AnErrorWithoutASubjectEndsInItsDescription) {
-    dispatch([] { throw RuntimeError(ErrorNumber::Overflow); });
+    dispatch([] { throw base::RuntimeError(base::ErrorNumber::Overflow); });
     ASSERT_EQ(messages().size(), 1U);
     EXPECT_EQ(messages()[0].text, "Laufzeitfehler '6':\r\n\r\nÜberlauf\r\n\r\nDas Programm wird beendet.");
 }
@@ -55,8 +55,8 @@ TEST_F(Dispatch, EveryErrorNumberHasADescription) {
         {730, "Steuerelement nicht gefunden"},
     };
     for (const auto& [number, text] : known)
-        EXPECT_EQ(description(static_cast<ErrorNumber>(number)), text);
-    EXPECT_STREQ(description(static_cast<ErrorNumber>(1)), "Unbekannter Fehler");
+        EXPECT_EQ(base::description(static_cast<base::ErrorNumber>(number)), text);
+    EXPECT_STREQ(base::description(static_cast<base::ErrorNumber>(1)), "Unbekannter Fehler");
 }
 
 TEST_F(Dispatch, AnyOtherExceptionEndsTheProgramJustSo) {
@@ -80,13 +80,13 @@ TEST_F(Dispatch, NoEventIsDeliveredBehindTheReport) {
         dispatch([&] { ++delivered; });
         return int{Ok};
     };
-    dispatch([] { throw RuntimeError(ErrorNumber::Overflow); });
+    dispatch([] { throw base::RuntimeError(base::ErrorNumber::Overflow); });
     EXPECT_EQ(delivered, 0);
     EXPECT_EQ(messages().size(), 1U);
 }
 
 TEST_F(Dispatch, AnErrorInsideAnotherHandlersPumpIsReportedOnce) {
-    fake::computer().onPump = [] { dispatch([] { throw RuntimeError(ErrorNumber::DiskFull); }); };
+    fake::computer().onPump = [] { dispatch([] { throw base::RuntimeError(base::ErrorNumber::DiskFull); }); };
     bool after = false;
     dispatch([&] {
         DoEvents();
@@ -100,7 +100,7 @@ TEST_F(Dispatch, AnErrorInsideAnotherHandlersPumpIsReportedOnce) {
 TEST_F(Dispatch, AnErrorAfterTheEndIsNotReported) {
     dispatch([] {
         endAfterClosing();
-        throw RuntimeError(ErrorNumber::DiskFull);
+        throw base::RuntimeError(base::ErrorNumber::DiskFull);
     });
     EXPECT_TRUE(messages().empty());
     EXPECT_EQ(ending().status, 0);

@@ -113,8 +113,8 @@ TEST_F(Download, AFileWithoutRoomEndsAsSoonAsThatIsKnown) {
     try {
         OpenURL(window(), url, "1", 0, small);
         FAIL() << "no error";
-    } catch (const toolkit::RuntimeError& error) {
-        EXPECT_EQ(error.number(), toolkit::ErrorNumber::DiskFull);
+    } catch (const base::RuntimeError& error) {
+        EXPECT_EQ(error.number(), base::ErrorNumber::DiskFull);
         EXPECT_EQ(error.subject(), "D:\\a");
     }
     EXPECT_EQ(std::count(computer().journal.begin(), computer().journal.end(), std::string("read ") + url),
@@ -277,7 +277,7 @@ TEST_F(FileRoutines, AFileThatCannotBeWrittenIsAnErrorWithItsPath) {
     }
     try {
         WriteFile(path, "abc");
-    } catch (const toolkit::RuntimeError& error) {
+    } catch (const base::RuntimeError& error) {
         EXPECT_EQ(error.subject(), path);
     }
 }

@@ -209,5 +209,5 @@ TEST_F(DriveDialog, AnErrorInItsAnswerIsReported) {
     EXPECT_TRUE(ended());
     EXPECT_EQ(status(), 1);
     EXPECT_EQ(computer().messages.back().text,
-              unit::errorReport(toolkit::ErrorNumber::FileNotFound, "/opt/tool\\file.bmp"));
+              unit::errorReport(base::ErrorNumber::FileNotFound, "/opt/tool\\file.bmp"));
 }

@@ -241,7 +241,7 @@ TEST_F(UsbIni, AMalformedOneIsTheEnd) {
     click(window().cmdSearch);
     ASSERT_EQ(computer().messages.size(), 1U);
     EXPECT_EQ(computer().messages[0].text,
-              unit::errorReport(toolkit::ErrorNumber::SubscriptOutOfRange, "D:\\USB.ini"));
+              unit::errorReport(base::ErrorNumber::SubscriptOutOfRange, "D:\\USB.ini"));
 }
 
 TEST_F(UsbIni, IsNoLongerSearchedOnceThatTook256MB) {

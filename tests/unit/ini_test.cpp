@@ -221,7 +221,7 @@ TEST_F(Ini, ACompleteAnswerTwoShortOfTheBufferCostsOneMoreTurn) {
 }
 
 TEST(KeyedList, KeysArePositions) {
-    platform::KeyedList list;
+    base::KeyedList list;
     EXPECT_EQ(list.count(), 0U);
     list.add("a");
     list.add("b");

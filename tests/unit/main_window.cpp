@@ -41,16 +41,16 @@ std::string serverFile(const std::string& name) {
     return "http://update.orvanta.example/orvanta/download/" + name;
 }
 
-std::string errorReport(toolkit::ErrorNumber number, const std::string& subject) {
+std::string errorReport(base::ErrorNumber number, const std::string& subject) {
     return "Laufzeitfehler '" + std::to_string(static_cast<int>(number)) + "':\r\n\r\n" +
-           toolkit::description(number) + (subject.empty() ? "" : ":\r\n" + subject) +
+           base::description(number) + (subject.empty() ? "" : ":\r\n" + subject) +
            "\r\n\r\nDas Programm wird beendet.";
 }
 
 int errorOf(const std::function<void()>& call) {
     try {
         call();
-    } catch (const toolkit::RuntimeError& error) {
+    } catch (const base::RuntimeError& error) {
         return static_cast<int>(error.number());
     }
     return 0;

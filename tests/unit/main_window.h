@@ -34,9 +34,9 @@ std::string fileOf(const CatalogFields& fields);
 std::string serverFile(const std::string& name);
 
 /// Text of an error report.
-std::string errorReport(toolkit::ErrorNumber number, const std::string& subject = {});
+std::string errorReport(base::ErrorNumber number, const std::string& subject = {});
 
-/// Number of a RuntimeError that the call throws; 0 when it throws none.
+/// Number of a base::RuntimeError that the call throws; 0 when it throws none.
 int errorOf(const std::function<void()>& call);
 
 /// The program on a computer with the drives `C:` (fixed), `D:` (a stick of 4 GB, 1 GB of it used, with a

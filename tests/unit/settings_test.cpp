@@ -2,7 +2,7 @@
 
 #include "main_window.h"
 
-using toolkit::ErrorNumber;
+using base::ErrorNumber;
 using unit::errorReport;
 using unit::MainWindow;
 

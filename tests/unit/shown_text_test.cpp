@@ -69,7 +69,7 @@ TEST(ShownMessage, EndsInDotsWhenThereAreTooManyLines) {
 TEST(ShownMessage, IsWhatEveryBoxGets) {
     fake::reset();
     messageBox(times(1000, "x"), OkOnly, "Title");
-    dispatch([] { throw RuntimeError(ErrorNumber::FileNotFound, times(1000, "y")); });
+    dispatch([] { throw base::RuntimeError(base::ErrorNumber::FileNotFound, times(1000, "y")); });
     ASSERT_EQ(fake::computer().messages.size(), 2U);
     EXPECT_EQ(fake::computer().messages[0].text, times(250, "x") + "…");
     EXPECT_EQ(fake::computer().messages[1].text, "Laufzeitfehler '53':\r\n\r\nDatei nicht gefunden:\r\n" +

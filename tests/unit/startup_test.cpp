@@ -183,7 +183,7 @@ TEST_F(Startup, AMissingPictureIsTheEnd) {
     start();
     ASSERT_EQ(computer().messages.size(), 1U);
     EXPECT_EQ(computer().messages[0].text,
-              unit::errorReport(toolkit::ErrorNumber::FileNotFound, "/opt/tool\\file.bmp"));
+              unit::errorReport(base::ErrorNumber::FileNotFound, "/opt/tool\\file.bmp"));
     EXPECT_EQ(status(), 1);
 }
 

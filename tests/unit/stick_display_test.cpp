@@ -103,7 +103,7 @@ TEST_F(StickDisplay, AMissingPictureIsTheEnd) {
     search();
     ASSERT_EQ(computer().messages.size(), 1U);
     EXPECT_EQ(computer().messages[0].text,
-              unit::errorReport(toolkit::ErrorNumber::FileNotFound, "/opt/tool\\nofile.bmp"));
+              unit::errorReport(base::ErrorNumber::FileNotFound, "/opt/tool\\nofile.bmp"));
 }
 
 class StandardPath : public StickDisplay {};

@@ -4,7 +4,7 @@
 
 #include <functional>
 
-using toolkit::ErrorNumber;
+using base::ErrorNumber;
 using unit::errorReport;
 using unit::GB;
 using unit::MainWindow;

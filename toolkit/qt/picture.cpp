@@ -85,16 +85,17 @@ Picture loadPicture(std::string_view path) {
     std::string contents;
     const platform::FileResult result = platform::readWholeFile(path, contents);
     if (result != platform::FileResult::Ok)
-        throw RuntimeError(static_cast<ErrorNumber>(result), std::string(path));
+        throw base::RuntimeError(static_cast<base::ErrorNumber>(result), std::string(path));
     QImageReader::setAllocationLimit(qt::allocationLimitMegabytes);
     QImage image = qt::decode(contents);
-    if (image.isNull()) throw RuntimeError(ErrorNumber::InvalidPicture, std::string(path));
+    if (image.isNull()) throw base::RuntimeError(base::ErrorNumber::InvalidPicture, std::string(path));
     return std::make_shared<qt::LoadedPicture>(qt::nextHandle(), std::move(image));
 }
 
 Picture iconResource(int number) {
     QIcon icon = qt::programIcon(number);
-    if (icon.isNull()) throw RuntimeError(ErrorNumber::InvalidProcedureCall, std::to_string(number));
+    if (icon.isNull())
+        throw base::RuntimeError(base::ErrorNumber::InvalidProcedureCall, std::to_string(number));
     return std::make_shared<qt::LoadedPicture>(number, std::move(icon));
 }
 

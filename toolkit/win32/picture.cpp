@@ -48,15 +48,15 @@ Picture loadPicture(std::string_view path) {
     std::string contents;
     const platform::FileResult result = platform::readWholeFile(path, contents);
     if (result != platform::FileResult::Ok)
-        throw RuntimeError(static_cast<ErrorNumber>(result), std::string(path));
+        throw base::RuntimeError(static_cast<base::ErrorNumber>(result), std::string(path));
     std::optional<win32::Bitmap> bitmap = win32::decodePicture(contents);
-    if (!bitmap) throw RuntimeError(ErrorNumber::InvalidPicture, std::string(path));
+    if (!bitmap) throw base::RuntimeError(base::ErrorNumber::InvalidPicture, std::string(path));
     return std::make_shared<win32::LoadedPicture>(std::move(*bitmap));
 }
 
 Picture iconResource(int number) {
     if (number != 103 && number != 104)
-        throw RuntimeError(ErrorNumber::InvalidProcedureCall, std::to_string(number));
+        throw base::RuntimeError(base::ErrorNumber::InvalidProcedureCall, std::to_string(number));
     return std::make_shared<win32::LoadedPicture>(number);
 }
 

@@ -58,7 +58,7 @@ std::string absoluteFolder(std::string_view path, const std::string& base) {
         return folder;
     };
     std::string asWritten = below(std::string(path));
-    return isFolder(asWritten) ? asWritten : below(fromAnsi(path));
+    return isFolder(asWritten) ? asWritten : below(base::fromAnsi(path));
 }
 
 std::optional<IniDrive> driveOf(char letter, const Keys& keys, const std::string& base) {
@@ -69,7 +69,7 @@ std::optional<IniDrive> driveOf(char letter, const Keys& keys, const std::string
     drive.letter = letter;
     drive.type = static_cast<DriveType>(*type);
     drive.folder = absoluteFolder(path, base);
-    drive.names = {fromAnsi(valueOf(keys, "Label")), fromAnsi(valueOf(keys, "FileSystem"))};
+    drive.names = {base::fromAnsi(valueOf(keys, "Label")), base::fromAnsi(valueOf(keys, "FileSystem"))};
     drive.total = number(valueOf(keys, "Total"));
     drive.free = number(valueOf(keys, "Free"));
     return drive;
@@ -220,7 +220,7 @@ std::optional<VolumeNames> IniDrives::names(char letter) {
 bool IniDrives::setLabel(char letter, std::string_view label) {
     if (!folder(letter)) return false;
     const std::string section = {letter, ':'};
-    return writeProfileString(section, "Label", toAnsi(label), programFolder() + "\\Drives.ini");
+    return writeProfileString(section, "Label", base::toAnsi(label), programFolder() + "\\Drives.ini");
 }
 
 bool IniDrives::settle(char letter) {

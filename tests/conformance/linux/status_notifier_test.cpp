@@ -104,7 +104,7 @@ NotifyIconRecord record(const std::string& tip, std::uint8_t resource) {
     record[notify_record::uID] = 1;
     record[notify_record::uFlags] = 1 + 2 + 4;
     record[notify_record::hIcon] = resource;
-    const std::string ansi = toAnsi(tip);
+    const std::string ansi = base::toAnsi(tip);
     std::copy(ansi.begin(), ansi.end(), record.begin() + notify_record::szTip);
     return record;
 }

@@ -32,8 +32,8 @@ constexpr std::wstring_view wideLetters = L"ä ß € Größe";
 } // namespace
 
 TEST(Ansi, TextComesBack) {
-    EXPECT_EQ(exactAnsi(letters), toAnsi(letters)) << "Wine's code page is 1252";
-    EXPECT_EQ(utf8FromAnsi(toAnsi(letters)), letters);
+    EXPECT_EQ(exactAnsi(letters), base::toAnsi(letters)) << "Wine's code page is 1252";
+    EXPECT_EQ(utf8FromAnsi(base::toAnsi(letters)), letters);
     EXPECT_EQ(exactAnsi(""), "");
     EXPECT_EQ(utf8FromAnsi(""), "");
 }
@@ -49,14 +49,16 @@ TEST(Ansi, FilesAndProfiles) {
     Drives drives;
     const auto stick = drives.add('E', DriveRemovable);
     const std::string path = "E:\\" + letters + ".ini";
-    EXPECT_TRUE(writeProfileString(toAnsi(letters), toAnsi(letters), toAnsi(letters), path));
+    EXPECT_TRUE(
+        writeProfileString(base::toAnsi(letters), base::toAnsi(letters), base::toAnsi(letters), path));
     EXPECT_EQ(conformance::get(stick / conformance::named(letters + ".ini")),
-              "[" + toAnsi(letters) + "]\r\n" + toAnsi(letters) + "=" + toAnsi(letters) + "\r\n");
+              "[" + base::toAnsi(letters) + "]\r\n" + base::toAnsi(letters) + "=" + base::toAnsi(letters) +
+                  "\r\n");
     std::vector<char> buffer(1000);
-    const auto count = profileSection(toAnsi(letters), buffer, path);
-    EXPECT_EQ(fromAnsi({buffer.data(), count}), letters + "=" + letters + '\0');
+    const auto count = profileSection(base::toAnsi(letters), buffer, path);
+    EXPECT_EQ(base::fromAnsi({buffer.data(), count}), letters + "=" + letters + '\0');
     std::vector<char> names(1000);
-    EXPECT_EQ(fromAnsi({names.data(), profileSectionNames(names, path)}), letters + '\0');
+    EXPECT_EQ(base::fromAnsi({names.data(), profileSectionNames(names, path)}), letters + '\0');
 
     FileSearch search("E:\\*.*");
     FoundFile found;
@@ -70,9 +72,9 @@ TEST(Ansi, FilesAndProfiles) {
 TEST(Ansi, CopiedFiles) {
     Drives drives;
     const auto stick = drives.add('E', DriveRemovable);
-    ASSERT_EQ(writeWholeFile("E:\\" + letters, toAnsi(letters)), FileResult::Ok);
+    ASSERT_EQ(writeWholeFile("E:\\" + letters, base::toAnsi(letters)), FileResult::Ok);
     EXPECT_EQ(copyFile("E:\\" + letters, "E:\\Ö" + letters), FileResult::Ok);
-    EXPECT_EQ(conformance::get(stick / conformance::named("Ö" + letters)), toAnsi(letters));
+    EXPECT_EQ(conformance::get(stick / conformance::named("Ö" + letters)), base::toAnsi(letters));
     EXPECT_EQ(deleteFile("E:\\" + letters), FileResult::Ok);
     EXPECT_EQ(conformance::entries(stick), 1);
 }
@@ -92,10 +94,11 @@ TEST(Ansi, RegistryTexts) {
     const conformance::RegistryPlace place;
     RegistryKey key = 0;
     RegistryDisposition disposition{};
-    ASSERT_EQ(regCreateKey(registryCurrentUser, place.path() + '\\' + toAnsi(letters), registryNonVolatile,
-                           63, key, disposition),
+    ASSERT_EQ(regCreateKey(registryCurrentUser, place.path() + '\\' + base::toAnsi(letters),
+                           registryNonVolatile, 63, key, disposition),
               RegistrySuccess);
-    EXPECT_EQ(regSetValue(key, toAnsi(letters), RegistryText, toAnsi(letters) + '\0'), RegistrySuccess);
+    EXPECT_EQ(regSetValue(key, base::toAnsi(letters), RegistryText, base::toAnsi(letters) + '\0'),
+              RegistrySuccess);
     EXPECT_EQ(regCloseKey(key), RegistrySuccess);
 
     const std::string path = place.path();
@@ -110,8 +113,9 @@ TEST(Ansi, RegistryTexts) {
 
 TEST(Ansi, ArgumentsAndOutputOfPrograms) {
     EXPECT_EQ(conformance::outputOf(conformance::child("arguments \"" + letters + "\" ü")),
-              "[" + toAnsi(letters) + "][" + toAnsi("ü") + "]");
-    EXPECT_EQ(conformance::outputOf(conformance::child("answer"), "ä€"), "Proceed? answer " + toAnsi("ä€"));
+              "[" + base::toAnsi(letters) + "][" + base::toAnsi("ü") + "]");
+    EXPECT_EQ(conformance::outputOf(conformance::child("answer"), "ä€"),
+              "Proceed? answer " + base::toAnsi("ä€"));
 }
 
 TEST(Ansi, UserNames) {

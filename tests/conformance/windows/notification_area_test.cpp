@@ -66,7 +66,7 @@ protected:
         record[notify_record::uID] = 1;
         record[notify_record::uFlags] = NIF_MESSAGE | NIF_TIP;
         record[notify_record::uCallbackMessage + 1] = 2; // WM_MOUSEMOVE
-        const std::string ansi = toAnsi(tip);
+        const std::string ansi = base::toAnsi(tip);
         std::copy(ansi.begin(), ansi.end(), record.begin() + notify_record::szTip);
         return record;
     }

@@ -128,7 +128,7 @@ TEST_F(ShellStart, ADocumentIsOpenedByItsProgram) {
     const Association association(".orvtest", note);
     put(stick / named("ä ß €.orvtest"), "text");
     EXPECT_GT(open("E:\\ä ß €.orvtest"), 32);
-    EXPECT_EQ(noted(), toAnsi("E:\\ä ß €.orvtest"));
+    EXPECT_EQ(noted(), base::toAnsi("E:\\ä ß €.orvtest"));
 }
 
 TEST_F(ShellStart, AnAddressIsOpenedByItsProgram) {
