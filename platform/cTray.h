@@ -1,7 +1,7 @@
 #pragma once
 
+#include "base/picture.h"
 #include "platform/notify_icon.h"
-#include "toolkit/picture.h"
 
 #include <cstdint>
 #include <optional>
@@ -20,8 +20,8 @@ public:
 
     /// The icon's picture, by reference. TrayIcon_Set takes its handle; a change shows with TrayIcon_Modify
     /// only.
-    const toolkit::Picture& TrayIcon_Icon() const noexcept { return icon_; }
-    void TrayIcon_Icon(const toolkit::Picture& icon) { icon_ = icon; }
+    const base::Picture& TrayIcon_Icon() const noexcept { return icon_; }
+    void TrayIcon_Icon(const base::Picture& icon) { icon_ = icon; }
 
     /// Adds the icon. `lhWnd` is the window that gets its mouse messages; of the tip 64 bytes count.
     void TrayIcon_Set(std::int32_t lhWnd, std::string_view sCaption);
@@ -41,6 +41,6 @@ private:
     void setTip(std::string_view caption);
 
     platform::NotifyIconRecord record_{};
-    toolkit::Picture icon_;
+    base::Picture icon_;
     std::int32_t windowHandle_ = 0;
 };
