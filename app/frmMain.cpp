@@ -41,7 +41,6 @@ const std::array<std::string, online::settingsKinds> channelOrder = {
 };
 
 constexpr std::array<const char*, 4> menuCaptions = {"Wiederherstellen", "USB Stick öffnen", "-", "Beenden"};
-constexpr int programIcon = 103;
 
 } // namespace
 
@@ -132,7 +131,7 @@ void frmMain::Form_Load() {
     cmbSize.addItem("GB", 3);
     cmbSize.setListIndex(0);
     LoadSettings();
-    setIcon(toolkit::iconResource(programIcon));
+    setIcon(toolkit::iconResource(toolkit::programIcon));
     basDeklare::setDeviceListener({[this] { return automaticDetection_; },
                                    [this] { drive::deviceArrived(program_); },
                                    [this] { drive::deviceRemoved(program_); }});

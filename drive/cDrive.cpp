@@ -72,12 +72,12 @@ void cDrive::mp_GetDriveTyps() {
 void cDrive::mp_EvaluateSticks() {
     usbInfos_ = {};
     if (p_GetDL_Count() == 1) {
-        program_.Tray->TrayIcon_Icon(toolkit::iconResource(drive::stickIcon));
+        program_.Tray->TrayIcon_Icon(toolkit::iconResource(toolkit::stickIcon));
         const std::string file = p_GetDriveLetters("0") + "USB.ini";
         if (mp_PathExists(file) && platform::profileIsReadable(file)) readProfile(file);
     } else if (p_GetDL_Count() == 0) {
         p_SetUSBInfos(noStick);
-        program_.Tray->TrayIcon_Icon(toolkit::iconResource(drive::noStickIcon));
+        program_.Tray->TrayIcon_Icon(toolkit::iconResource(toolkit::noStickIcon));
     } else {
         p_SetUSBInfos(severalSticks);
         frmAuswahl dialog(program_);

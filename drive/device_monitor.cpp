@@ -4,12 +4,13 @@
 #include "drive/cDrive.h"
 #include "drive/stick_actions.h"
 #include "drive/stick_icons.h"
+#include "toolkit/picture.h"
 
 namespace drive {
 
 void deviceArrived(app::Program& program) {
     cDrive& drive = *program.Drive;
-    showTrayIcon(program, stickIcon);
+    showTrayIcon(program, toolkit::stickIcon);
     drive.mp_GetDriveTyps();
     drive.ChooseUSB_Info(drive.p_GetDriveLetters("0"));
     if (program.OpenOnArrival)
@@ -18,7 +19,7 @@ void deviceArrived(app::Program& program) {
 
 void deviceRemoved(app::Program& program) {
     program.Drive->RemoveUSB_Info();
-    showTrayIcon(program, noStickIcon);
+    showTrayIcon(program, toolkit::noStickIcon);
 }
 
 } // namespace drive

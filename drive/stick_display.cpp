@@ -43,7 +43,7 @@ void cDrive::SetUSB_Info() {
     window.txtDT_Cap.setText(mp_GetDriveName(root));
     window.txtDT_Cap.setToolTip(drive::labelToolTip);
     window.txtFAT.setText(mp_FileSystem());
-    drive::showTrayIcon(program_, drive::stickIcon);
+    drive::showTrayIcon(program_, toolkit::stickIcon);
 }
 
 /// Takes the value that the last evaluation with a profile file read; a stick chosen in the dialog has had

@@ -15,8 +15,18 @@ using base::PictureData;
 /// `OleLoadPicture`.
 Picture loadPicture(std::string_view path);
 
-/// The program's icon resource 103 (no stick; the program's own icon) or 104 (stick present). Windows:
-/// `LoadImage`. Throws base::RuntimeError (InvalidProcedureCall) for a number that the program does not have.
+// The program's icon resources.
+constexpr int programIcon = 103;
+constexpr int noStickIcon = programIcon; ///< of the tray icon
+constexpr int stickIcon = 104;           ///< of the tray icon
+
+/// One of the two icon resources. Windows: `LoadImage`. Throws base::RuntimeError (InvalidProcedureCall) for
+/// a number that the program does not have.
 Picture iconResource(int number);
+
+/// Whether the program has an icon resource of that number.
+constexpr bool isIconResource(int number) {
+    return number == programIcon || number == stickIcon;
+}
 
 } // namespace toolkit

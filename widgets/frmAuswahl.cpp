@@ -5,7 +5,6 @@
 
 namespace {
 
-constexpr int programIcon = 103;
 constexpr std::int32_t letterColumnWidth = 1800; // twips
 constexpr std::int32_t labelColumnWidth = 2000;  // twips
 
@@ -35,7 +34,7 @@ frmAuswahl::frmAuswahl(app::Program& program) : Form("frmAuswahl"), program_(pro
 void frmAuswahl::Form_Load() {
     cDrive& drive = *program_.Drive;
     listHelper_ = std::make_unique<cLV>();
-    setIcon(toolkit::iconResource(programIcon));
+    setIcon(toolkit::iconResource(toolkit::programIcon));
     ListView1.setView(toolkit::ListView::Report);
     ListView1.addColumn("Laufwerksbuchstabe", letterColumnWidth);
     ListView1.addColumn("Laufwerksbezeichnung", labelColumnWidth);

@@ -92,7 +92,7 @@ Picture loadPicture(std::string_view path) {
 }
 
 Picture iconResource(int number) {
-    if (number != 103 && number != 104) throw base::RuntimeError(base::ErrorNumber::InvalidProcedureCall);
+    if (!isIconResource(number)) throw base::RuntimeError(base::ErrorNumber::InvalidProcedureCall);
     return std::make_shared<fake::IconPicture>(number);
 }
 

@@ -17,7 +17,7 @@ TEST(StatusBarPanels, AreNumberedFromOne) {
     bar.panel(2).attach(&view);
     bar.panel(2).setText("a");
     bar.panel(2).setText("a");
-    bar.panel(2).setPicture(iconResource(103));
+    bar.panel(2).setPicture(iconResource(programIcon));
     EXPECT_EQ(view.shown, (std::vector{Property::Text, Property::Picture}));
 }
 
@@ -25,7 +25,7 @@ TEST(ImagePicture, IsToldToTheViewWhenItIsAnother) {
     Image image("img");
     RecordingView view;
     image.attach(&view);
-    const Picture picture = iconResource(104);
+    const Picture picture = iconResource(stickIcon);
     image.setPicture(picture);
     image.setPicture(picture);
     EXPECT_EQ(view.shown, std::vector{Property::Picture});

@@ -32,7 +32,7 @@ protected:
 };
 
 TEST_F(Tray, SetAddsTheWholeRecord) {
-    tray.TrayIcon_Icon(toolkit::iconResource(104));
+    tray.TrayIcon_Icon(toolkit::iconResource(toolkit::stickIcon));
     tray.TrayIcon_Set(0x12345678, "Tip");
     ASSERT_EQ(fake::computer().trayCalls.size(), 1U);
     EXPECT_EQ(last().message, NotifyIcon::Add);
@@ -68,7 +68,7 @@ TEST_F(Tray, ModifyChangesTipAndIconAndKeepsTheRest) {
 }
 
 TEST_F(Tray, ModifyWithoutAnIconKeepsItAndHandsItBack) {
-    tray.TrayIcon_Icon(toolkit::iconResource(104));
+    tray.TrayIcon_Icon(toolkit::iconResource(toolkit::stickIcon));
     tray.TrayIcon_Set(1, "a");
     std::optional<std::int32_t> icon;
     tray.TrayIcon_Modify("b", icon);
@@ -108,7 +108,7 @@ TEST_F(Tray, TipsCountAnsiCharacters) {
 }
 
 TEST_F(Tray, ThePictureIsKeptByReferenceAndShowsWithTheNextSetOnly) {
-    const toolkit::Picture picture = toolkit::iconResource(103);
+    const toolkit::Picture picture = toolkit::iconResource(toolkit::noStickIcon);
     tray.TrayIcon_Icon(picture);
     EXPECT_EQ(tray.TrayIcon_Icon(), picture);
     EXPECT_TRUE(fake::computer().trayCalls.empty());

@@ -34,8 +34,6 @@ constexpr std::chrono::milliseconds shortestPause{4};
 
 constexpr int longestPump = 50; // milliseconds
 
-constexpr int programIcon = 103;
-
 bool quitting = false;
 
 void describe(QApplication& application) {
@@ -43,7 +41,7 @@ void describe(QApplication& application) {
     QGuiApplication::setApplicationDisplayName({});
     QGuiApplication::setDesktopFileName(QStringLiteral("orvanta-usbtool"));
     QGuiApplication::setQuitOnLastWindowClosed(false);
-    QApplication::setWindowIcon(qt::programIcon(programIcon));
+    QApplication::setWindowIcon(qt::iconOf(programIcon));
     QObject::connect(&application, &QGuiApplication::commitDataRequest, &application,
                      [](QSessionManager&) { qt::requestProgramClose(); });
 }

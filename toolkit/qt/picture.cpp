@@ -67,8 +67,8 @@ const LoadedPicture* loaded(const Picture& picture) {
     return dynamic_cast<const LoadedPicture*>(picture.get());
 }
 
-QIcon programIcon(int number) {
-    if (number != 103 && number != 104) return {};
+QIcon iconOf(int number) {
+    if (!isIconResource(number)) return {};
     // Kept, as an icon opens its files when they are named; and left to the process, as pictures must not
     // outlive the application.
     static auto* const icons = new std::map<int, QIcon>;
@@ -93,7 +93,7 @@ Picture loadPicture(std::string_view path) {
 }
 
 Picture iconResource(int number) {
-    QIcon icon = qt::programIcon(number);
+    QIcon icon = qt::iconOf(number);
     if (icon.isNull())
         throw base::RuntimeError(base::ErrorNumber::InvalidProcedureCall, std::to_string(number));
     return std::make_shared<qt::LoadedPicture>(number, std::move(icon));

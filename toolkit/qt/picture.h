@@ -28,7 +28,7 @@ private:
 /// Null for no picture.
 const LoadedPicture* loaded(const Picture& picture);
 
-/// The icon resource of that number, 103 or 104, in all its sizes; null for any other number.
-QIcon programIcon(int number);
+/// The icon resource of that number in all its sizes; null where there is none.
+QIcon iconOf(int number);
 
 } // namespace toolkit::qt

@@ -55,7 +55,7 @@ Picture loadPicture(std::string_view path) {
 }
 
 Picture iconResource(int number) {
-    if (number != 103 && number != 104)
+    if (!isIconResource(number))
         throw base::RuntimeError(base::ErrorNumber::InvalidProcedureCall, std::to_string(number));
     return std::make_shared<win32::LoadedPicture>(number);
 }

@@ -1,5 +1,6 @@
 #include "toolkit/win32/window_class.h"
 
+#include "toolkit/picture.h"
 #include "toolkit/win32/texts.h"
 
 #include <array>
@@ -8,8 +9,6 @@
 namespace toolkit::win32 {
 
 namespace {
-
-constexpr WORD programIcon = 103;
 
 HICON icon(int width, int height) {
     return static_cast<HICON>(LoadImageW(GetModuleHandleW(nullptr), MAKEINTRESOURCEW(programIcon), IMAGE_ICON,
