@@ -9,6 +9,13 @@
 
 namespace platform {
 
+// The messages that count here, and what the first parameter of the second one says. Their values are those
+// of Windows on every system.
+constexpr std::uint32_t destroyMessage = 2;             ///< the last one; Windows: WM_DESTROY
+constexpr std::uint32_t deviceChangeMessage = 0x219;    ///< Windows: WM_DEVICECHANGE
+constexpr std::uintptr_t deviceArrival = 0x8000;        ///< Windows: DBT_DEVICEARRIVAL
+constexpr std::uintptr_t deviceRemoveComplete = 0x8004; ///< Windows: DBT_DEVICEREMOVECOMPLETE
+
 /// A window's procedure. Windows: `WNDPROC`.
 using WindowProcedure = std::intptr_t (*)(std::intptr_t window, std::uint32_t message, std::uintptr_t wParam,
                                           std::intptr_t lParam);

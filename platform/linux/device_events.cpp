@@ -13,10 +13,6 @@ namespace platform {
 
 namespace {
 
-constexpr std::uint32_t deviceChangeMessage = 0x219;
-constexpr std::uintptr_t deviceArrival = 0x8000;
-constexpr std::uintptr_t deviceRemoveComplete = 0x8004;
-
 struct State {
     std::map<std::intptr_t, WindowProcedure> procedures; // those that are not the first ones
     DeviceEventDelivery delivery;

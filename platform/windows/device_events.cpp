@@ -16,6 +16,8 @@ namespace {
 static_assert(std::is_same_v<WindowProcedure, std::intptr_t (*)(std::intptr_t, UINT, WPARAM, LPARAM)>);
 static_assert(std::is_same_v<LRESULT, std::intptr_t>);
 static_assert(sizeof(HWND) == sizeof(std::intptr_t));
+static_assert(destroyMessage == WM_DESTROY && deviceChangeMessage == WM_DEVICECHANGE);
+static_assert(deviceArrival == DBT_DEVICEARRIVAL && deviceRemoveComplete == DBT_DEVICEREMOVECOMPLETE);
 
 /// A window whose procedure has been exchanged.
 struct Hook {

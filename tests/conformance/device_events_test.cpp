@@ -14,10 +14,6 @@ using namespace platform;
 
 namespace {
 
-constexpr std::uint32_t destroy = 2;
-constexpr std::uint32_t deviceChange = 0x219;
-constexpr std::uintptr_t arrival = 0x8000;
-constexpr std::uintptr_t removal = 0x8004;
 constexpr std::uintptr_t anything = 7; ///< the drives have been changed somehow
 
 using Messages = std::vector<std::uintptr_t>;
@@ -29,19 +25,20 @@ std::uint32_t typeAtMessage = DriveUnknown;
 
 std::intptr_t noting(std::intptr_t window, std::uint32_t message, std::uintptr_t wParam,
                      std::intptr_t lParam) {
-    const bool counts = message == deviceChange && (wParam == arrival || wParam == removal);
+    const bool counts =
+        message == deviceChangeMessage && (wParam == deviceArrival || wParam == deviceRemoveComplete);
     if (counts) {
         received.push_back(wParam);
         typeAtMessage = driveType("E:\\");
     }
     if (takesItselfOff && counts) setWindowProcedure(window, previous);
     const std::intptr_t result = callWindowProcedure(previous, window, message, wParam, lParam);
-    return message == deviceChange ? result + 1000 : result;
+    return message == deviceChangeMessage ? result + 1000 : result;
 }
 
 std::intptr_t throwing(std::intptr_t window, std::uint32_t message, std::uintptr_t wParam,
                        std::intptr_t lParam) {
-    if (message == deviceChange) throw std::runtime_error("from a window's procedure");
+    if (message == deviceChangeMessage) throw std::runtime_error("from a window's procedure");
     return callWindowProcedure(previous, window, message, wParam, lParam);
 }
 
@@ -63,7 +60,7 @@ public:
 protected:
     void put(WindowProcedure procedure) { previous = setWindowProcedure(window.handle(), procedure); }
     std::intptr_t send(std::uintptr_t wParam) const {
-        return sendWindowMessage(window.handle(), deviceChange, wParam, 0);
+        return sendWindowMessage(window.handle(), deviceChangeMessage, wParam, 0);
     }
     bool waitForMessages(std::size_t count) {
         return window.waitFor([count] { return received.size() >= count; });
@@ -82,34 +79,34 @@ TEST_F(DeviceEvents, AWindowHasAProcedureFromTheStart) {
 }
 
 TEST_F(DeviceEvents, MessagesGoThroughTheProcedureAndOn) {
-    const std::intptr_t own = send(arrival);
+    const std::intptr_t own = send(deviceArrival);
     put(noting);
-    EXPECT_EQ(send(arrival), own + 1000) << "the result of the window's own procedure comes back";
+    EXPECT_EQ(send(deviceArrival), own + 1000) << "the result of the window's own procedure comes back";
     EXPECT_EQ(send(anything), own + 1000);
-    EXPECT_EQ(received, Messages{arrival});
+    EXPECT_EQ(received, Messages{deviceArrival});
 }
 
 TEST_F(DeviceEvents, PuttingThePreviousOneBackTwiceIsHarmless) {
-    const std::intptr_t own = send(arrival);
+    const std::intptr_t own = send(deviceArrival);
     put(noting);
     EXPECT_EQ(setWindowProcedure(window.handle(), previous), noting);
     EXPECT_EQ(setWindowProcedure(window.handle(), previous), previous);
-    EXPECT_EQ(send(arrival), own);
+    EXPECT_EQ(send(deviceArrival), own);
     EXPECT_EQ(received, Messages());
 }
 
 TEST_F(DeviceEvents, AProcedureMayTakeItselfOff) {
     put(noting);
     takesItselfOff = true;
-    send(arrival);
-    send(removal);
-    EXPECT_EQ(received, Messages{arrival});
+    send(deviceArrival);
+    send(deviceRemoveComplete);
+    EXPECT_EQ(received, Messages{deviceArrival});
 }
 
 TEST_F(DeviceEvents, OtherMessagesGoThroughToo) {
-    const std::intptr_t own = sendWindowMessage(window.handle(), destroy, 0, 0);
+    const std::intptr_t own = sendWindowMessage(window.handle(), destroyMessage, 0, 0);
     put(noting);
-    EXPECT_EQ(sendWindowMessage(window.handle(), destroy, 0, 0), own);
+    EXPECT_EQ(sendWindowMessage(window.handle(), destroyMessage, 0, 0), own);
 }
 
 TEST_F(DeviceEvents, ADriveComesAndGoes) {
@@ -117,12 +114,12 @@ TEST_F(DeviceEvents, ADriveComesAndGoes) {
     drives.add('E', DriveRemovable);
     window.announce(true);
     ASSERT_TRUE(waitForMessages(1));
-    EXPECT_EQ(received, Messages{arrival});
+    EXPECT_EQ(received, Messages{deviceArrival});
     EXPECT_EQ(typeAtMessage, DriveRemovable) << "it is there when the message comes";
     drives.remove('E');
     window.announce(false);
     ASSERT_TRUE(waitForMessages(2));
-    EXPECT_EQ(received, (Messages{arrival, removal}));
+    EXPECT_EQ(received, (Messages{deviceArrival, deviceRemoveComplete}));
     EXPECT_EQ(typeAtMessage, DriveNoRootDir);
 }
 

@@ -90,8 +90,8 @@ TEST_F(Closing, GoesInOrder) {
                                         "write D:\\USB.ini", "write /opt/tool\\Settings.ini"}));
     EXPECT_EQ(computer().routedWindows, std::vector<std::intptr_t>(2, fake::windowHandle));
     EXPECT_NE(computer().procedure, nullptr);
-    computer().procedure(fake::windowHandle, 0x219, 0x8000, 0);
-    EXPECT_EQ(computer().defaultMessages, std::vector<std::uint32_t>{0x219})
+    computer().procedure(fake::windowHandle, platform::deviceChangeMessage, platform::deviceArrival, 0);
+    EXPECT_EQ(computer().defaultMessages, std::vector<std::uint32_t>{platform::deviceChangeMessage})
         << "the window's own procedure is back";
 }
 

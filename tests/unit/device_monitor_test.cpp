@@ -4,13 +4,12 @@
 
 #include "platform/basDeklare.h"
 #include "platform/cTray.h"
+#include "platform/device_events.h"
 
 using unit::MainWindow;
 
 class DeviceMonitor : public MainWindow {
 protected:
-    static constexpr std::uint32_t deviceChange = 0x219;
-
     void startDetecting() {
         start();
         event([this] { window().chkAuto.setValue(1); });
@@ -29,6 +28,13 @@ protected:
         return icons;
     }
 };
+
+TEST(DeviceMessages, HaveTheNumbersOfWindows) {
+    EXPECT_EQ(platform::destroyMessage, 2U);
+    EXPECT_EQ(platform::deviceChangeMessage, 0x219U);
+    EXPECT_EQ(platform::deviceArrival, 0x8000U);
+    EXPECT_EQ(platform::deviceRemoveComplete, 0x8004U);
+}
 
 TEST_F(DeviceMonitor, AnArrivalScansAndShowsTheStick) {
     pullOut("D:\\");
@@ -82,21 +88,23 @@ TEST_F(DeviceMonitor, WithoutAutomaticDetectionNothingChanges) {
     deviceArrives();
     EXPECT_EQ(computer().driveScans, 0);
     EXPECT_EQ(panel(), "USB Stick");
-    EXPECT_EQ(computer().defaultMessages, (std::vector<std::uint32_t>{deviceChange, deviceChange}));
+    EXPECT_EQ(computer().defaultMessages,
+              (std::vector<std::uint32_t>{platform::deviceChangeMessage, platform::deviceChangeMessage}));
 }
 
 TEST_F(DeviceMonitor, EveryMessageIsPassedOnAndItsResultReturned) {
     startDetecting();
-    EXPECT_EQ(message(deviceChange, 0x8000), fake::defaultResult);
-    EXPECT_EQ(message(deviceChange, 0x8004), fake::defaultResult);
+    EXPECT_EQ(message(platform::deviceChangeMessage, platform::deviceArrival), fake::defaultResult);
+    EXPECT_EQ(message(platform::deviceChangeMessage, platform::deviceRemoveComplete), fake::defaultResult);
     EXPECT_EQ(message(15), fake::defaultResult);
-    EXPECT_EQ(computer().defaultMessages, (std::vector<std::uint32_t>{deviceChange, deviceChange, 15}));
+    EXPECT_EQ(computer().defaultMessages,
+              (std::vector<std::uint32_t>{platform::deviceChangeMessage, platform::deviceChangeMessage, 15}));
 }
 
 TEST_F(DeviceMonitor, OtherDeviceChangesAndOtherMessagesDoNothing) {
     startDetecting();
     for (const std::uintptr_t wParam : {0x7U, 0x8001U, 0x8002U, 0x8003U, 0x8005U})
-        message(deviceChange, wParam);
+        message(platform::deviceChangeMessage, wParam);
     message(0x218, 0x8000);
     message(0x21A, 0x8004);
     EXPECT_EQ(computer().driveScans, 0);
@@ -106,17 +114,17 @@ TEST_F(DeviceMonitor, OtherDeviceChangesAndOtherMessagesDoNothing) {
 
 TEST_F(DeviceMonitor, TheLastArgumentIsNeverLookedAt) {
     startDetecting();
-    message(deviceChange, 0x8000, 1);
+    message(platform::deviceChangeMessage, platform::deviceArrival, 1);
     EXPECT_EQ(computer().driveScans, 1);
 }
 
 TEST_F(DeviceMonitor, TheEndOfTheWindowRestoresItsProcedureFirst) {
     startDetecting();
     const auto own = computer().procedure;
-    EXPECT_EQ(message(2), fake::defaultResult);
+    EXPECT_EQ(message(platform::destroyMessage), fake::defaultResult);
     EXPECT_NE(computer().procedure, own);
     EXPECT_EQ(computer().defaultMessages, std::vector<std::uint32_t>{2});
-    message(deviceChange, 0x8000);
+    message(platform::deviceChangeMessage, platform::deviceArrival);
     EXPECT_EQ(computer().driveScans, 0);
     basDeklare::UnhookWindow(fake::windowHandle);
     message(15);

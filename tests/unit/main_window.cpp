@@ -5,14 +5,6 @@
 
 namespace unit {
 
-namespace {
-
-constexpr std::uint32_t deviceChange = 0x219;
-constexpr std::uintptr_t arrival = 0x8000;
-constexpr std::uintptr_t removeComplete = 0x8004;
-
-} // namespace
-
 CatalogFields fullCatalog() {
     CatalogFields fields;
     for (std::size_t i = 0; i < fields.size(); ++i) {
@@ -127,11 +119,11 @@ std::intptr_t ProgramRun::message(std::uint32_t number, std::uintptr_t wParam, s
 }
 
 void ProgramRun::deviceArrives() {
-    message(deviceChange, arrival);
+    message(platform::deviceChangeMessage, platform::deviceArrival);
 }
 
 void ProgramRun::deviceGoes() {
-    message(deviceChange, removeComplete);
+    message(platform::deviceChangeMessage, platform::deviceRemoveComplete);
 }
 
 void ProgramRun::tick() {

@@ -25,9 +25,6 @@ namespace {
 
 class WindowView;
 
-/// What a window's procedure hears last. Windows: WM_DESTROY.
-constexpr std::uint32_t destroyMessage = 2;
-
 std::vector<WindowView*>& liveViews() {
     static std::vector<WindowView*> views;
     return views;
@@ -113,7 +110,8 @@ public:
 
 private:
     void tellDestroyed() {
-        if (!std::exchange(destroyed_, true)) platform::sendWindowMessage(handle_, destroyMessage, 0, 0);
+        if (!std::exchange(destroyed_, true))
+            platform::sendWindowMessage(handle_, platform::destroyMessage, 0, 0);
     }
 
     void showAll() {

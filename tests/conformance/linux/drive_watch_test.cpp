@@ -23,9 +23,6 @@ namespace {
 [[maybe_unused]] const auto* world = testing::AddGlobalTestEnvironment(new EventWorld);
 
 constexpr std::intptr_t window = 42;
-constexpr std::uint32_t deviceChange = 0x219;
-constexpr std::uintptr_t arrival = 0x8000;
-constexpr std::uintptr_t removal = 0x8004;
 /// Longer than a blank disk is given, so that a second message would have come.
 constexpr int quietTime = 2500; // milliseconds
 
@@ -35,7 +32,7 @@ WindowProcedure firstProcedure = nullptr;
 
 std::intptr_t procedure(std::intptr_t to, std::uint32_t message, std::uintptr_t wParam,
                         std::intptr_t lParam) {
-    if (to == window && message == deviceChange) received.push_back(wParam);
+    if (to == window && message == deviceChangeMessage) received.push_back(wParam);
     if (takeOffAtMessage) setWindowProcedure(window, firstProcedure);
     return callWindowProcedure(firstProcedure, to, message, wParam, lParam) + 7;
 }
@@ -93,12 +90,12 @@ using Messages = std::vector<std::uintptr_t>;
 
 TEST_F(DeviceEvents, ProceduresChain) {
     ASSERT_NE(firstProcedure, nullptr);
-    EXPECT_EQ(sendWindowMessage(window, deviceChange, 5, 0), 7);
+    EXPECT_EQ(sendWindowMessage(window, deviceChangeMessage, 5, 0), 7);
     EXPECT_EQ(received, Messages{5});
-    EXPECT_EQ(sendWindowMessage(window + 1, deviceChange, 6, 0), 0);
+    EXPECT_EQ(sendWindowMessage(window + 1, deviceChangeMessage, 6, 0), 0);
     EXPECT_EQ(setWindowProcedure(window, firstProcedure), procedure);
     EXPECT_EQ(setWindowProcedure(window, firstProcedure), firstProcedure);
-    EXPECT_EQ(sendWindowMessage(window, deviceChange, 8, 0), 0);
+    EXPECT_EQ(sendWindowMessage(window, deviceChangeMessage, 8, 0), 0);
     EXPECT_EQ(received, Messages{5});
 }
 
@@ -109,7 +106,7 @@ TEST_F(DeviceEvents, StickComesAndGoes) {
     mock.remove(blockPath("sdb1"));
     ASSERT_TRUE(waitForMessages(2));
     EXPECT_EQ(drivesThere(), 0);
-    EXPECT_EQ(received, (Messages{arrival, removal}));
+    EXPECT_EQ(received, (Messages{deviceArrival, deviceRemoveComplete}));
 }
 
 TEST_F(DeviceEvents, ArrivalAndItsScanAreOneRoundTrip) {
@@ -135,7 +132,7 @@ TEST_F(DeviceEvents, DiskWithTwoPartitionsArrivesOnce) {
     ASSERT_TRUE(waitForMessages(1));
     EXPECT_EQ(drivesThere(), 2);
     idle();
-    EXPECT_EQ(received, Messages{arrival});
+    EXPECT_EQ(received, Messages{deviceArrival});
 }
 
 TEST_F(DeviceEvents, ArrivalWaitsForTheFileSystem) {
@@ -146,7 +143,7 @@ TEST_F(DeviceEvents, ArrivalWaitsForTheFileSystem) {
     mock.change(blockPath("sdb"), blockInterface, fat32("LATE"));
     ASSERT_TRUE(waitForMessages(1));
     idle();
-    EXPECT_EQ(received, Messages{arrival});
+    EXPECT_EQ(received, Messages{deviceArrival});
 }
 
 TEST_F(DeviceEvents, BlankDiskArrivesWhenItStaysBlank) {
@@ -154,7 +151,7 @@ TEST_F(DeviceEvents, BlankDiskArrivesWhenItStaysBlank) {
     ASSERT_TRUE(waitForMessages(1));
     EXPECT_EQ(drivesThere(), 1);
     idle();
-    EXPECT_EQ(received, Messages{arrival});
+    EXPECT_EQ(received, Messages{deviceArrival});
 }
 
 TEST_F(DeviceEvents, OnlyAMediumMatters) {
@@ -169,7 +166,7 @@ TEST_F(DeviceEvents, OnlyAMediumMatters) {
     ASSERT_TRUE(waitForMessages(1));
     mock.change(blockPath("sdb"), blockInterface, {{"Size", quint64{0}}, {"IdUsage", ""}});
     ASSERT_TRUE(waitForMessages(2));
-    EXPECT_EQ(received, (Messages{arrival, removal}));
+    EXPECT_EQ(received, (Messages{deviceArrival, deviceRemoveComplete}));
 }
 
 TEST_F(DeviceEvents, MountingAndLabellingAreNoNews) {
@@ -181,7 +178,7 @@ TEST_F(DeviceEvents, MountingAndLabellingAreNoNews) {
     EXPECT_TRUE(setVolumeLabel(root, "OTHER"));
     EXPECT_TRUE(settleVolume(root));
     idle();
-    EXPECT_EQ(received, Messages{arrival});
+    EXPECT_EQ(received, Messages{deviceArrival});
 }
 
 TEST_F(DeviceEvents, ServiceThatVanishesAndComesBack) {
@@ -193,7 +190,7 @@ TEST_F(DeviceEvents, ServiceThatVanishesAndComesBack) {
     mock.start();
     ASSERT_TRUE(waitForMessages(3));
     EXPECT_EQ(drivesThere(), 1);
-    EXPECT_EQ(received, (Messages{arrival, removal, arrival}));
+    EXPECT_EQ(received, (Messages{deviceArrival, deviceRemoveComplete, deviceArrival}));
     mock.remove(blockPath("sdb1")); // the new one is listened to
     ASSERT_TRUE(waitForMessages(4));
 }
@@ -204,7 +201,7 @@ TEST_F(DeviceEvents, QuickRestartOfTheServiceIsNoNews) {
     mock.stop();
     mock.start();
     idle();
-    EXPECT_EQ(received, Messages{arrival});
+    EXPECT_EQ(received, Messages{deviceArrival});
 }
 
 TEST_F(DeviceEvents, NothingComesWithoutAProcedure) {
@@ -221,7 +218,7 @@ TEST_F(DeviceEvents, ProcedureMayTakeItselfOff) {
     ASSERT_TRUE(waitForMessages(1));
     mock.remove(blockPath("sdb1"));
     idle();
-    EXPECT_EQ(received, Messages{arrival});
+    EXPECT_EQ(received, Messages{deviceArrival});
 }
 
 TEST_F(DeviceEvents, DeliveryStandsBetween) {
@@ -251,7 +248,8 @@ TEST_F(DeviceEvents, SectionsOfTheFileComeAndGo) {
     drives.reset();
     ASSERT_TRUE(waitForMessages(7));
     EXPECT_EQ(drivesThere(), 1);
-    EXPECT_EQ(received, (Messages{arrival, removal, arrival, arrival, removal, removal, arrival}));
+    EXPECT_EQ(received, (Messages{deviceArrival, deviceRemoveComplete, deviceArrival, deviceArrival,
+                                  deviceRemoveComplete, deviceRemoveComplete, deviceArrival}));
 }
 
 TEST_F(DeviceEvents, FileWrittenInPlace) {
@@ -263,5 +261,5 @@ TEST_F(DeviceEvents, FileWrittenInPlace) {
     ASSERT_TRUE(waitForMessages(2));
     std::ofstream(table, std::ios::app) << "Label=NEW\n";
     idle(500);
-    EXPECT_EQ(received, (Messages{arrival, arrival}));
+    EXPECT_EQ(received, (Messages{deviceArrival, deviceArrival}));
 }
