@@ -21,6 +21,9 @@ public:
     /// Width that fits a column to its texts and its header. Windows: LVSCW_AUTOSIZE_USEHEADER.
     static constexpr std::int32_t FitColumn = -2;
 
+    /// Notification that a field of the header is about to change. Windows: HDN_ITEMCHANGINGA.
+    static constexpr std::int32_t HeaderItemChanging = -300;
+
     struct Column {
         std::string header;
         std::int32_t width = 0; ///< twips (1/1440 inch), or FitColumn

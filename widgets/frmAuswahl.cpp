@@ -8,9 +8,6 @@ namespace {
 constexpr std::int32_t letterColumnWidth = 1800; // twips
 constexpr std::int32_t labelColumnWidth = 2000;  // twips
 
-/// Number of the notification that a field of the header is about to change. Windows: HDN_ITEMCHANGINGA.
-constexpr std::int32_t headerItemChanging = -300;
-
 } // namespace
 
 frmAuswahl::frmAuswahl(app::Program& program) : Form("frmAuswahl"), program_(program) {
@@ -48,7 +45,9 @@ void frmAuswahl::Form_Load() {
     ListView1.setSelected(0);
 
     // The columns keep their widths, wherever in the header it was tried.
-    ListView1.onHeaderNotify = [](std::int32_t code) { return code == headerItemChanging; };
+    ListView1.onHeaderNotify = [](std::int32_t code) {
+        return code == toolkit::ListView::HeaderItemChanging;
+    };
 }
 
 void frmAuswahl::cmdOK_Click() {

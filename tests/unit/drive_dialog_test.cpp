@@ -75,11 +75,11 @@ TEST_F(DriveDialog, HasTwoColumnsUnderAFlatHeader) {
 
 TEST_F(DriveDialog, RefusesEveryChangeOfTheHeaderAsLongAsItIsOpen) {
     search([](frmAuswahl& dialog) {
-        EXPECT_TRUE(dialog.ListView1.headerNotify(-300));
+        EXPECT_TRUE(dialog.ListView1.headerNotify(ListView::HeaderItemChanging));
         EXPECT_FALSE(dialog.ListView1.headerNotify(-301));
         EXPECT_FALSE(dialog.ListView1.headerNotify(-320));
         dialog.closeRequested();
-        EXPECT_FALSE(dialog.ListView1.headerNotify(-300));
+        EXPECT_FALSE(dialog.ListView1.headerNotify(ListView::HeaderItemChanging));
     });
     EXPECT_EQ(shown, 1);
 }

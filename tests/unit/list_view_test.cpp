@@ -98,9 +98,11 @@ TEST_F(List, ClicksWithoutRowOrHandlerDoNothing) {
 }
 
 TEST_F(List, AHeaderThatNobodyGuardsMayChange) {
-    EXPECT_FALSE(list.headerNotify(-300));
-    list.onHeaderNotify = [](std::int32_t code) { return code == -300; };
-    EXPECT_TRUE(list.headerNotify(-300));
+    constexpr std::int32_t changing = ListView::HeaderItemChanging;
+    EXPECT_EQ(changing, -300);
+    EXPECT_FALSE(list.headerNotify(changing));
+    list.onHeaderNotify = [](std::int32_t code) { return code == changing; };
+    EXPECT_TRUE(list.headerNotify(changing));
     EXPECT_FALSE(list.headerNotify(-301));
 }
 

@@ -22,9 +22,6 @@ constexpr double twipsPerInch = 1440;
 /// Size of the letters that the columns are made for. They grow with larger ones.
 constexpr double usualPointSize = 9;
 
-/// Number of the question whether a field of the header may change. Windows: HDN_ITEMCHANGINGA.
-constexpr std::int32_t headerItemChanging = -300;
-
 QStringList rowTexts(const ListView::Item& item) {
     QStringList texts;
     for (const std::string& text : item)
@@ -174,7 +171,7 @@ private:
     /// A column that may not change does not even look as if it could be dragged.
     void askForColumns() {
         bool refused = false;
-        send([this, &refused] { refused = list_.headerNotify(headerItemChanging); });
+        send([this, &refused] { refused = list_.headerNotify(ListView::HeaderItemChanging); });
         const auto mode = refused ? QHeaderView::Fixed : QHeaderView::Interactive;
         if (widget_.header()->sectionResizeMode(0) != mode) widget_.header()->setSectionResizeMode(mode);
     }
@@ -183,7 +180,7 @@ private:
         if (resizing_ || released_ || static_cast<std::size_t>(column) >= list_.columns().size()) return;
         const auto index = static_cast<std::size_t>(column);
         send([this, index, width] {
-            if (!list_.headerNotify(headerItemChanging)) list_.setColumnWidth(index, twips(width));
+            if (!list_.headerNotify(ListView::HeaderItemChanging)) list_.setColumnWidth(index, twips(width));
         });
         const std::int32_t kept = list_.columns()[index].width;
         if (kept < 0 || pixels(kept) == width) return;

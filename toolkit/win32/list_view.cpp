@@ -15,6 +15,8 @@ namespace {
 
 constexpr int twipsPerInch = 1440;
 
+static_assert(static_cast<std::int32_t>(HDN_ITEMCHANGINGA) == ListView::HeaderItemChanging);
+
 /// The question comes in a form for each width of characters. The core knows the narrow one.
 std::int32_t narrowCode(UINT code) {
     return static_cast<std::int32_t>(code == HDN_ITEMCHANGINGW ? HDN_ITEMCHANGINGA : code);
