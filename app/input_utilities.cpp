@@ -1,7 +1,7 @@
 #include "app/input_utilities.h"
 
 #include "app/frmMain.h"
-#include "app/number_text.h"
+#include "platform/number_text.h"
 #include "toolkit/message_box.h"
 
 namespace app {

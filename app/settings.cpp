@@ -1,13 +1,13 @@
 // The two choices of the main window that survive its end.
 
 #include "app/frmMain.h"
-#include "app/number_text.h"
-#include "app/program_path.h"
 #include "base/runtime_error.h"
 #include "drive/cDrive.h"
 #include "drive/device_monitor.h"
 #include "platform/basINI.h"
+#include "platform/number_text.h"
 #include "platform/program_folder.h"
+#include "platform/program_path.h"
 
 #include <cstdio>
 

@@ -1,8 +1,8 @@
 // How full the stick is: three figures and a bar.
 
 #include "app/frmMain.h"
-#include "app/number_text.h"
 #include "drive/cDrive.h"
+#include "platform/number_text.h"
 #include "widgets/cProgressBar.h"
 
 #include <algorithm>

@@ -1,8 +1,8 @@
 #include "drive/file_listing.h"
 
-#include "app/program_path.h"
 #include "base/runtime_error.h"
 #include "platform/files.h"
+#include "platform/program_path.h"
 #include "toolkit/pump.h"
 
 namespace drive {

@@ -1,10 +1,10 @@
 #include "drive/stick_actions.h"
 
 #include "app/frmMain.h"
-#include "app/program_path.h"
 #include "drive/cDrive.h"
 #include "platform/basINI.h"
 #include "platform/files.h"
+#include "platform/program_path.h"
 #include "platform/shell.h"
 
 namespace drive {

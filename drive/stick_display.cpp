@@ -1,12 +1,12 @@
 // What the main window shows of the stick.
 
 #include "app/frmMain.h"
-#include "app/program_path.h"
 #include "drive/cDrive.h"
 #include "drive/stick_actions.h"
 #include "drive/stick_icons.h"
 #include "platform/cTray.h"
 #include "platform/profile.h"
+#include "platform/program_path.h"
 #include "toolkit/picture.h"
 
 namespace {

@@ -2,9 +2,9 @@
 
 #include "app/frmMain.h"
 #include "app/program.h"
-#include "app/program_path.h"
 #include "format/admin_check.h"
 #include "format/process_runner.h"
+#include "platform/program_path.h"
 #include "platform/volumes.h"
 #include "toolkit/message_box.h"
 #include "toolkit/scoped_flag.h"

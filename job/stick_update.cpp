@@ -1,8 +1,6 @@
 #include "job/stick_update.h"
 
 #include "app/frmMain.h"
-#include "app/number_text.h"
-#include "app/program_path.h"
 #include "base/runtime_error.h"
 #include "drive/cDrive.h"
 #include "drive/device_monitor.h"
@@ -10,6 +8,8 @@
 #include "online/file_name.h"
 #include "online/server_addresses.h"
 #include "platform/files.h"
+#include "platform/number_text.h"
+#include "platform/program_path.h"
 #include "platform/shell.h"
 #include "platform/shell_open.h"
 #include "platform/volumes.h"

@@ -1,9 +1,9 @@
 #include "online/catalog.h"
 
 #include "app/frmMain.h"
-#include "app/program_path.h"
 #include "base/runtime_error.h"
 #include "base/text.h"
+#include "platform/program_path.h"
 #include "toolkit/picture.h"
 
 namespace online {

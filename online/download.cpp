@@ -1,10 +1,10 @@
 #include "online/download.h"
 
 #include "app/frmMain.h"
-#include "app/number_text.h"
 #include "base/runtime_error.h"
 #include "platform/files.h"
 #include "platform/http.h"
+#include "platform/number_text.h"
 #include "toolkit/pump.h"
 
 #include <algorithm>

@@ -1,11 +1,11 @@
 #include "online/server_addresses.h"
 
-#include "app/program_path.h"
 #include "base/runtime_error.h"
 #include "base/text.h"
 #include "platform/files.h"
 #include "platform/http_address.h"
 #include "platform/profile.h"
+#include "platform/program_path.h"
 
 #include <optional>
 #include <string_view>

@@ -1,6 +1,6 @@
 #include "widgets/cProgressBar.h"
 
-#include "app/number_text.h"
+#include "platform/number_text.h"
 
 #include <algorithm>
 #include <cmath>

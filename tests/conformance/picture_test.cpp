@@ -1,9 +1,9 @@
 // Picture files as the window gets them.
 #include "toolkit/picture.h"
 
-#include "app/program_path.h"
 #include "base/runtime_error.h"
 #include "platform/program_folder.h"
+#include "platform/program_path.h"
 #include "tests/conformance/picture_pixels.h"
 #include "toolkit/picture_file.h"
 

@@ -1,6 +1,6 @@
 #include "main_window.h"
 
-#include "app/number_text.h"
+#include "platform/number_text.h"
 
 using namespace app;
 using unit::errorOf;

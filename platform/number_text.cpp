@@ -1,4 +1,4 @@
-#include "app/number_text.h"
+#include "platform/number_text.h"
 
 #include "base/runtime_error.h"
 #include "platform/user_locale.h"
