@@ -1,5 +1,6 @@
 #include "app/frmMain.h"
 
+#include "base/lines.h"
 #include "drive/cDrive.h"
 #include "drive/device_monitor.h"
 #include "drive/stick_actions.h"
@@ -28,15 +29,15 @@ const std::array<std::string, 6> settingsCaptions = {
 
 /// The first ten channels of each kind of channel list, in two columns.
 const std::array<std::string, online::settingsKinds> channelOrder = {
-    app::joinLines({"1. ORF 1    6. ZDF", "2. ORF 2    7. BR 3", "3. ATV+     8. SAT 1",
+    base::joinLines({"1. ORF 1    6. ZDF", "2. ORF 2    7. BR 3", "3. ATV+     8. SAT 1",
                     "4. TW 1     9. PRO 7", "5. ARD     10. ..."}),
-    app::joinLines({"1. ARD      6. SAT 1", "2. ZDF      7. PRO 7", "3. 3 Sat    8. Kabel 1",
+    base::joinLines({"1. ARD      6. SAT 1", "2. ZDF      7. PRO 7", "3. 3 Sat    8. Kabel 1",
                     "4. RTL      9. VOX", "5. RTL 2   10. ..."}),
-    app::joinLines({"1. RAI 1    6. Italia1", "2. RAI 2    7. LA 7", "3. RAI 3    8. TSI 1",
+    base::joinLines({"1. RAI 1    6. Italia1", "2. RAI 2    7. LA 7", "3. RAI 3    8. TSI 1",
                     "4. Rete 4   9. TSI 2", "5. Canale5 10. ..."}),
-    app::joinLines({"1. FR1      6. ...", "2. FR2      7. ...", "3. FR3      8. ...", "4. ...      9. ...",
+    base::joinLines({"1. FR1      6. ...", "2. FR2      7. ...", "3. FR3      8. ...", "4. ...      9. ...",
                     "5. ...     10. ..."}),
-    app::joinLines({"1. TVE1     6. ...", "2. TVE2     7. ...", "3. TVE3     8. ...", "4. ...      9. ...",
+    base::joinLines({"1. TVE1     6. ...", "2. TVE2     7. ...", "3. TVE3     8. ...", "4. ...      9. ...",
                     "5. ...     10. ..."}),
 };
 
@@ -144,7 +145,7 @@ void frmMain::Form_Load() {
 void frmMain::Form_QueryUnload() {
     if (UnsavedChanges) {
         const std::string text =
-            app::joinLines({"Sie haben Informationen abgeändert.", "Wollen Sie speichern?"});
+            base::joinLines({"Sie haben Informationen abgeändert.", "Wollen Sie speichern?"});
         if (toolkit::messageBox(text, toolkit::YesNoInformation, caption()) == toolkit::Yes)
             drive::SavePath(*this);
     }

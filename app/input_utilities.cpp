@@ -20,7 +20,7 @@ std::string intervalText(const frmMain& window, std::int32_t minutes) {
         return "20";
     }
     if (minutes <= 60) return std::to_string(minutes) + " min";
-    const auto hours = static_cast<std::int32_t>(roundHalfToEven(minutes / 60.0));
+    const auto hours = static_cast<std::int32_t>(platform::roundHalfToEven(minutes / 60.0));
     const std::int32_t rest = minutes % 60;
     return std::to_string(hours) + "h und " + (rest < 10 ? "0" : "") + std::to_string(rest) + " min";
 }

@@ -1,9 +1,7 @@
 // What there is once in the program and what every part of it reaches.
 #pragma once
 
-#include <initializer_list>
 #include <memory>
-#include <string>
 #include <string_view>
 
 class cDrive;
@@ -17,12 +15,6 @@ namespace app {
 constexpr std::string_view programVersion = "1.5";
 
 constexpr std::string_view programTitle = "Orvanta USB-Stick Internetupdate Tool ";
-
-/// Stands between the lines of a message.
-constexpr std::string_view CRLF = "\r\n";
-
-/// The lines of a message, joined; an empty one makes a blank line.
-std::string joinLines(std::initializer_list<std::string_view> lines);
 
 /// The program-wide objects: created when the main window loads, released in a fixed order when it closes.
 struct Program {

@@ -16,7 +16,7 @@ namespace {
 constexpr std::string_view section = "USB Tool";
 
 std::string settingsFile() {
-    return app::withBackslash(platform::settingsFolder()) + "Settings.ini";
+    return platform::withBackslash(platform::settingsFolder()) + "Settings.ini";
 }
 
 /// The window's control of that kind and name.
@@ -36,9 +36,9 @@ void frmMain::LoadSettings() {
         const std::string key = basINI::IniGetKey(std::to_string(i));
         const std::string value = basINI::IniGetValue(std::to_string(i));
         const std::string prefix = key.substr(0, 3);
-        if (prefix == "chk") controlOf<toolkit::CheckBox>(*this, key).setValue(app::integer16FromText(value));
+        if (prefix == "chk") controlOf<toolkit::CheckBox>(*this, key).setValue(platform::integer16FromText(value));
         if (prefix == "cmb")
-            controlOf<toolkit::ComboBox>(*this, key).setListIndex(app::integer16FromText(value));
+            controlOf<toolkit::ComboBox>(*this, key).setListIndex(platform::integer16FromText(value));
     }
     settingsLoaded_ = true;
 }

@@ -35,9 +35,9 @@ void cDrive::GetDriveCapacity() {
     const double divisor = std::pow(1024.0, unit.data);
     const int decimals = &unit == &window.cmbSize.items().front() ? 2 : 3;
 
-    window.lblHDSize.setCaption(app::formatNumber(total / divisor, decimals));
-    window.lblHDFree.setCaption(app::formatNumber(free / divisor, decimals));
-    window.lblHDUsed.setCaption(app::formatNumber(used / divisor, decimals));
+    window.lblHDSize.setCaption(platform::formatNumber(total / divisor, decimals));
+    window.lblHDFree.setCaption(platform::formatNumber(free / divisor, decimals));
+    window.lblHDUsed.setCaption(platform::formatNumber(used / divisor, decimals));
     window.lblHDUsedColor.setBackColor(usedColor);
     window.lblHDFreeColor.setBackColor(freeColor);
 

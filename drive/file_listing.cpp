@@ -24,7 +24,7 @@ void growAt(std::vector<Entry>& array, std::int32_t count) {
 void GetAllFiles(std::string_view Path, std::vector<std::string>& Names,
                  std::vector<std::int16_t>& Attributes, bool DoRecursion, std::int32_t& Count) {
     toolkit::DoEvents();
-    const std::string folder = app::withBackslash(std::string(Path));
+    const std::string folder = platform::withBackslash(std::string(Path));
     growAt(Names, Count);
 
     platform::FileSearch search(folder + "*.*");

@@ -24,7 +24,7 @@ void OpenDir(frmMain& window, const std::string& spath) {
 
 bool SavePath(frmMain& window) {
     cDrive& drive = *window.program().Drive;
-    const std::string root = app::withBackslash(drive.p_GetDriveLetters("0"));
+    const std::string root = platform::withBackslash(drive.p_GetDriveLetters("0"));
     const std::string path = window.txtOpenPath.text();
     if (!drive.shownStick() || !basINI::IniWrite(root + "USB.ini", "Open", "Dir", path, drive.shownStick()))
         return false;

@@ -15,7 +15,7 @@ namespace {
 void showStickState(frmMain& window, const char* picture, const char* text, bool enabled,
                     const std::string& toolTip) {
     toolkit::StatusPanel& panel = window.StatusBar1.panel(1);
-    panel.setPicture(toolkit::loadPicture(app::programPath() + picture));
+    panel.setPicture(toolkit::loadPicture(platform::programPath() + picture));
     panel.setText(text);
     panel.setEnabled(enabled);
     panel.setToolTip(toolTip);

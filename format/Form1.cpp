@@ -1,5 +1,6 @@
 #include "format/Form1.h"
 
+#include "base/lines.h"
 #include "app/frmMain.h"
 #include "app/program.h"
 #include "format/admin_check.h"
@@ -9,7 +10,7 @@
 #include "toolkit/message_box.h"
 #include "toolkit/scoped_flag.h"
 
-using app::joinLines;
+using base::joinLines;
 using namespace std::chrono_literals;
 
 namespace {
@@ -165,7 +166,7 @@ void Form1::formatDrive() {
     closed_ = false;
     {
         const toolkit::ScopedFlag running(formatting_);
-        output = Module1::runConsoleProgram(app::programPath() + "fat32format.exe -c64 " + drive_,
+        output = Module1::runConsoleProgram(platform::programPath() + "fat32format.exe -c64 " + drive_,
                                             [this] { return !closed_; });
     }
     const bool done = output.find("Done") != std::string::npos;

@@ -1,5 +1,6 @@
 #include "job/stick_update.h"
 
+#include "base/lines.h"
 #include "app/frmMain.h"
 #include "base/runtime_error.h"
 #include "drive/cDrive.h"
@@ -77,8 +78,8 @@ Stick shownStick(frmMain& window) {
 /// The figure is compared in the unit it is shown in, so in "GB" the job demands 5 GB: this is intended.
 bool enoughSpace(frmMain& window) {
     constexpr double required = 5;
-    if (app::numberFromText(window.lblHDFree.caption()) >= required) return true;
-    toolkit::messageBox(app::joinLines({"Sie benötigen mindestens 5 MB freien Speicherplatz am USB-Stick!",
+    if (platform::numberFromText(window.lblHDFree.caption()) >= required) return true;
+    toolkit::messageBox(base::joinLines({"Sie benötigen mindestens 5 MB freien Speicherplatz am USB-Stick!",
                                         "Löschen Sie unbenötigte Daten und versuchen Sie es nochmal."}),
                         toolkit::Critical, "Zuwenig Speicher verfügbar !");
     return false;
@@ -87,7 +88,7 @@ bool enoughSpace(frmMain& window) {
 bool confirmed(frmMain& window) {
     const std::string& receiver = online::element(window.Receivers.ReceiverName, window.SelectedFirmware);
     const auto caption = static_cast<std::int16_t>(window.SelectedSettings + 1);
-    const std::string text = app::joinLines({
+    const std::string text = base::joinLines({
         "Sie haben folgende Update Optionen gewählt:",
         "Receiver: Orvanta " + receiver,
         "Settings: " + online::element(window.SettingsCaptions, caption),
@@ -100,7 +101,7 @@ bool confirmed(frmMain& window) {
 bool connected(frmMain& window) {
     if (!online::OpenURL(window, online::downloadUrl() + "usb-list.csv", "0").empty()) return true;
     toolkit::messageBox(
-        app::joinLines({"Es konnte keine Verbindung hergestellt werden!",
+        base::joinLines({"Es konnte keine Verbindung hergestellt werden!",
                         "Prüfen Sie Ihre Internetverbindung oder versuchen es später nochmal."}),
         toolkit::Critical, "Verbindungs-Fehler");
     return false;
@@ -129,7 +130,7 @@ void transfer(frmMain& window, const Stick& stick, const std::string& file, cons
 }
 
 void copyToStick(const Stick& stick, const std::string& file) {
-    const std::string source = app::programPath() + file;
+    const std::string source = platform::programPath() + file;
     const std::string target = stick.root + file;
     checkPlace(stick);
     const platform::FileResult result = platform::copyFile(source, target, stick.identity);
@@ -144,7 +145,7 @@ void settle(const Stick& stick) {
 }
 
 void showSuccess() {
-    toolkit::messageBox(app::joinLines({
+    toolkit::messageBox(base::joinLines({
                             "Update abgeschlossen",
                             "",
                             "Dieser Service wird KOSTENLOS zur Verfügung gestellt von",

@@ -46,7 +46,7 @@ void storeRow(Catalog& catalog, std::size_t row, std::string_view line) {
 void showReceiver(frmMain& window, std::int16_t receiver) {
     const Catalog& catalog = window.Receivers;
     const std::string& picture = element(catalog.ReceiverPicture, receiver);
-    window.Image1.setPicture(toolkit::loadPicture(app::programPath() + picture));
+    window.Image1.setPicture(toolkit::loadPicture(platform::programPath() + picture));
     window.lbl_firmstand.setCaption("Stand: " + element(catalog.FirmwareDate, receiver));
     window.lbl_Aenderung.setCaption(element(catalog.FirmwareNote, receiver));
 }

@@ -34,7 +34,7 @@ constexpr std::array<Progress, 2> progressKinds = {{
 }};
 
 const Progress* progressOf(std::string_view downtype) {
-    const double number = app::numberFromText(downtype);
+    const double number = platform::numberFromText(downtype);
     for (const Progress& kind : progressKinds)
         if (number == kind.downtype) return &kind;
     return nullptr;

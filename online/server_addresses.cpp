@@ -49,7 +49,7 @@ ServerAddresses& loaded() {
 
 void loadServerAddresses() {
     using platform::FileResult;
-    const std::string file = app::programPath() + "Server.ini";
+    const std::string file = platform::programPath() + "Server.ini";
     std::string lines;
     const FileResult result = platform::readProfileSection("Server", lines, file);
     if (result != FileResult::Ok && result != FileResult::FileNotFound)

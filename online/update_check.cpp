@@ -1,5 +1,6 @@
 #include "online/update_check.h"
 
+#include "base/lines.h"
 #include "app/frmMain.h"
 #include "app/program.h"
 #include "online/catalog.h"
@@ -19,7 +20,7 @@ namespace {
 
 /// Parameters and folder are the text "0": this is intended.
 [[noreturn]] void refuseOutdatedProgram() {
-    const std::string text = app::joinLines({
+    const std::string text = base::joinLines({
         "Eine neue Version des Programmes ist verfügbar!",
         "",
         "Installieren Sie die akutelle Version des Programmes.",
@@ -31,7 +32,7 @@ namespace {
 }
 
 void reportNoConnection(frmMain& window) {
-    const std::string text = app::joinLines({
+    const std::string text = base::joinLines({
         "Es konnte keine Internet-Verbindung hergestellt werden!",
         "",
         "Die Internet Updatefunktion kann nicht verwendet werden!",

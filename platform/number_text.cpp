@@ -7,7 +7,7 @@
 #include <cmath>
 #include <limits>
 
-namespace app {
+namespace platform {
 
 namespace {
 
@@ -23,7 +23,7 @@ std::string_view trimBlanks(std::string_view text) {
 
 /// The number with a point as its separator; a point that is not the user's separator makes it no number.
 std::string withPoint(std::string_view text) {
-    const std::string separator = platform::decimalSeparator();
+    const std::string separator = decimalSeparator();
     std::string number(text);
     if (separator == ".") return number;
     if (number.find('.') != std::string::npos) return {};
@@ -39,7 +39,7 @@ std::string formatNumber(double value, int decimals) {
     std::string digits = std::to_string(std::llabs(scaled));
     const auto fraction = static_cast<std::size_t>(decimals);
     if (digits.size() <= fraction) digits.insert(0, fraction + 1 - digits.size(), '0');
-    digits.insert(digits.size() - fraction, platform::decimalSeparator());
+    digits.insert(digits.size() - fraction, decimalSeparator());
     if (scaled < 0) digits.insert(0, 1, '-');
     return digits;
 }
@@ -73,4 +73,4 @@ double roundHalfToEven(double value) {
     return std::fmod(below, 2.0) == 0 ? below : below + 1;
 }
 
-} // namespace app
+} // namespace platform

@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-namespace app {
+namespace platform {
 
 /// At least one digit before the separator and exactly `decimals` behind it (the patterns "##0.#0" and
 /// "##0.#00" with 2 and 3); halves are rounded away from zero. `value` is finite and below 10^15.
@@ -22,4 +22,4 @@ std::int16_t integer16FromText(std::string_view text);
 /// The whole number next to a value; halves go to the even one.
 double roundHalfToEven(double value);
 
-} // namespace app
+} // namespace platform

@@ -2,7 +2,7 @@
 
 #include "platform/program_folder.h"
 
-namespace app {
+namespace platform {
 
 std::string withBackslash(std::string folder) {
     if (!folder.ends_with('\\')) folder += '\\';
@@ -10,7 +10,7 @@ std::string withBackslash(std::string folder) {
 }
 
 std::string programPath() {
-    return withBackslash(platform::programFolder());
+    return withBackslash(programFolder());
 }
 
-} // namespace app
+} // namespace platform

@@ -3,7 +3,7 @@
 #include <string>
 #include <string_view>
 
-namespace app {
+namespace platform {
 
 /// The folder with "\" appended when it does not already end in one.
 std::string withBackslash(std::string folder);
@@ -11,4 +11,4 @@ std::string withBackslash(std::string folder);
 /// The program folder, ending in "\".
 std::string programPath();
 
-} // namespace app
+} // namespace platform

@@ -11,13 +11,13 @@ namespace {
 constexpr double step = 0.01;
 
 std::uint8_t channelAt(const std::array<std::int32_t, 2>& c, double t) {
-    const double value = app::roundHalfToEven(c[0] - (c[0] - c[1]) * t);
+    const double value = platform::roundHalfToEven(c[0] - (c[0] - c[1]) * t);
     return static_cast<std::uint8_t>(std::clamp(value, 0.0, 255.0));
 }
 
 /// Black or white, whichever can be read on the colour.
 toolkit::Color contrastTo(toolkit::Color color) {
-    const double brightness = app::roundHalfToEven(color.green * 0.59 + color.red * 0.3 + color.blue * 0.11);
+    const double brightness = platform::roundHalfToEven(color.green * 0.59 + color.red * 0.3 + color.blue * 0.11);
     return brightness > 127 ? toolkit::black : toolkit::white;
 }
 
@@ -55,8 +55,8 @@ void cProgressBar::ShowProgress(toolkit::PictureBox& PicProgress, double value, 
 
     PicProgress.setAutoRedraw(true);
     PicProgress.cls();
-    const double length = app::roundHalfToEven((toolkit::PictureBox::ScaleWidth - 2) / 100 * value);
-    const double height = app::roundHalfToEven(toolkit::PictureBox::ScaleHeight);
+    const double length = platform::roundHalfToEven((toolkit::PictureBox::ScaleWidth - 2) / 100 * value);
+    const double height = platform::roundHalfToEven(toolkit::PictureBox::ScaleHeight);
     if (value < 1) return;
 
     drawFilled(PicProgress, length, height, value / 100);

@@ -87,7 +87,7 @@ protected:
 
     static toolkit::Picture load(const std::string& contents) {
         std::ofstream(file(), std::ios::binary) << contents;
-        return loadPicture(app::programPath() + "picture.tmp");
+        return loadPicture(platform::programPath() + "picture.tmp");
     }
 
     static int errorOf(const std::string& contents) {

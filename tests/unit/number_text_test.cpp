@@ -2,7 +2,7 @@
 
 #include "platform/number_text.h"
 
-using namespace app;
+using namespace platform;
 using unit::errorOf;
 
 class NumberText : public testing::Test {

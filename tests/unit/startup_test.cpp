@@ -2,6 +2,7 @@
 
 #include "main_window.h"
 
+#include "base/lines.h"
 #include "platform/cTray.h"
 
 using unit::MainWindow;
@@ -11,7 +12,7 @@ class Startup : public MainWindow {};
 TEST_F(Startup, TheTitleEndsInTheVersion) {
     start();
     EXPECT_EQ(window().caption(), "Orvanta USB-Stick Internetupdate Tool 1.5");
-    EXPECT_EQ(app::CRLF, "\r\n");
+    EXPECT_EQ(base::CRLF, "\r\n");
     EXPECT_EQ(app::programVersion, "1.5");
 }
 
