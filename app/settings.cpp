@@ -36,7 +36,8 @@ void frmMain::LoadSettings() {
         const std::string key = basINI::IniGetKey(std::to_string(i));
         const std::string value = basINI::IniGetValue(std::to_string(i));
         const std::string prefix = key.substr(0, 3);
-        if (prefix == "chk") controlOf<toolkit::CheckBox>(*this, key).setValue(platform::integer16FromText(value));
+        if (prefix == "chk")
+            controlOf<toolkit::CheckBox>(*this, key).setValue(platform::integer16FromText(value));
         if (prefix == "cmb")
             controlOf<toolkit::ComboBox>(*this, key).setListIndex(platform::integer16FromText(value));
     }

@@ -1,12 +1,11 @@
 #include "drive/drive_name.h"
 
+#include "base/letters.h"
+
 namespace drive {
 
 std::string driveName(std::string_view root) {
-    std::string name(root.substr(0, 2));
-    for (char& c : name)
-        if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
-    return name;
+    return base::upper(root.substr(0, 2));
 }
 
 } // namespace drive

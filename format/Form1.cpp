@@ -1,8 +1,8 @@
 #include "format/Form1.h"
 
-#include "base/lines.h"
 #include "app/frmMain.h"
 #include "app/program.h"
+#include "base/lines.h"
 #include "format/admin_check.h"
 #include "format/process_runner.h"
 #include "platform/program_path.h"

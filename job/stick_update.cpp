@@ -1,7 +1,7 @@
 #include "job/stick_update.h"
 
-#include "base/lines.h"
 #include "app/frmMain.h"
+#include "base/lines.h"
 #include "base/runtime_error.h"
 #include "drive/cDrive.h"
 #include "drive/device_monitor.h"
@@ -80,7 +80,7 @@ bool enoughSpace(frmMain& window) {
     constexpr double required = 5;
     if (platform::numberFromText(window.lblHDFree.caption()) >= required) return true;
     toolkit::messageBox(base::joinLines({"Sie benötigen mindestens 5 MB freien Speicherplatz am USB-Stick!",
-                                        "Löschen Sie unbenötigte Daten und versuchen Sie es nochmal."}),
+                                         "Löschen Sie unbenötigte Daten und versuchen Sie es nochmal."}),
                         toolkit::Critical, "Zuwenig Speicher verfügbar !");
     return false;
 }
@@ -102,7 +102,7 @@ bool connected(frmMain& window) {
     if (!online::OpenURL(window, online::downloadUrl() + "usb-list.csv", "0").empty()) return true;
     toolkit::messageBox(
         base::joinLines({"Es konnte keine Verbindung hergestellt werden!",
-                        "Prüfen Sie Ihre Internetverbindung oder versuchen es später nochmal."}),
+                         "Prüfen Sie Ihre Internetverbindung oder versuchen es später nochmal."}),
         toolkit::Critical, "Verbindungs-Fehler");
     return false;
 }

@@ -1,5 +1,7 @@
 #include "online/file_name.h"
 
+#include "base/letters.h"
+
 #include <algorithm>
 #include <array>
 #include <string>
@@ -9,13 +11,6 @@ namespace online {
 namespace {
 
 constexpr std::array<std::string_view, 3> filesOfTheProgram = {"usb.ini", "autorun.inf", "orvantastick.ico"};
-
-std::string lowered(std::string_view text) {
-    std::string result(text);
-    for (char& c : result)
-        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-    return result;
-}
 
 /// Dots and blanks at the end of a name do not count.
 std::string_view withoutTail(std::string_view name) {
@@ -43,7 +38,7 @@ bool isShortNameOfIcon(std::string_view name) {
 
 bool isFileNameForStick(std::string_view name) {
     if (name.find_first_of("\\/:") != std::string_view::npos) return false;
-    const std::string counted = lowered(withoutTail(name));
+    const std::string counted = base::lower(withoutTail(name));
     if (counted.empty() || isShortNameOfIcon(counted)) return false;
     return std::find(filesOfTheProgram.begin(), filesOfTheProgram.end(), counted) == filesOfTheProgram.end();
 }

@@ -1,5 +1,6 @@
 #include "online/server_addresses.h"
 
+#include "base/letters.h"
 #include "base/runtime_error.h"
 #include "base/text.h"
 #include "platform/files.h"
@@ -18,7 +19,7 @@ namespace {
 void store(std::optional<std::string>& address, std::string_view key, std::string_view line) {
     const std::size_t sign = line.find('=');
     if (address || sign != key.size() || sign + 1 == line.size()) return;
-    if (!platform::startsWithNoCase(line, key)) return;
+    if (!base::startsWithNoCase(line, key)) return;
     address = base::fromAnsi(line.substr(sign + 1));
     while (address->ends_with('/'))
         address->pop_back();

@@ -1,8 +1,8 @@
 #include "online/update_check.h"
 
-#include "base/lines.h"
 #include "app/frmMain.h"
 #include "app/program.h"
+#include "base/lines.h"
 #include "online/catalog.h"
 #include "online/download.h"
 #include "online/server_addresses.h"

@@ -3,6 +3,7 @@
 #include "base/keyed_list.h"
 #include "base/runtime_error.h"
 #include "base/text.h"
+#include "base/trim.h"
 #include "platform/profile.h"
 
 #include <span>
@@ -34,19 +35,13 @@ std::vector<std::string> splitAtNul(std::string_view text) {
     return lines;
 }
 
-std::string_view trimBlanks(std::string_view text) {
-    const std::size_t first = text.find_first_not_of(' ');
-    if (first == std::string_view::npos) return {};
-    return text.substr(first, text.find_last_not_of(' ') - first + 1);
-}
-
 void appendLine(std::string_view line, std::string_view file) {
     const std::size_t sign = line.find('=');
     if (sign == std::string_view::npos)
         throw base::RuntimeError(base::ErrorNumber::SubscriptOutOfRange, std::string(file));
     const std::string_view rest = line.substr(sign + 1);
-    IniKeys.add(std::string(trimBlanks(line.substr(0, sign))));
-    IniValues.add(std::string(trimBlanks(rest.substr(0, rest.find('=')))));
+    IniKeys.add(std::string(base::trim(line.substr(0, sign))));
+    IniValues.add(std::string(base::trim(rest.substr(0, rest.find('=')))));
 }
 
 } // namespace

@@ -1,5 +1,6 @@
 #include "platform/cRegistry.h"
 
+#include "base/little_endian.h"
 #include "base/text.h"
 #include "platform/registry.h"
 
@@ -14,19 +15,10 @@ constexpr std::uint32_t fullRight =
 constexpr std::uint32_t longestBinary = 512;
 constexpr std::uint32_t dwordSize = 4;
 
-std::string littleEndian(std::int32_t number) {
-    const auto bits = static_cast<std::uint32_t>(number);
-    std::string bytes;
-    for (unsigned i = 0; i < dwordSize; ++i)
-        bytes += static_cast<char>((bits >> (8 * i)) & 0xFFU);
+std::string bytesOf(std::int32_t number) {
+    std::string bytes(dwordSize, '\0');
+    base::putLittleEndian(bytes, 0, dwordSize, static_cast<std::uint32_t>(number));
     return bytes;
-}
-
-std::int32_t numberOf(const std::string& bytes) {
-    std::uint32_t bits = 0;
-    for (unsigned i = 0; i < dwordSize; ++i)
-        bits |= std::uint32_t{static_cast<unsigned char>(bytes.at(i))} << (8 * i);
-    return static_cast<std::int32_t>(bits);
 }
 
 /// Writes a variant by its type; of most types there is nothing to write.
@@ -34,12 +26,8 @@ struct ValueWriter {
     RegistryKey key;
     std::string name;
 
-    void operator()(std::int16_t number) const {
-        regSetValue(key, name, RegistryDword, littleEndian(number));
-    }
-    void operator()(std::int32_t number) const {
-        regSetValue(key, name, RegistryDword, littleEndian(number));
-    }
+    void operator()(std::int16_t number) const { regSetValue(key, name, RegistryDword, bytesOf(number)); }
+    void operator()(std::int32_t number) const { regSetValue(key, name, RegistryDword, bytesOf(number)); }
     void operator()(const std::string& text) const {
         regSetValue(key, name, RegistryText, base::toAnsi(text) + '\0');
     }
@@ -83,7 +71,8 @@ private:
     std::int32_t readDword(cRegistry::Variant& value) const {
         std::string buffer(dwordSize, '\0');
         const std::int32_t status = query(buffer);
-        if (status == RegistrySuccess) value = numberOf(buffer);
+        if (status == RegistrySuccess)
+            value = static_cast<std::int32_t>(base::littleEndian(buffer, 0, dwordSize));
         return status;
     }
 

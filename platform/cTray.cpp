@@ -1,5 +1,6 @@
 #include "platform/cTray.h"
 
+#include "base/little_endian.h"
 #include "base/text.h"
 
 #include <algorithm>
@@ -46,16 +47,11 @@ void cTray::TrayIcon_Modify(std::string_view sCaption, std::optional<std::int32_
 }
 
 void cTray::setField(std::size_t offset, std::int32_t value) {
-    const auto bits = static_cast<std::uint32_t>(value);
-    for (std::size_t i = 0; i < 4; ++i)
-        record_.at(offset + i) = static_cast<std::uint8_t>((bits >> (8 * i)) & 0xFF);
+    base::putLittleEndian(record_, offset, sizeof value, static_cast<std::uint32_t>(value));
 }
 
 std::int32_t cTray::field(std::size_t offset) const {
-    std::uint32_t bits = 0;
-    for (std::size_t i = 0; i < 4; ++i)
-        bits |= std::uint32_t{record_.at(offset + i)} << (8 * i);
-    return static_cast<std::int32_t>(bits);
+    return static_cast<std::int32_t>(base::littleEndian(record_, offset, sizeof(std::int32_t)));
 }
 
 /// The text and its NUL come first, blanks fill the rest; a text that fills the field leaves no room for the

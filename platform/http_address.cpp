@@ -1,6 +1,6 @@
 #include "platform/http_address.h"
 
-#include <algorithm>
+#include "base/letters.h"
 
 namespace platform {
 
@@ -8,13 +8,8 @@ namespace {
 
 constexpr std::string_view legalPunctuation = "-._~:/?#[]@!$&'()*+,;=%";
 
-char lower(char character) {
-    return character >= 'A' && character <= 'Z' ? static_cast<char>(character - 'A' + 'a') : character;
-}
-
 bool isLegal(char character) {
-    const char letter = lower(character);
-    return (letter >= 'a' && letter <= 'z') || (character >= '0' && character <= '9') ||
+    return base::isLetter(character) || (character >= '0' && character <= '9') ||
            legalPunctuation.find(character) != std::string_view::npos;
 }
 
@@ -37,20 +32,15 @@ std::string escaped(std::string_view text) {
 
 } // namespace
 
-bool startsWithNoCase(std::string_view text, std::string_view prefix) {
-    return text.size() >= prefix.size() &&
-           std::equal(prefix.begin(), prefix.end(), text.begin(),
-                      [](char left, char right) { return lower(left) == lower(right); });
-}
-
 bool mayLeadTo(std::string_view from, std::string_view to) {
     constexpr std::string_view secure = "https://";
-    return !startsWithNoCase(from, secure) || startsWithNoCase(to, secure);
+    return !base::startsWithNoCase(from, secure) || base::startsWithNoCase(to, secure);
 }
 
 std::optional<std::string> httpAddress(std::string_view address) {
     for (const std::string_view scheme : {"http://", "https://"})
-        if (startsWithNoCase(address, scheme) && address.size() > scheme.size()) return escaped(address);
+        if (base::startsWithNoCase(address, scheme) && address.size() > scheme.size())
+            return escaped(address);
     return std::nullopt;
 }
 

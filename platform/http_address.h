@@ -16,7 +16,4 @@ std::optional<std::string> httpAddress(std::string_view address);
 /// Whether a redirect may lead from one address to another: not from https to anything less.
 bool mayLeadTo(std::string_view from, std::string_view to);
 
-/// Whether `text` begins with `prefix`, ASCII letters regardless of case.
-bool startsWithNoCase(std::string_view text, std::string_view prefix);
-
 } // namespace platform

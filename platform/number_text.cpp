@@ -1,6 +1,7 @@
 #include "platform/number_text.h"
 
 #include "base/runtime_error.h"
+#include "base/trim.h"
 #include "platform/user_locale.h"
 
 #include <charconv>
@@ -13,13 +14,6 @@ namespace {
 
 using base::ErrorNumber;
 using base::RuntimeError;
-
-std::string_view trimBlanks(std::string_view text) {
-    constexpr std::string_view blanks = " \t";
-    const std::size_t first = text.find_first_not_of(blanks);
-    if (first == std::string_view::npos) return {};
-    return text.substr(first, text.find_last_not_of(blanks) - first + 1);
-}
 
 /// The number with a point as its separator; a point that is not the user's separator makes it no number.
 std::string withPoint(std::string_view text) {
@@ -45,7 +39,7 @@ std::string formatNumber(double value, int decimals) {
 }
 
 double numberFromText(std::string_view text) {
-    std::string number = withPoint(trimBlanks(text));
+    std::string number = withPoint(base::trim(text, " \t"));
     if (number.starts_with('+') && !number.starts_with("+-")) number.erase(0, 1);
     double value = 0;
     const char* const end = number.data() + number.size();

@@ -1,5 +1,6 @@
 #include "toolkit/form.h"
 
+#include "base/letters.h"
 #include "toolkit/backend.h"
 #include "toolkit/dispatch.h"
 #include "toolkit/scoped_flag.h"
@@ -11,15 +12,6 @@
 namespace toolkit {
 
 namespace {
-
-char lower(char c) {
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
-
-bool sameName(std::string_view a, std::string_view b) {
-    return std::equal(a.begin(), a.end(), b.begin(), b.end(),
-                      [](char x, char y) { return lower(x) == lower(y); });
-}
 
 /// Holds the timers of a form as long as it lives.
 class HeldTimers {
@@ -44,7 +36,7 @@ Form::~Form() = default;
 
 Control* Form::find(std::string_view name) const {
     const auto found = std::find_if(controls_.begin(), controls_.end(),
-                                    [name](const Control* c) { return sameName(c->name(), name); });
+                                    [name](const Control* c) { return base::sameNoCase(c->name(), name); });
     return found == controls_.end() ? nullptr : *found;
 }
 

@@ -1,5 +1,7 @@
 #include "toolkit/picture_file.h"
 
+#include "base/little_endian.h"
+
 #include <algorithm>
 #include <utility>
 
@@ -16,13 +18,13 @@ unsigned byteAt(std::string_view data, std::size_t at) {
     return at < data.size() ? static_cast<unsigned char>(data[at]) : 0;
 }
 unsigned little16(std::string_view data, std::size_t at) {
-    return byteAt(data, at) | byteAt(data, at + 1) << 8;
+    return static_cast<unsigned>(base::littleEndian(data, at, 2));
 }
 unsigned big16(std::string_view data, std::size_t at) {
     return byteAt(data, at) << 8 | byteAt(data, at + 1);
 }
 std::uint32_t little32(std::string_view data, std::size_t at) {
-    return little16(data, at) | static_cast<std::uint32_t>(little16(data, at + 2)) << 16;
+    return static_cast<std::uint32_t>(base::littleEndian(data, at, 4));
 }
 std::uint32_t big32(std::string_view data, std::size_t at) {
     return static_cast<std::uint32_t>(big16(data, at)) << 16 | big16(data, at + 2);
@@ -139,9 +141,9 @@ bool readByMark(PictureSource& source) {
     return false;
 }
 
-void appendLittle(std::string& file, std::size_t value, int bytes) {
-    for (int i = 0; i < bytes; ++i)
-        file += static_cast<char>(value >> (8 * i) & 0xFF);
+void appendLittle(std::string& file, std::size_t value, std::size_t bytes) {
+    file.resize(file.size() + bytes);
+    base::putLittleEndian(file, file.size() - bytes, bytes, value);
 }
 
 } // namespace

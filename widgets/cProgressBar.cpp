@@ -17,7 +17,8 @@ std::uint8_t channelAt(const std::array<std::int32_t, 2>& c, double t) {
 
 /// Black or white, whichever can be read on the colour.
 toolkit::Color contrastTo(toolkit::Color color) {
-    const double brightness = platform::roundHalfToEven(color.green * 0.59 + color.red * 0.3 + color.blue * 0.11);
+    const double brightness =
+        platform::roundHalfToEven(color.green * 0.59 + color.red * 0.3 + color.blue * 0.11);
     return brightness > 127 ? toolkit::black : toolkit::white;
 }
 

@@ -1,6 +1,7 @@
 // Downloads by libcurl's multi interface: nothing moves but inside read(), and little is read ahead.
 // https://curl.se/libcurl/c/libcurl-multi.html
 #include "platform/http.h"
+#include "base/letters.h"
 
 #include "platform/http_address.h"
 #include "platform/http_pace.h"
@@ -152,7 +153,7 @@ void InternetRequest::State::forgetCaches() {
 void InternetRequest::State::stayOnSecureServers() {
     const char* scheme = nullptr;
     curl_easy_getinfo(easy, CURLINFO_SCHEME, &scheme);
-    if (scheme != nullptr && startsWithNoCase(scheme, secureProtocol))
+    if (scheme != nullptr && base::startsWithNoCase(scheme, secureProtocol))
         curl_easy_setopt(easy, CURLOPT_REDIR_PROTOCOLS_STR, secureProtocol);
 }
 
@@ -193,8 +194,8 @@ std::size_t InternetRequest::State::onHeader(char* data, std::size_t size, std::
 /// libcurl counts an answer as a redirect when it has one of the codes and says where to.
 void InternetRequest::State::noteRedirect(std::string_view headerLine) {
     constexpr std::string_view location = "Location:";
-    if (startsWithNoCase(headerLine, "HTTP/")) leadsOn = false;
-    if (!startsWithNoCase(headerLine, location)) return;
+    if (base::startsWithNoCase(headerLine, "HTTP/")) leadsOn = false;
+    if (!base::startsWithNoCase(headerLine, location)) return;
     long code = 0;
     curl_easy_getinfo(easy, CURLINFO_RESPONSE_CODE, &code);
     const bool somewhere =

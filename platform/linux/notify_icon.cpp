@@ -1,4 +1,5 @@
 #include "platform/notify_icon.h"
+#include "base/little_endian.h"
 
 #include "base/text.h"
 
@@ -26,10 +27,7 @@ std::map<IconKey, std::unique_ptr<QSystemTrayIcon>>& icons() {
 }
 
 std::uint32_t field(const NotifyIconRecord& record, std::size_t offset) {
-    std::uint32_t value = 0;
-    for (std::size_t i = 0; i < 4; ++i)
-        value |= std::uint32_t{record.at(offset + i)} << (8 * i);
-    return value;
+    return static_cast<std::uint32_t>(base::littleEndian(record, offset, sizeof(std::uint32_t)));
 }
 
 QString tipOf(const NotifyIconRecord& record) {

@@ -1,6 +1,7 @@
 // The shell's part is played by the desktop's own commands, xdg-open and xdg-mime:
 // https://www.freedesktop.org/wiki/Software/xdg-utils/
 #include "platform/shell.h"
+#include "base/letters.h"
 
 #include "platform/http_address.h"
 #include "platform/linux/files/file_io.h"
@@ -23,7 +24,7 @@ constexpr auto associationPatience = std::chrono::seconds(2); // the window does
 
 /// The address to pass on; "www." alone makes one, as it does on Windows.
 std::optional<std::string> webAddress(std::string_view file) {
-    if (startsWithNoCase(file, "www.")) return httpAddress("http://" + std::string(file));
+    if (base::startsWithNoCase(file, "www.")) return httpAddress("http://" + std::string(file));
     return httpAddress(file);
 }
 
@@ -91,7 +92,7 @@ int openPath(std::string_view file) {
 // Parameters and directory belong to programs, and here only documents, folders and addresses are opened.
 int shellExecute(ShellOwner /*owner*/, std::string_view verb, std::string_view file,
                  std::string_view /*parameters*/, std::string_view /*directory*/, int /*showCommand*/) {
-    const bool opens = verb.empty() || (verb.size() == 4 && startsWithNoCase(verb, "open"));
+    const bool opens = verb.empty() || (verb.size() == 4 && base::startsWithNoCase(verb, "open"));
     if (!opens) return ShellNoAssociation;
     if (file.empty()) return ShellFileNotFound;
     if (const auto address = webAddress(file)) return start(*address);
@@ -108,7 +109,7 @@ int showFolder(ShellOwner /*owner*/, std::string_view folder) {
 }
 
 bool startOpenWithChooser(std::string_view commandLine) {
-    if (!startsWithNoCase(commandLine, chooserCommand)) return false;
+    if (!base::startsWithNoCase(commandLine, chooserCommand)) return false;
     linux::Place place;
     linux::UniqueFd file;
     return find(commandLine.substr(chooserCommand.size()), place) == ShellAccepted && place.isFile() &&

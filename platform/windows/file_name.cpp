@@ -1,5 +1,6 @@
 #include "platform/windows/file_name.h"
 
+#include "base/letters.h"
 #include "platform/windows/ansi_text.h"
 
 #include <algorithm>
@@ -20,13 +21,6 @@ std::string_view withoutTrailing(std::string_view text, std::string_view charact
     return text.substr(0, text.find_last_not_of(characters) + 1);
 }
 
-std::string upperCase(std::string_view text) {
-    std::string result(text);
-    for (char& c : result)
-        if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
-    return result;
-}
-
 /// `NUL` and its like stand for devices whatever the extension.
 /// https://learn.microsoft.com/windows/win32/fileio/naming-a-file#naming-conventions
 bool isDevice(std::string_view name) {
@@ -35,7 +29,7 @@ bool isDevice(std::string_view name) {
     static constexpr std::array<std::string_view, 2> ports = {"COM", "LPT"};
     static constexpr std::array<std::string_view, 12> numbers = {"1", "2", "3", "4", "5", "6",
                                                                  "7", "8", "9", "¹", "²", "³"};
-    const std::string stem = upperCase(withoutTrailing(name.substr(0, name.find('.')), " "));
+    const std::string stem = base::upper(withoutTrailing(name.substr(0, name.find('.')), " "));
     if (std::find(devices.begin(), devices.end(), stem) != devices.end()) return true;
     return std::find(ports.begin(), ports.end(), stem.substr(0, 3)) != ports.end() &&
            std::find(numbers.begin(), numbers.end(), stem.substr(3)) != numbers.end();

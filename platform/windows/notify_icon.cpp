@@ -1,4 +1,5 @@
 #include "platform/notify_icon.h"
+#include "base/little_endian.h"
 
 #include "base/text.h"
 #include "platform/windows/ansi_text.h"
@@ -15,10 +16,7 @@ namespace platform {
 namespace {
 
 std::uint32_t field(const NotifyIconRecord& record, std::size_t offset) {
-    std::uint32_t value = 0;
-    for (std::size_t i = 0; i < 4; ++i)
-        value |= std::uint32_t{record.at(offset + i)} << (8 * i);
-    return value;
+    return static_cast<std::uint32_t>(base::littleEndian(record, offset, sizeof(std::uint32_t)));
 }
 
 /// A handle has 32 significant bits, which are sign-extended:

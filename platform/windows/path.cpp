@@ -1,5 +1,6 @@
 #include "platform/windows/path.h"
 
+#include "base/letters.h"
 #include "platform/program_folder.h"
 #include "platform/windows/ansi_text.h"
 #include "platform/windows/file_error.h"
@@ -22,10 +23,6 @@ constexpr std::string_view separators = "\\/";
 
 bool isSeparator(char c) {
     return separators.find(c) != std::string_view::npos;
-}
-
-bool isLetter(char c) {
-    return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
 }
 
 /// Takes the names apart; no value when one of them is none.
@@ -67,7 +64,7 @@ std::size_t takeRoot(std::string_view path, Place& place) {
         place.root = *root + '\\';
         return length;
     }
-    const bool isDrive = path.size() >= 2 && isLetter(path[0]) && path[1] == ':';
+    const bool isDrive = path.size() >= 2 && base::isLetter(path[0]) && path[1] == ':';
     if (!isDrive || (path.size() > 2 && !isSeparator(path[2]))) return 0;
     place.isOnDrive = true;
     place.root = {path[0], ':', '\\'};

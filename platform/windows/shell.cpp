@@ -1,4 +1,5 @@
 #include "platform/shell.h"
+#include "base/letters.h"
 
 #include "platform/http_address.h"
 #include "platform/windows/ansi_text.h"
@@ -24,7 +25,7 @@ HWND ownerWindow(ShellOwner owner) {
 }
 
 bool isWebAddress(std::string_view file) {
-    return startsWithNoCase(file, "http:") || startsWithNoCase(file, "https:");
+    return base::startsWithNoCase(file, "http:") || base::startsWithNoCase(file, "https:");
 }
 
 /// An address goes into the command line of the browser, where a quote or a blank would end it. Empty when it

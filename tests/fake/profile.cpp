@@ -2,6 +2,7 @@
 
 #include "fake.h"
 
+#include "base/letters.h"
 #include "platform/profile.h"
 
 #include <algorithm>
@@ -35,17 +36,8 @@ std::uint32_t store(const std::string& entries, std::span<char> buffer) {
     return static_cast<std::uint32_t>(length);
 }
 
-char lower(char c) {
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
-
-bool sameName(std::string_view a, std::string_view b) {
-    return std::equal(a.begin(), a.end(), b.begin(), b.end(),
-                      [](char x, char y) { return lower(x) == lower(y); });
-}
-
 bool isSection(const std::string& line, std::string_view name) {
-    return sameName(line, "[" + std::string(name) + "]");
+    return base::sameNoCase(line, "[" + std::string(name) + "]");
 }
 
 } // namespace
@@ -101,8 +93,9 @@ bool writeProfileString(std::string_view section, std::optional<std::string_view
     if (at == lines.end()) at = lines.insert(lines.end(), "[" + std::string(section) + "]");
     const auto end =
         std::find_if(at + 1, lines.end(), [](const auto& line) { return line.starts_with('['); });
-    const auto old = std::find_if(
-        at + 1, end, [&](const auto& line) { return sameName(line.substr(0, line.find('=')), *key); });
+    const auto old = std::find_if(at + 1, end, [&](const auto& line) {
+        return base::sameNoCase(line.substr(0, line.find('=')), *key);
+    });
     if (old != end)
         *old = entry;
     else
