@@ -248,7 +248,7 @@ TEST_F(RegistryCrash, KilledAtRandomMomentsEveryChangeIsMadeOrNot) {
             countUp(file_, ends[1]);
         });
         close(ends[1]);
-        const auto enough = static_cast<std::uint32_t>(1 + random() % 40);
+        const auto enough = static_cast<std::uint32_t>(1 + random() % 10);
         std::uint32_t reported = 0;
         while (reported < enough)
             ASSERT_EQ(read(ends[0], &reported, sizeof reported), sizeof reported);
