@@ -6,6 +6,7 @@
 #include <fcntl.h>
 #include <sys/wait.h>
 #include <unistd.h>
+#include <utility>
 
 namespace platform::linux {
 
@@ -35,8 +36,8 @@ std::optional<PipeEnds> createPipe() {
     return pipe;
 }
 
-SpawnPlan::SpawnPlan(const std::vector<std::string>& command, short flags, int input, int output)
-    : command_(command) {
+SpawnPlan::SpawnPlan(std::vector<std::string> command, short flags, int input, int output)
+    : command_(std::move(command)) {
     for (std::string& argument : command_)
         arguments_.push_back(argument.data());
     arguments_.push_back(nullptr);

@@ -26,7 +26,7 @@ public:
 
     /// A name without a slash is looked for in PATH. `flags` are further ones of posix_spawnattr_setflags():
     /// https://man7.org/linux/man-pages/man3/posix_spawn.3.html
-    SpawnPlan(const std::vector<std::string>& command, short flags, int input, int output);
+    SpawnPlan(std::vector<std::string> command, short flags, int input, int output);
     SpawnPlan(const SpawnPlan&) = delete;
     SpawnPlan& operator=(const SpawnPlan&) = delete;
     ~SpawnPlan();

@@ -249,7 +249,7 @@ TEST_F(RegistryFileTest, ADamagedLineIsPassedOverAndTheFileKept) {
             ASSERT_EQ(setValue(registry, name, name), 0);
     }
     const std::string good = contentsOf(file_);
-    const std::size_t firstValue = good.find("\n", good.find(" key ")) + 1;
+    const std::size_t firstValue = good.find('\n', good.find(" key ")) + 1;
     for (std::size_t i = 0; i < good.size(); ++i) {
         std::string bad = good;
         bad[i] = static_cast<char>(bad[i] ^ 4);
