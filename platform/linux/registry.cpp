@@ -95,13 +95,15 @@ std::int32_t find(RegistryKey handle, std::uint32_t right, std::string_view path
     return target.key ? RegistrySuccess : RegistryFileNotFound;
 }
 
-/// What a change takes in the file at the most, for names and for data, of which each byte may take three.
+/// What a change takes in the file at the most: a line for each key and one for the value, each with the
+/// whole path, in which every byte may take three.
 std::size_t room(const Names& names, const RegistryValue& value = {}) {
-    constexpr std::size_t lines = 100; // what they have beside them
-    std::size_t size = value.name.size() + value.data.size();
+    constexpr std::size_t most = 3;
+    constexpr std::size_t others = 50; // what a line has beside its texts
+    std::size_t path = 0;
     for (const std::string& name : names)
-        size += name.size() + 1;
-    return 3 * size + lines;
+        path += most * (name.size() + 1);
+    return (names.size() + 1) * (path + others) + most * (value.name.size() + value.data.size());
 }
 
 } // namespace

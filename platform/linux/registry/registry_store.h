@@ -41,8 +41,8 @@ public:
     RegistryNode& top() { return top_; }
 
     /// Makes a change on an up-to-date tree. It finds its keys by their names, as it is made again after
-    /// others have changed the registry. `size` is how many bytes it adds at the most, before they are
-    /// encoded. A status when it could not be saved as things stand, and then it is not made.
+    /// others have changed the registry. `size` is how many bytes it adds to the file at the most. A status
+    /// when it could not be saved as things stand, and then it is not made.
     std::int32_t change(std::size_t size, Change change);
 
     /// Returns when all changes made here are on the disk, or why they are not: then they wait for the next
