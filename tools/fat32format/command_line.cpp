@@ -1,5 +1,7 @@
 #include "tools/fat32format/command_line.h"
 
+#include "base/letters.h"
+
 #include <bit>
 #include <charconv>
 
@@ -23,9 +25,7 @@ unsigned clusterOption(std::string_view argument) {
 /// X of "X:", in upper case; 0 when it is none.
 char driveLetter(std::string_view argument) {
     if (argument.size() != 2 || argument[1] != ':') return 0;
-    const char letter = argument[0];
-    if (letter >= 'a' && letter <= 'z') return static_cast<char>(letter - 'a' + 'A');
-    return letter >= 'A' && letter <= 'Z' ? letter : '\0';
+    return base::isLetter(argument[0]) ? base::upper(argument[0]) : '\0';
 }
 
 } // namespace

@@ -1,5 +1,6 @@
 #include "tools/fat32format/disk_facts.h"
 
+#include "base/trim.h"
 #include "tools/fat32format/kernel_text.h"
 
 #include <algorithm>
@@ -22,9 +23,7 @@ constexpr std::uint64_t kernelSector = 512;
 
 std::string trimmed(const std::string& text) {
     constexpr const char* blanks = " \t\r\n";
-    const std::size_t begin = text.find_first_not_of(blanks);
-    if (begin == std::string::npos) return {};
-    return text.substr(begin, text.find_last_not_of(blanks) - begin + 1);
+    return std::string(base::trim(text, blanks));
 }
 
 std::string firstLine(const std::string& text) {

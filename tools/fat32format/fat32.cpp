@@ -1,5 +1,7 @@
 #include "tools/fat32format/fat32.h"
 
+#include "base/little_endian.h"
+
 #include <algorithm>
 #include <limits>
 #include <string_view>
@@ -24,14 +26,8 @@ public:
     void byte(std::size_t place, std::uint32_t value) {
         bytes_.at(place) = static_cast<unsigned char>(value & 0xFFU);
     }
-    void word(std::size_t place, std::uint32_t value) {
-        byte(place, value);
-        byte(place + 1, value >> 8U);
-    }
-    void number(std::size_t place, std::uint32_t value) {
-        word(place, value);
-        word(place + 2, value >> 16U);
-    }
+    void word(std::size_t place, std::uint32_t value) { base::putLittleEndian(bytes_, place, 2, value); }
+    void number(std::size_t place, std::uint32_t value) { base::putLittleEndian(bytes_, place, 4, value); }
     void text(std::size_t place, std::string_view text) {
         std::copy(text.begin(), text.end(), bytes_.begin() + static_cast<std::ptrdiff_t>(place));
     }

@@ -1,5 +1,6 @@
 #include "tools/fat32format/link_table.h"
 
+#include "base/letters.h"
 #include "tools/fat32format/kernel_text.h"
 
 #include <algorithm>
@@ -83,7 +84,7 @@ std::optional<std::string> readLink(int folder, const std::string& name) {
 
 std::optional<Target> LinkTable::target(char letter) const {
     if (!opened_) return std::nullopt;
-    const std::string name = {static_cast<char>(letter - 'A' + 'a'), ':'};
+    const std::string name = {base::lower(letter), ':'};
     const auto link = readLink(opened_.get(), name);
     if (!link || !link->starts_with('/')) return std::nullopt;
     std::error_code error;

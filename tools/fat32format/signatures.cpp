@@ -1,5 +1,7 @@
 #include "tools/fat32format/signatures.h"
 
+#include "base/little_endian.h"
+
 #include <algorithm>
 #include <array>
 #include <blkid/blkid.h>
@@ -39,13 +41,6 @@ std::string shownName(const std::string& type) {
     return found == names.end() ? type : found->second;
 }
 
-std::uint64_t littleEndian(const std::array<unsigned char, 8>& bytes) {
-    std::uint64_t value = 0;
-    for (std::size_t i = bytes.size(); i > 0; --i)
-        value = (value << 8U) | bytes.at(i - 1);
-    return value;
-}
-
 /// The number of devices that a btrfs says it has; no value when it cannot be read.
 /// https://btrfs.readthedocs.io/en/latest/dev/On-disk-format.html, superblock
 std::optional<std::uint64_t> btrfsDevices(int device) {
@@ -54,7 +49,7 @@ std::optional<std::uint64_t> btrfsDevices(int device) {
     std::array<unsigned char, 8> bytes = {};
     const ssize_t got = pread(device, bytes.data(), bytes.size(), superblock + count);
     if (got != static_cast<ssize_t>(bytes.size())) return std::nullopt;
-    return littleEndian(bytes);
+    return base::littleEndian(bytes, 0, bytes.size());
 }
 
 /// The library's class "raid" is everything that is put together from several devices; what it calls "other"

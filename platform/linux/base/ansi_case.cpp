@@ -1,5 +1,7 @@
 #include "platform/linux/base/ansi_case.h"
 
+#include "base/letters.h"
+
 #include <algorithm>
 
 namespace platform::linux {
@@ -8,11 +10,10 @@ namespace {
 
 char upper(char character) {
     const auto c = static_cast<unsigned char>(character);
-    const bool ascii = c >= 'a' && c <= 'z';
     const bool latin = c >= 0xE0 && c <= 0xFE && c != 0xF7; // 0xF7 is the division sign
-    if (ascii || latin) return static_cast<char>(c - 0x20);
+    if (latin) return static_cast<char>(c - 0x20);
     if (c == 0x9A || c == 0x9C || c == 0x9E) return static_cast<char>(c - 0x10); // š, œ, ž
-    return c == 0xFF ? '\x9F' : character;                                       // ÿ
+    return c == 0xFF ? '\x9F' : base::upper(character);                          // ÿ
 }
 
 } // namespace

@@ -1,5 +1,6 @@
 #include "platform/linux/base/profile_text.h"
 
+#include "base/trim.h"
 #include "platform/linux/base/ansi_case.h"
 
 #include <algorithm>
@@ -96,8 +97,7 @@ std::string inserted(std::string_view text, std::size_t at, const std::string& l
 
 std::string_view profileTrimmed(std::string_view text) {
     static constexpr std::string_view whiteSpace = "\t\n\v\f\r \x1A"sv;
-    const std::size_t begin = std::min(text.find_first_not_of(whiteSpace), text.size());
-    return text.substr(begin, text.find_last_not_of(whiteSpace) + 1 - begin);
+    return base::trim(text, whiteSpace);
 }
 
 std::vector<ProfileLine> profileEntries(std::string_view text, std::string_view section) {

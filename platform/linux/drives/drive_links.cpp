@@ -1,5 +1,6 @@
 #include "platform/linux/drives/drive_links.h"
 
+#include "base/letters.h"
 #include "platform/linux/base/folder_reader.h"
 #include "platform/linux/base/unique_fd.h"
 
@@ -94,7 +95,7 @@ bool isLinkName(std::string_view name) {
 }
 
 std::string linkName(char letter) {
-    return {static_cast<char>(letter - 'A' + 'a'), ':'};
+    return {base::lower(letter), ':'};
 }
 
 std::string diskName(char letter) {
@@ -159,8 +160,7 @@ void setDrive(int folder, char letter, const DriveLinks::Target& target) {
 void removeOthers(int folder, const DriveLinks::Targets& targets) {
     for (const std::string& name : namesIn(folder)) {
         if (!isLinkName(name)) continue;
-        const char letter = static_cast<char>(name[0] - 'a' + 'A');
-        if (!targets.contains(letter)) removeLink(folder, name);
+        if (!targets.contains(base::upper(name[0]))) removeLink(folder, name);
     }
 }
 

@@ -1,5 +1,6 @@
 #include "platform/linux/drives/drive_table.h"
 
+#include "base/letters.h"
 #include "platform/linux/drives/drive_links.h"
 #include "platform/linux/drives/drives_ini.h"
 #include "platform/linux/drives/udisks_drives.h"
@@ -23,18 +24,14 @@ Table& table() {
     return theTable;
 }
 
-char upper(char letter) {
-    return letter >= 'a' && letter <= 'z' ? static_cast<char>(letter - 'a' + 'A') : letter;
-}
-
 } // namespace
 
 char driveLetter(std::string_view root) {
     root = root.substr(0, root.find('\0'));
     if (root.size() == 3 && (root[2] == '\\' || root[2] == '/')) root.remove_suffix(1);
     if (root.size() != 2 || root[1] != ':') return 0;
-    const char letter = upper(root[0]);
-    return letter >= 'A' && letter <= 'Z' ? letter : '\0';
+    const char letter = base::upper(root[0]);
+    return base::isLetter(letter) ? letter : '\0';
 }
 
 DriveSource& driveSource() {
@@ -44,7 +41,7 @@ DriveSource& driveSource() {
 
 std::optional<std::string> driveFolder(char letter) {
     DriveSource& drives = driveSource();
-    std::optional<std::string> folder = drives.folder(upper(letter));
+    std::optional<std::string> folder = drives.folder(base::upper(letter));
     if (!folder) driveMissed(drives);
     return folder;
 }

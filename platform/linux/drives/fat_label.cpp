@@ -1,5 +1,6 @@
 #include "platform/linux/drives/fat_label.h"
 
+#include "base/little_endian.h"
 #include "platform/linux/base/dos_text.h"
 
 #include <unistd.h>
@@ -51,12 +52,8 @@ bool writeAt(int device, std::uint64_t at, std::span<const std::uint8_t> bytes) 
     });
 }
 
-/// A number of that many bytes, lowest first.
 std::uint32_t number(std::span<const std::uint8_t> bytes, std::size_t at, std::size_t count) {
-    std::uint32_t value = 0;
-    for (std::size_t i = 0; i < count; ++i)
-        value |= std::uint32_t{bytes[at + i]} << (8 * i);
-    return value;
+    return static_cast<std::uint32_t>(base::littleEndian(bytes, at, count));
 }
 
 bool isPowerOfTwo(std::uint32_t value) {
@@ -183,10 +180,8 @@ void stamp(Entry& entry) {
     localtime_r(&now, &local);
     const int time = local.tm_hour << 11 | local.tm_min << 5 | local.tm_sec / 2;
     const int date = std::max(local.tm_year - 80, 0) << 9 | (local.tm_mon + 1) << 5 | local.tm_mday;
-    for (const auto& [at, value] : {std::pair(22, time), std::pair(24, date)}) {
-        entry[static_cast<std::size_t>(at)] = static_cast<std::uint8_t>(value & 0xFF);
-        entry[static_cast<std::size_t>(at) + 1] = static_cast<std::uint8_t>(value >> 8 & 0xFF);
-    }
+    base::putLittleEndian(entry, 22, 2, static_cast<std::uint32_t>(time));
+    base::putLittleEndian(entry, 24, 2, static_cast<std::uint32_t>(date));
 }
 
 std::span<const std::uint8_t> bytesOf(const Name& name) {

@@ -1,5 +1,6 @@
 #include "platform/linux/files/path.h"
 
+#include "base/letters.h"
 #include "platform/linux/base/file_error.h"
 #include "platform/linux/base/folder_reader.h"
 #include "platform/linux/drives/drive_source.h"
@@ -21,10 +22,6 @@ constexpr std::string_view separators = "\\/";
 
 bool isSeparator(char c) {
     return separators.find(c) != std::string_view::npos;
-}
-
-bool isLetter(char c) {
-    return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
 }
 
 /// A path taken apart, before anything is looked up.
@@ -70,7 +67,7 @@ std::optional<std::string> ownFolderOf(std::string_view path) {
 }
 
 bool splitPath(std::string_view path, Route& route) {
-    if (path.size() >= 2 && isLetter(path[0]) && path[1] == ':') {
+    if (path.size() >= 2 && base::isLetter(path[0]) && path[1] == ':') {
         if (path.size() > 2 && !isSeparator(path[2])) return false;
         route.drive = path[0];
         return splitNames(path.substr(2), route);
