@@ -1,8 +1,8 @@
 #include "tools/fat32format/held_device.h"
 
+#include "platform/linux/base/device_io.h"
 #include "tools/fat32format/signatures.h"
 
-#include <cerrno>
 #include <fcntl.h>
 #include <linux/fs.h>
 #include <sys/ioctl.h>
@@ -63,25 +63,11 @@ std::optional<std::vector<Signature>> HeldDevice::diskSignatures() {
 }
 
 bool HeldDevice::read(std::uint64_t offset, std::span<unsigned char> bytes) {
-    while (!bytes.empty()) {
-        const ssize_t count = pread(volume(), bytes.data(), bytes.size(), static_cast<off_t>(offset));
-        if (count < 0 && errno == EINTR) continue;
-        if (count <= 0) return false;
-        bytes = bytes.subspan(static_cast<std::size_t>(count));
-        offset += static_cast<std::uint64_t>(count);
-    }
-    return true;
+    return platform::linux::readAt(volume(), offset, bytes);
 }
 
 bool HeldDevice::write(std::uint64_t offset, std::span<const unsigned char> bytes) {
-    while (!bytes.empty()) {
-        const ssize_t count = pwrite(volume(), bytes.data(), bytes.size(), static_cast<off_t>(offset));
-        if (count < 0 && errno == EINTR) continue;
-        if (count <= 0) return false;
-        bytes = bytes.subspan(static_cast<std::size_t>(count));
-        offset += static_cast<std::uint64_t>(count);
-    }
-    return true;
+    return platform::linux::writeAt(volume(), offset, bytes);
 }
 
 /// What the system keeps in memory is given up, as far as it can be.

@@ -1,14 +1,14 @@
 #include "tools/fat32format/signatures.h"
 
 #include "base/little_endian.h"
+#include "platform/linux/base/device_io.h"
 
 #include <algorithm>
 #include <array>
 #include <blkid/blkid.h>
-#include <cerrno>
 #include <memory>
+#include <span>
 #include <string>
-#include <unistd.h>
 #include <utility>
 
 namespace fat32format {
@@ -44,11 +44,10 @@ std::string shownName(const std::string& type) {
 /// The number of devices that a btrfs says it has; no value when it cannot be read.
 /// https://btrfs.readthedocs.io/en/latest/dev/On-disk-format.html, superblock
 std::optional<std::uint64_t> btrfsDevices(int device) {
-    constexpr off_t superblock = 65'536;
-    constexpr off_t count = 0x88;
+    constexpr std::uint64_t superblock = 65'536;
+    constexpr std::uint64_t count = 0x88;
     std::array<unsigned char, 8> bytes = {};
-    const ssize_t got = pread(device, bytes.data(), bytes.size(), superblock + count);
-    if (got != static_cast<ssize_t>(bytes.size())) return std::nullopt;
+    if (!platform::linux::readAt(device, superblock + count, bytes)) return std::nullopt;
     return base::littleEndian(bytes, 0, bytes.size());
 }
 
@@ -85,12 +84,11 @@ Probe makeProbe(int device, std::uint64_t bytes) {
 /// The library takes a place that it cannot read for one without a mark.
 bool isReadable(int device, std::uint64_t bytes) {
     constexpr std::uint64_t edge = 131'072;
-    std::array<char, edge / 2> piece = {};
+    std::array<std::uint8_t, edge / 2> piece = {};
     const auto canRead = [&](std::uint64_t begin, std::uint64_t end) {
         for (std::uint64_t at = begin; at < end; at += piece.size()) {
             const std::size_t count = std::min<std::uint64_t>(piece.size(), end - at);
-            if (pread(device, piece.data(), count, static_cast<off_t>(at)) != static_cast<ssize_t>(count))
-                return false;
+            if (!platform::linux::readAt(device, at, std::span(piece).first(count))) return false;
         }
         return true;
     };

@@ -1,13 +1,13 @@
 #include "platform/linux/drives/fat_label.h"
 
 #include "base/little_endian.h"
+#include "platform/linux/base/device_io.h"
 #include "platform/linux/base/dos_text.h"
 
 #include <unistd.h>
 
 #include <algorithm>
 #include <array>
-#include <cerrno>
 #include <cstdint>
 #include <cstring>
 #include <ctime>
@@ -29,28 +29,6 @@ constexpr std::uint8_t labelAttribute = 0x08;
 using Name = std::array<char, nameLength>;
 using Entry = std::array<std::uint8_t, entrySize>;
 using Boot = std::array<std::uint8_t, bootSize>;
-
-bool transferAll(std::size_t size, auto step) {
-    for (std::size_t done = 0; done < size;) {
-        const ssize_t count = step(done);
-        if (count < 0 && errno == EINTR) continue;
-        if (count <= 0) return false;
-        done += static_cast<std::size_t>(count);
-    }
-    return true;
-}
-
-bool readAt(int device, std::uint64_t at, std::span<std::uint8_t> bytes) {
-    return transferAll(bytes.size(), [&](std::size_t done) {
-        return pread(device, bytes.data() + done, bytes.size() - done, static_cast<off_t>(at + done));
-    });
-}
-
-bool writeAt(int device, std::uint64_t at, std::span<const std::uint8_t> bytes) {
-    return transferAll(bytes.size(), [&](std::size_t done) {
-        return pwrite(device, bytes.data() + done, bytes.size() - done, static_cast<off_t>(at + done));
-    });
-}
 
 std::uint32_t number(std::span<const std::uint8_t> bytes, std::size_t at, std::size_t count) {
     return static_cast<std::uint32_t>(base::littleEndian(bytes, at, count));
