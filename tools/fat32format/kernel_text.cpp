@@ -1,12 +1,11 @@
 #include "tools/fat32format/kernel_text.h"
 
+#include "platform/linux/base/folder_reader.h"
 #include "platform/linux/base/unique_fd.h"
 
 #include <array>
 #include <cerrno>
-#include <dirent.h>
 #include <fcntl.h>
-#include <memory>
 #include <unistd.h>
 
 namespace fat32format {
@@ -33,20 +32,13 @@ FolderNames readNames(const std::filesystem::path& folder) {
 }
 
 FolderNames readNames(int folder) {
-    UniqueFd again(openat(folder, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (!again) return {{}, errno};
-    const std::unique_ptr<DIR, int (*)(DIR*)> stream(fdopendir(again.get()), closedir);
-    if (!stream) return {{}, errno};
-    again.release(); // it is the stream's now
     FolderNames result;
-    for (;;) {
-        errno = 0;
-        const dirent* entry = readdir(stream.get()); // NOLINT(concurrency-mt-unsafe): a stream of its own
-        if (entry == nullptr) break;
-        const std::string name = static_cast<const char*>(entry->d_name);
+    platform::linux::FolderReader reader(folder);
+    while (const char* const entry = reader.next()) {
+        const std::string name = entry;
         if (name != "." && name != "..") result.names.push_back(name);
     }
-    result.error = errno;
+    result.error = reader.error();
     return result;
 }
 

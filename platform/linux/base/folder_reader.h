@@ -2,6 +2,7 @@
 
 #include "platform/linux/base/unique_fd.h"
 
+#include <cerrno>
 #include <dirent.h>
 #include <fcntl.h>
 #include <memory>
@@ -16,14 +17,23 @@ public:
     explicit FolderReader(int folder) {
         UniqueFd readable(openat(folder, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
         if (readable) stream_.reset(fdopendir(readable.get()));
-        if (stream_) static_cast<void>(readable.release());
+        if (stream_)
+            static_cast<void>(readable.release());
+        else
+            error_ = errno;
     }
 
     bool readable() const { return stream_ != nullptr; }
 
+    /// Why there may be more names than next() has given; 0 when there are none.
+    int error() const { return error_; }
+
     /// The next name, valid until the next call, or a null pointer.
     const char* next() {
-        const dirent* entry = stream_ ? readdir(stream_.get()) : nullptr;
+        if (!stream_) return nullptr;
+        errno = 0;
+        const dirent* entry = readdir(stream_.get()); // NOLINT(concurrency-mt-unsafe): a stream of its own
+        if (entry == nullptr) error_ = errno;
         return entry != nullptr ? entry->d_name : nullptr;
     }
 
@@ -32,6 +42,7 @@ private:
         void operator()(DIR* stream) const noexcept { closedir(stream); }
     };
     std::unique_ptr<DIR, Close> stream_;
+    int error_ = 0;
 };
 
 } // namespace platform::linux
