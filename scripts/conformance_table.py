@@ -19,7 +19,7 @@ INTRODUCTION = """\
 
 Every case of `tests/conformance/*_test.cpp` and what it came to: on Linux against the services of `platform/linux`, on
 Windows against those of `platform/windows`, that is, the system's own functions, run under Wine. Written by
-`tests/windows/run --update`; `./test windows` checks that it is current. A number tells how many parameters a case ran
+`tests/wine/run --update`; `./test windows` checks that it is current. A number tells how many parameters a case ran
 with. Where a system is known to answer otherwise than documented, the expectation is left out on it, and a note says
 so. What the profile code of Linux does otherwise on purpose is listed in
 [profile-differences.md](profile-differences.md).
@@ -196,7 +196,7 @@ def main(mode, path, linux, windows):
         file.write_text(text, encoding="utf-8")
     elif not file.exists() or file.read_text(encoding="utf-8") != text:
         wrong.append(path)
-        print(f"{path} is not current: tests/windows/run --update", file=sys.stderr)
+        print(f"{path} is not current: tests/wine/run --update", file=sys.stderr)
     return 1 if wrong else 0
 
 

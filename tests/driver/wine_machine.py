@@ -8,7 +8,7 @@
 
 Everything is taken from the environment:
 
-    USBTOOL_BUILD   build folder, with the probe and the other tools in tests/window
+    USBTOOL_BUILD   build folder, with the probe and the other tools in tests/tools
     USBTOOL_WINE    folder that holds the prefixes, which are made when they are missing
 """
 
@@ -26,7 +26,7 @@ from window import DEADLINE, POLL, DriverError
 
 ROOT = Path(__file__).resolve().parents[2]
 BUILD = Path(os.environ.get("USBTOOL_BUILD", ROOT / "build" / "windows")).resolve()
-TOOLS = BUILD / "tests" / "window"
+TOOLS = BUILD / "tests" / "tools"
 PREFIXES = Path(os.environ.get("USBTOOL_WINE", BUILD / "window-prefixes")).resolve()
 SCREEN = (1366, 768)  # the smallest one that the window has to fit
 
