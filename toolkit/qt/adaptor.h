@@ -3,11 +3,13 @@
 
 #include "toolkit/control.h"
 #include "toolkit/dispatch.h"
+#include "toolkit/shown_properties.h"
 
 #include <QObject>
 #include <QWidget>
 
 #include <memory>
+#include <utility>
 
 namespace toolkit::qt {
 
@@ -27,15 +29,25 @@ public:
     virtual void release();
 
     void show(Property property) final {
-        if (control_ != nullptr) update(property);
+        if (control_ == nullptr) return;
+        update(property);
+        properties_.show(property);
     }
 
 protected:
     /// Gives the control the values that the layout holds and the control does not.
     virtual void adoptDesign() {}
-    /// Shows every property that bind() has to show.
-    virtual void showAll() = 0;
-    virtual void update(Property property) = 0;
+    virtual void showAll() {}
+    virtual void update(Property /*property*/) {}
+
+    /// The property is shown so, at first and with every change; at first, only if the condition is met.
+    void shows(Property property, ShownProperties::Show show, ShownProperties::Condition atFirst = {}) {
+        properties_.add(property, std::move(show), std::move(atFirst));
+    }
+    /// These are shown so when they change.
+    void showsChanges(std::initializer_list<Property> properties, const ShownProperties::Show& show) {
+        properties_.addChanges(properties, show);
+    }
 
     /// Hands an event to the core; the one way in.
     template <typename Handler>
@@ -45,6 +57,7 @@ protected:
 
 private:
     Control* control_;
+    ShownProperties properties_;
 };
 
 /// An adaptor whose part of the layout is a widget: enabled, visible and tool tip are the same for every
