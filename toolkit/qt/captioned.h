@@ -17,6 +17,7 @@ public:
     CaptionedAdaptor(Kind& control, QAbstractButton& widget)
         : WidgetAdaptor(control, widget), control_(control), widget_(widget) {
         connect(&widget, &QAbstractButton::clicked, this, [this] { clicked(); });
+        shows(Property::Caption, [this] { showCaption(); });
     }
 
 protected:
@@ -27,18 +28,6 @@ protected:
     void adoptDesign() override {
         WidgetAdaptor::adoptDesign();
         if (control_.caption().empty()) control_.setCaption(toUtf8(widget_.text()));
-    }
-
-    void showAll() override {
-        WidgetAdaptor::showAll();
-        showCaption();
-    }
-
-    void update(Property property) override {
-        if (property == Property::Caption)
-            showCaption();
-        else
-            WidgetAdaptor::update(property);
     }
 
 private:

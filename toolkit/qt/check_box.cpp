@@ -11,19 +11,8 @@ namespace {
 class CheckBoxAdaptor : public CaptionedAdaptor<CheckBox> {
 public:
     CheckBoxAdaptor(CheckBox& box, PassiveCheckBox& widget)
-        : CaptionedAdaptor(box, widget), box_(box), widget_(widget) {}
-
-protected:
-    void showAll() override {
-        CaptionedAdaptor::showAll();
-        showValue();
-    }
-
-    void update(Property property) override {
-        if (property == Property::Value)
-            showValue();
-        else
-            CaptionedAdaptor::update(property);
+        : CaptionedAdaptor(box, widget), box_(box), widget_(widget) {
+        shows(Property::Value, [this] { showValue(); });
     }
 
 private:

@@ -13,19 +13,8 @@ namespace {
 class OptionButtonAdaptor : public CaptionedAdaptor<OptionButton> {
 public:
     OptionButtonAdaptor(OptionButton& option, PassiveRadioButton& widget)
-        : CaptionedAdaptor(option, widget), option_(option), widget_(widget) {}
-
-protected:
-    void showAll() override {
-        CaptionedAdaptor::showAll();
-        showValue();
-    }
-
-    void update(Property property) override {
-        if (property == Property::Value)
-            showValue();
-        else
-            CaptionedAdaptor::update(property);
+        : CaptionedAdaptor(option, widget), option_(option), widget_(widget) {
+        shows(Property::Value, [this] { showValue(); });
     }
 
 private:
