@@ -12,7 +12,9 @@ namespace {
 class FrameAdaptor : public WidgetAdaptor {
 public:
     FrameAdaptor(Frame& frame, QGroupBox& widget)
-        : WidgetAdaptor(frame, widget), frame_(frame), widget_(widget) {}
+        : WidgetAdaptor(frame, widget), frame_(frame), widget_(widget) {
+        shows(Property::Caption, [this] { widget_.setTitle(withMnemonic(fromUtf8(frame_.caption()), {})); });
+    }
 
 protected:
     void adoptDesign() override {
@@ -20,21 +22,7 @@ protected:
         if (frame_.caption().empty()) frame_.setCaption(toUtf8(widget_.title()));
     }
 
-    void showAll() override {
-        WidgetAdaptor::showAll();
-        showCaption();
-    }
-
-    void update(Property property) override {
-        if (property == Property::Caption)
-            showCaption();
-        else
-            WidgetAdaptor::update(property);
-    }
-
 private:
-    void showCaption() { widget_.setTitle(withMnemonic(fromUtf8(frame_.caption()), {})); }
-
     Frame& frame_;
     QGroupBox& widget_;
 };

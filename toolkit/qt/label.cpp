@@ -16,27 +16,14 @@ public:
         : WidgetAdaptor(label, widget), label_(label), widget_(widget) {
         // Texts come from a server, too: nothing in them is ever markup.
         widget_.setTextFormat(Qt::PlainText);
+        shows(Property::Caption, [this] { showCaption(); });
+        shows(Property::BackColor, [this] { showBackColor(); });
     }
 
 protected:
     void adoptDesign() override {
         WidgetAdaptor::adoptDesign();
         if (label_.caption().empty()) label_.setCaption(toUtf8(widget_.text()));
-    }
-
-    void showAll() override {
-        WidgetAdaptor::showAll();
-        showCaption();
-        showBackColor();
-    }
-
-    void update(Property property) override {
-        if (property == Property::Caption)
-            showCaption();
-        else if (property == Property::BackColor)
-            showBackColor();
-        else
-            WidgetAdaptor::update(property);
     }
 
 private:
