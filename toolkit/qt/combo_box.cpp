@@ -16,21 +16,8 @@ public:
         : WidgetAdaptor(box, widget), box_(box), widget_(widget) {
         // Not currentIndexChanged: that one does not tell the user from the program.
         connect(&widget, &QComboBox::activated, this, [this](int index) { activated(index); });
-    }
-
-protected:
-    void showAll() override {
-        WidgetAdaptor::showAll();
-        showItems();
-    }
-
-    void update(Property property) override {
-        if (property == Property::Items)
-            showItems();
-        else if (property == Property::ListIndex)
-            showListIndex();
-        else
-            WidgetAdaptor::update(property);
+        shows(Property::Items, [this] { showItems(); });
+        showsChanges({Property::ListIndex}, [this] { showListIndex(); });
     }
 
 private:

@@ -15,33 +15,15 @@ public:
             send([this, character] { box_.keyPress(character); });
         };
         widget.onTyped = [this](const QString& text) { send([this, &text] { box_.typed(toUtf8(text)); }); };
+        shows(Property::Text, [this] { widget_.setText(fromUtf8(box_.text())); });
+        showsChanges({Property::Selection}, [this] { showSelection(); });
+        showsChanges({Property::Focus}, [this] { widget_.setFocus(Qt::OtherFocusReason); });
     }
 
 protected:
     void adoptDesign() override {
         WidgetAdaptor::adoptDesign();
         if (box_.text().empty()) box_.setText(toUtf8(widget_.text()));
-    }
-
-    void showAll() override {
-        WidgetAdaptor::showAll();
-        update(Property::Text);
-    }
-
-    void update(Property property) override {
-        switch (property) {
-        case Property::Text:
-            widget_.setText(fromUtf8(box_.text()));
-            break;
-        case Property::Selection:
-            showSelection();
-            break;
-        case Property::Focus:
-            widget_.setFocus(Qt::OtherFocusReason);
-            break;
-        default:
-            WidgetAdaptor::update(property);
-        }
     }
 
 private:
