@@ -45,6 +45,9 @@ public:
         viewport_->installEventFilter(this);
         headerViewport_ = widget.header()->viewport();
         headerViewport_->installEventFilter(this);
+        shows(Property::Drawing, [this] { showHeaderStyle(); });
+        shows(Property::Items, [this] { showItems(); });
+        showsChanges({Property::ListIndex}, [this] { showSelected(); });
     }
 
     void release() override {
@@ -62,24 +65,6 @@ public:
             leftButton_ = static_cast<QMouseEvent*>(event)->button() == Qt::LeftButton;
         }
         return WidgetAdaptor::eventFilter(watched, event);
-    }
-
-protected:
-    void showAll() override {
-        WidgetAdaptor::showAll();
-        showHeaderStyle();
-        showItems();
-    }
-
-    void update(Property property) override {
-        if (property == Property::Items)
-            showItems();
-        else if (property == Property::ListIndex)
-            showSelected();
-        else if (property == Property::Drawing)
-            showHeaderStyle();
-        else
-            WidgetAdaptor::update(property);
     }
 
 private:
