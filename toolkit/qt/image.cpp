@@ -12,19 +12,8 @@ namespace {
 class ImageAdaptor : public WidgetAdaptor {
 public:
     ImageAdaptor(Image& image, ImageWidget& widget)
-        : WidgetAdaptor(image, widget), image_(image), widget_(widget) {}
-
-protected:
-    void showAll() override {
-        WidgetAdaptor::showAll();
-        showPicture();
-    }
-
-    void update(Property property) override {
-        if (property == Property::Picture)
-            showPicture();
-        else
-            WidgetAdaptor::update(property);
+        : WidgetAdaptor(image, widget), image_(image), widget_(widget) {
+        shows(Property::Picture, [this] { showPicture(); });
     }
 
 private:

@@ -12,27 +12,15 @@ class PictureBoxAdaptor : public WidgetAdaptor, private PictureBox::Measure {
 public:
     PictureBoxAdaptor(PictureBox& box, PictureBoxWidget& widget)
         : WidgetAdaptor(box, widget), box_(box), widget_(widget) {
+        box_.setMeasure(this);
         widget_.setSource(&box);
+        shows(Property::Drawing, [this] { showDrawing(); });
     }
 
     void release() override {
         box_.setMeasure(nullptr);
         widget_.setSource(nullptr);
         WidgetAdaptor::release();
-    }
-
-protected:
-    void showAll() override {
-        WidgetAdaptor::showAll();
-        box_.setMeasure(this);
-        showDrawing();
-    }
-
-    void update(Property property) override {
-        if (property == Property::Drawing)
-            showDrawing();
-        else
-            WidgetAdaptor::update(property);
     }
 
 private:

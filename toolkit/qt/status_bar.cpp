@@ -13,7 +13,13 @@ namespace {
 class StatusPanelAdaptor : public WidgetAdaptor {
 public:
     StatusPanelAdaptor(StatusPanel& panel, StatusPanelWidget& widget)
-        : WidgetAdaptor(panel, widget), panel_(panel), widget_(widget) {}
+        : WidgetAdaptor(panel, widget), panel_(panel), widget_(widget) {
+        showsChanges({Property::Text}, [this] { widget_.textChanged(); });
+        // The layout's picture stays until the panel has one of its own.
+        const auto hasOne = [this] { return panel_.picture() != nullptr; };
+        const auto showPicture = [this] { this->showPicture(); };
+        shows(Property::Picture, showPicture, hasOne);
+    }
 
     void release() override {
         widget_.setTextSource(nullptr);
@@ -24,22 +30,7 @@ protected:
     void adoptDesign() override {
         WidgetAdaptor::adoptDesign();
         if (panel_.text().empty()) panel_.setText(toUtf8(widget_.text()));
-    }
-
-    void showAll() override {
-        WidgetAdaptor::showAll();
         widget_.setTextSource([this] { return fromUtf8(shownText(panel_.text())); });
-        // The layout's picture stays until the panel has one of its own.
-        if (panel_.picture() != nullptr) showPicture();
-    }
-
-    void update(Property property) override {
-        if (property == Property::Text)
-            widget_.textChanged();
-        else if (property == Property::Picture)
-            showPicture();
-        else
-            WidgetAdaptor::update(property);
     }
 
 private:
