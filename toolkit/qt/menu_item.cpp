@@ -13,6 +13,9 @@ class MenuItemAdaptor : public Adaptor {
 public:
     MenuItemAdaptor(MenuItem& item, QAction& action) : Adaptor(item), item_(item), action_(action) {
         connect(&action, &QAction::triggered, this, [this] { triggered(); });
+        shows(Property::Caption, [this] { showCaption(); });
+        shows(Property::Enabled, [this] { action_.setEnabled(item_.enabled()); });
+        shows(Property::Visible, [this] { action_.setVisible(item_.visible()); });
     }
 
 protected:
@@ -20,23 +23,12 @@ protected:
         if (item_.caption().empty()) item_.setCaption(toUtf8(action_.text()));
     }
 
-    void showAll() override {
-        update(Property::Caption);
-        update(Property::Enabled);
-        update(Property::Visible);
-    }
-
-    void update(Property property) override {
-        if (property == Property::Caption) {
-            action_.setSeparator(item_.caption() == "-");
-            action_.setText(
-                withMnemonic(fromUtf8(item_.caption()), action_.property("accessKey").toString()));
-        }
-        if (property == Property::Enabled) action_.setEnabled(item_.enabled());
-        if (property == Property::Visible) action_.setVisible(item_.visible());
-    }
-
 private:
+    void showCaption() {
+        action_.setSeparator(item_.caption() == "-");
+        action_.setText(withMnemonic(fromUtf8(item_.caption()), action_.property("accessKey").toString()));
+    }
+
     void triggered() {
         send([this] { item_.click(); });
     }

@@ -17,19 +17,14 @@ public:
         // Qt's other clocks may be a twentieth early, which is a fifth of a second here.
         clock_.setTimerType(Qt::PreciseTimer);
         connect(&clock_, &QTimer::timeout, this, [this] { timeout(); });
+        shows(Property::Enabled, [this] { start(); });
+        showsChanges({Property::Interval}, [this] { start(); });
     }
 
     void release() override {
         clock_.stop();
         released_ = true;
         Adaptor::release();
-    }
-
-protected:
-    void showAll() override { start(); }
-
-    void update(Property property) override {
-        if (property == Property::Enabled || property == Property::Interval) start();
     }
 
 private:
