@@ -8,6 +8,7 @@
 #include "toolkit/qt/picture.h"
 #include "toolkit/qt/presentation.h"
 #include "toolkit/qt/texts.h"
+#include "toolkit/shown_properties.h"
 
 #include <QCoreApplication>
 #include <QEventLoop>
@@ -47,7 +48,9 @@ public:
             adaptors_.push_back(adaptor.get());
             adaptor.release()->setParent(window_);
         }
-        showAll();
+        listProperties();
+        if (form.caption().empty()) form.setCaption(toUtf8(window_->windowTitle()));
+        properties_.showAll();
         window_->fitScreen();
         window_->onCloseRequested = [&form] { dispatch([&form] { form.closeRequested(); }); };
         window_->onEnter = [this](const QWidget* focus) { enter(focus); };
@@ -66,12 +69,7 @@ public:
     }
 
     void show(Property property) override {
-        if (window_ == nullptr) return;
-        if (property == Property::Caption) window_->setWindowTitle(fromUtf8(form_.caption()));
-        if (property == Property::Icon) showIcon();
-        if (property == Property::Enabled) window_->setEnabled(form_.enabled());
-        if (property == Property::Visible) window_->setVisible(form_.visible());
-        if (property == Property::ToolTip) window_->setToolTip(plainToolTip(form_.toolTip()));
+        if (window_ != nullptr) properties_.show(property);
     }
 
     void open(FormView* owner) override { present(owner, Qt::NonModal); }
@@ -114,12 +112,12 @@ private:
             platform::sendWindowMessage(handle_, platform::destroyMessage, 0, 0);
     }
 
-    void showAll() {
-        show(Property::Icon);
-        if (form_.caption().empty()) form_.setCaption(toUtf8(window_->windowTitle()));
-        show(Property::Caption);
-        show(Property::ToolTip);
-        show(Property::Enabled);
+    void listProperties() {
+        properties_.add(Property::Icon, [this] { showIcon(); });
+        properties_.add(Property::Caption, [this] { window_->setWindowTitle(fromUtf8(form_.caption())); });
+        properties_.add(Property::ToolTip, [this] { window_->setToolTip(plainToolTip(form_.toolTip())); });
+        properties_.add(Property::Enabled, [this] { window_->setEnabled(form_.enabled()); });
+        properties_.addChanges({Property::Visible}, [this] { window_->setVisible(form_.visible()); });
     }
 
     void showIcon() {
@@ -165,6 +163,7 @@ private:
     QPointer<FormWindow> window_;
     std::vector<Adaptor*> adaptors_;
     QEventLoop* modalLoop_ = nullptr;
+    ShownProperties properties_;
     WindowHandle handle_;
     bool destroyed_ = false;
 };
