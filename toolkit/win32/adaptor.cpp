@@ -9,6 +9,7 @@ void Adaptor::bind() {
     adoptDesign();
     control_->attach(this);
     showAll();
+    properties_.showAll();
 }
 
 void Adaptor::release() {

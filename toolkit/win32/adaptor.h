@@ -3,6 +3,7 @@
 
 #include "toolkit/control.h"
 #include "toolkit/dispatch.h"
+#include "toolkit/shown_properties.h"
 #include "toolkit/win32/form_window.h"
 
 #include <windows.h>
@@ -10,6 +11,7 @@
 #include <commctrl.h>
 
 #include <optional>
+#include <utility>
 
 namespace toolkit::win32 {
 
@@ -32,7 +34,9 @@ public:
     void abandon() noexcept { control_ = nullptr; }
 
     void show(Property property) final {
-        if (bound()) update(property);
+        if (!bound()) return;
+        update(property);
+        properties_.show(property);
     }
 
     // What the part tells its window.
@@ -50,9 +54,17 @@ public:
 protected:
     /// Gives the control the values that the layout holds and the control does not.
     virtual void adoptDesign() {}
-    /// Shows every property that bind() has to show.
-    virtual void showAll() = 0;
-    virtual void update(Property property) = 0;
+    virtual void showAll() {}
+    virtual void update(Property /*property*/) {}
+
+    /// The property is shown so, at first and with every change; at first, only if the condition is met.
+    void shows(Property property, ShownProperties::Show show, ShownProperties::Condition atFirst = {}) {
+        properties_.add(property, std::move(show), std::move(atFirst));
+    }
+    /// These are shown so when they change.
+    void showsChanges(std::initializer_list<Property> properties, const ShownProperties::Show& show) {
+        properties_.addChanges(properties, show);
+    }
 
     bool bound() const noexcept { return control_ != nullptr; }
     FormWindow& window() const noexcept { return window_; }
@@ -71,6 +83,7 @@ protected:
 private:
     Control* control_;
     FormWindow& window_;
+    ShownProperties properties_;
 };
 
 /// An adaptor whose part is a native control: enabled, visible and tool tip are the same for every kind.
