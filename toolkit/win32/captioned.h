@@ -13,7 +13,9 @@ template <typename Kind>
 class CaptionedAdaptor : public PartAdaptor {
 public:
     CaptionedAdaptor(Kind& control, FormWindow& window, HWND part)
-        : PartAdaptor(control, window, part), control_(control), accessKey_(accessKey(windowText(part))) {}
+        : PartAdaptor(control, window, part), control_(control), accessKey_(accessKey(windowText(part))) {
+        shows(Property::Caption, [this] { showCaption(); });
+    }
 
 protected:
     Kind& control() const noexcept { return control_; }
@@ -21,18 +23,6 @@ protected:
     void adoptDesign() override {
         PartAdaptor::adoptDesign();
         if (control_.caption().empty()) control_.setCaption(toUtf8(withoutMnemonic(windowText(part()))));
-    }
-
-    void showAll() override {
-        PartAdaptor::showAll();
-        showCaption();
-    }
-
-    void update(Property property) override {
-        if (property == Property::Caption)
-            showCaption();
-        else
-            PartAdaptor::update(property);
     }
 
 private:

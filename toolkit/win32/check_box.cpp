@@ -9,19 +9,8 @@ namespace {
 
 class CheckBoxAdaptor : public ClickedAdaptor<CheckBox> {
 public:
-    using ClickedAdaptor::ClickedAdaptor;
-
-protected:
-    void showAll() override {
-        ClickedAdaptor::showAll();
-        showValue();
-    }
-
-    void update(Property property) override {
-        if (property == Property::Value)
-            showValue();
-        else
-            ClickedAdaptor::update(property);
+    CheckBoxAdaptor(CheckBox& box, FormWindow& window, HWND part) : ClickedAdaptor(box, window, part) {
+        shows(Property::Value, [this] { showValue(); });
     }
 
 private:

@@ -49,26 +49,17 @@ void setTabStop(HWND button) {
 class OptionButtonAdaptor : public ClickedAdaptor<OptionButton>, private Subclass {
 public:
     OptionButtonAdaptor(OptionButton& option, FormWindow& window, HWND part)
-        : ClickedAdaptor(option, window, part), Subclass(part) {}
+        : ClickedAdaptor(option, window, part), Subclass(part) {
+        // As the layout has it, the tab key stops at the first one of a group that nobody can choose from.
+        const auto ofUse = [this] { return control().value() || control().enabled(); };
+        const auto showValue = [this] { this->showValue(); };
+        shows(Property::Value, showValue, ofUse);
+        showsChanges({Property::Enabled}, [this] { showTabStop(); });
+    }
 
     /// A native option button says that it was clicked when it merely gets the keyboard focus, too.
     void command(unsigned notification) override {
         if (!focusing_) ClickedAdaptor::command(notification);
-    }
-
-protected:
-    /// As the layout has it, the tab key stops at the first one of a group that nobody can choose from.
-    void showAll() override {
-        ClickedAdaptor::showAll();
-        if (control().value() || control().enabled()) showValue();
-    }
-
-    void update(Property property) override {
-        if (property == Property::Value)
-            showValue();
-        else
-            ClickedAdaptor::update(property);
-        if (property == Property::Enabled) setTabStop(part());
     }
 
 private:
@@ -85,8 +76,10 @@ private:
 
     void showValue() {
         SendMessageW(part(), BM_SETCHECK, control().value() ? BST_CHECKED : BST_UNCHECKED, 0);
-        setTabStop(part());
+        showTabStop();
     }
+
+    void showTabStop() { setTabStop(part()); }
 
     bool focusing_ = false;
 };
