@@ -38,11 +38,15 @@ void PartAdaptor::update(Property property) {
         ShowWindow(part_, control_.visible() ? SW_SHOWNA : SW_HIDE);
         break;
     case Property::ToolTip:
-        window().toolTips().set(part_, control_.toolTip());
+        showToolTip();
         break;
     default:
         break;
     }
+}
+
+void PartAdaptor::showToolTip() {
+    window().toolTips().set(part_, toolTip());
 }
 
 /// The keyboard must not stay where no key has an effect.

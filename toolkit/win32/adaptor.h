@@ -11,6 +11,7 @@
 #include <commctrl.h>
 
 #include <optional>
+#include <string>
 #include <utility>
 
 namespace toolkit::win32 {
@@ -96,6 +97,10 @@ protected:
     void adoptDesign() override;
     void showAll() override;
     void update(Property property) override;
+
+    /// What the tool tip says.
+    virtual std::string toolTip() const { return control_.toolTip(); }
+    void showToolTip();
 
     HWND part() const noexcept { return part_; }
     void redraw() const { InvalidateRect(part_, nullptr, FALSE); }

@@ -5,7 +5,6 @@
 #include "toolkit/win32/painting.h"
 #include "toolkit/win32/subclass.h"
 #include "toolkit/win32/texts.h"
-#include "toolkit/win32/tool_tips.h"
 
 namespace toolkit::win32 {
 
@@ -27,13 +26,18 @@ UINT alignment(LONG_PTR style) {
 class LabelAdaptor : public PartAdaptor, private Subclass {
 public:
     LabelAdaptor(Label& label, FormWindow& window, HWND part)
-        : PartAdaptor(label, window, part), Subclass(part), label_(label) {}
+        : PartAdaptor(label, window, part), Subclass(part), label_(label) {
+        shows(Property::Caption, [this] { showCaption(); });
+        shows(Property::BackColor, [this] { showBackColor(); });
+    }
 
     ~LabelAdaptor() override { DeleteObject(brush_); }
 
     HBRUSH background() const override { return brush_; }
 
-    void rescale() override { showToolTip(); }
+    void rescale() override {
+        if (bound()) showToolTip();
+    }
 
 protected:
     void adoptDesign() override {
@@ -41,21 +45,8 @@ protected:
         if (label_.caption().empty()) label_.setCaption(toUtf8(windowText(part())));
     }
 
-    void showAll() override {
-        PartAdaptor::showAll();
-        showCaption();
-        showBackColor();
-    }
-
-    void update(Property property) override {
-        if (property == Property::Caption)
-            showCaption();
-        else if (property == Property::BackColor)
-            showBackColor();
-        else if (property == Property::ToolTip)
-            showToolTip();
-        else
-            PartAdaptor::update(property);
+    std::string toolTip() const override {
+        return label_.toolTip().empty() && isCut() ? label_.caption() : label_.toolTip();
     }
 
 private:
@@ -109,12 +100,6 @@ private:
     void showCaption() {
         setWindowText(part(), fromUtf8(shownText(label_.caption())));
         showToolTip();
-    }
-
-    void showToolTip() {
-        if (!bound()) return;
-        const bool whole = label_.toolTip().empty() && isCut();
-        window().toolTips().set(part(), whole ? label_.caption() : label_.toolTip());
     }
 
     void showBackColor() {
