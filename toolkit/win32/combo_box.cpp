@@ -13,7 +13,10 @@ namespace {
 class ComboBoxAdaptor : public PartAdaptor {
 public:
     ComboBoxAdaptor(ComboBox& box, FormWindow& window, HWND part)
-        : PartAdaptor(box, window, part), box_(box) {}
+        : PartAdaptor(box, window, part), box_(box) {
+        shows(Property::Items, [this] { showItems(); });
+        showsChanges({Property::ListIndex}, [this] { showListIndex(); });
+    }
 
     /// Not CBN_SELCHANGE: that one comes while the user walks through the open list, and does not when the
     /// same entry is chosen again. The list is still open here, so the core hears of it later.
@@ -28,21 +31,6 @@ public:
             if (index >= 0) send([this, index] { box_.choose(static_cast<std::int16_t>(index)); });
         }
         if (bound()) showListIndex();
-    }
-
-protected:
-    void showAll() override {
-        PartAdaptor::showAll();
-        showItems();
-    }
-
-    void update(Property property) override {
-        if (property == Property::Items)
-            showItems();
-        else if (property == Property::ListIndex)
-            showListIndex();
-        else
-            PartAdaptor::update(property);
     }
 
 private:

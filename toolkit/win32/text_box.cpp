@@ -25,7 +25,11 @@ char32_t codePoint(wchar_t high, wchar_t low) {
 class TextBoxAdaptor : public PartAdaptor, private Subclass {
 public:
     TextBoxAdaptor(TextBox& box, FormWindow& window, HWND part)
-        : PartAdaptor(box, window, part), Subclass(part), box_(box) {}
+        : PartAdaptor(box, window, part), Subclass(part), box_(box) {
+        shows(Property::Text, [this] { showText(); });
+        showsChanges({Property::Selection}, [this] { showSelection(); });
+        showsChanges({Property::Focus}, [this] { showFocus(); });
+    }
 
     void command(unsigned notification) override {
         if (notification == EN_SETFOCUS || notification == EN_KILLFOCUS)
@@ -40,29 +44,6 @@ protected:
     void adoptDesign() override {
         PartAdaptor::adoptDesign();
         if (box_.text().empty()) box_.setText(toUtf8(windowText(part())));
-    }
-
-    void showAll() override {
-        PartAdaptor::showAll();
-        showText();
-    }
-
-    void update(Property property) override {
-        switch (property) {
-        case Property::Text:
-            showText();
-            break;
-        case Property::Selection:
-            showSelection();
-            break;
-        case Property::Focus:
-            SendMessageW(window().handle(), WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(part()), TRUE);
-            // The dialog has selected all of it.
-            showSelection();
-            break;
-        default:
-            PartAdaptor::update(property);
-        }
     }
 
 private:
@@ -112,6 +93,12 @@ private:
         const std::wstring text = windowText(part());
         SendMessageW(part(), EM_SETSEL, utf16Position(text, selection.start),
                      static_cast<LPARAM>(utf16Position(text, selection.start + selection.length)));
+    }
+
+    void showFocus() {
+        SendMessageW(window().handle(), WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(part()), TRUE);
+        // The dialog has selected all of it.
+        showSelection();
     }
 
     TextBox& box_;
