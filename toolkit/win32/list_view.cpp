@@ -29,6 +29,9 @@ public:
         : PartAdaptor(list, window, part), Subclass(part), list_(list) {
         constexpr LPARAM style = LVS_EX_FULLROWSELECT | LVS_EX_DOUBLEBUFFER | LVS_EX_LABELTIP;
         SendMessageW(part, LVM_SETEXTENDEDLISTVIEWSTYLE, style, style);
+        shows(Property::Items, [this] { itemsChanged(); });
+        showsChanges({Property::ListIndex}, [this] { showSelected(); });
+        showsChanges({Property::Drawing}, [this] { showHeaderStyle(); });
     }
 
     std::optional<LRESULT> notified(const NMHDR& header) override {
@@ -63,22 +66,6 @@ protected:
         PartAdaptor::adoptDesign();
         if (header() != nullptr)
             list_.setHeaderStyle(static_cast<std::uint32_t>(GetWindowLongPtrW(header(), GWL_STYLE)));
-    }
-
-    void showAll() override {
-        PartAdaptor::showAll();
-        showItems();
-    }
-
-    void update(Property property) override {
-        if (property == Property::Items && !reportingWidth_)
-            showItems();
-        else if (property == Property::ListIndex)
-            showSelected();
-        else if (property == Property::Drawing)
-            showHeaderStyle();
-        else
-            PartAdaptor::update(property);
     }
 
 private:
@@ -142,6 +129,11 @@ private:
         state.state = LVIS_SELECTED | LVIS_FOCUSED;
         SendMessageW(part(), LVM_SETITEMSTATE, static_cast<WPARAM>(list_.selected()),
                      reinterpret_cast<LPARAM>(&state));
+    }
+
+    /// A width that the user has set is on the screen already.
+    void itemsChanged() {
+        if (!reportingWidth_) showItems();
     }
 
     void showItems() {
