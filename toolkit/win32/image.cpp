@@ -17,23 +17,12 @@ namespace {
 class ImageAdaptor : public PartAdaptor {
 public:
     ImageAdaptor(Image& image, FormWindow& window, HWND part)
-        : PartAdaptor(image, window, part), image_(image) {}
+        : PartAdaptor(image, window, part), image_(image) {
+        shows(Property::Picture, [this] { showPicture(); });
+    }
 
     void draw(const DRAWITEMSTRUCT& item) override {
         paintBuffered(item.hDC, item.rcItem, [&](HDC context) { paint(context, item.rcItem); });
-    }
-
-protected:
-    void showAll() override {
-        PartAdaptor::showAll();
-        showPicture();
-    }
-
-    void update(Property property) override {
-        if (property == Property::Picture)
-            showPicture();
-        else
-            PartAdaptor::update(property);
     }
 
 private:

@@ -42,7 +42,10 @@ private:
 class PictureBoxAdaptor : public PartAdaptor, private PictureBox::Measure {
 public:
     PictureBoxAdaptor(PictureBox& box, FormWindow& window, HWND part)
-        : PartAdaptor(box, window, part), box_(box) {}
+        : PartAdaptor(box, window, part), box_(box) {
+        box_.setMeasure(this);
+        shows(Property::Drawing, [this] { showDrawing(); });
+    }
 
     void release() override {
         if (bound()) box_.setMeasure(nullptr);
@@ -51,20 +54,6 @@ public:
 
     void draw(const DRAWITEMSTRUCT& item) override {
         paintBuffered(item.hDC, item.rcItem, [&](HDC context) { paint(context, item.rcItem); });
-    }
-
-protected:
-    void showAll() override {
-        PartAdaptor::showAll();
-        box_.setMeasure(this);
-        showDrawing();
-    }
-
-    void update(Property property) override {
-        if (property == Property::Drawing)
-            showDrawing();
-        else
-            PartAdaptor::update(property);
     }
 
 private:

@@ -53,15 +53,11 @@ std::wstring panelText(const StatusPanel& panel) {
 class StatusBarAdaptor : public PartAdaptor, private Subclass {
 public:
     StatusBarAdaptor(StatusBar& bar, FormWindow& window, HWND part)
-        : PartAdaptor(bar, window, part), Subclass(part), bar_(bar) {}
-
-    void rescale() override { layOut(); }
-
-protected:
-    void showAll() override {
-        PartAdaptor::showAll();
+        : PartAdaptor(bar, window, part), Subclass(part), bar_(bar) {
         layOut();
     }
+
+    void rescale() override { layOut(); }
 
 private:
     LRESULT received(UINT message, WPARAM wParam, LPARAM lParam) override {
@@ -117,7 +113,13 @@ private:
 class StatusPanelAdaptor : public Adaptor {
 public:
     StatusPanelAdaptor(StatusPanel& panel, FormWindow& window, HWND bar, int index)
-        : Adaptor(panel, window), panel_(panel), bar_(bar), index_(index) {}
+        : Adaptor(panel, window), panel_(panel), bar_(bar), index_(index) {
+        shows(Property::Text, [this] { showText(); });
+        shows(Property::ToolTip, [this] { showToolTip(); });
+        showsChanges(
+            {Property::Enabled, Property::Picture, Property::Text, Property::ToolTip, Property::Visible},
+            [this] { redraw(); });
+    }
 
     void rescale() override {
         if (bound()) showToolTip();
@@ -128,18 +130,6 @@ protected:
         const Design& design = designs[static_cast<std::size_t>(index_)];
         if (panel_.text().empty()) panel_.setText(design.text);
         if (panel_.toolTip().empty()) panel_.setToolTip(design.toolTip);
-    }
-
-    void showAll() override {
-        showText();
-        showToolTip();
-    }
-
-    void update(Property property) override {
-        if (property == Property::Text) showText();
-        if (property == Property::ToolTip) showToolTip();
-        const RECT place = panelPlace(bar_, index_);
-        InvalidateRect(bar_, &place, FALSE);
     }
 
 private:
@@ -153,6 +143,11 @@ private:
 
     void showToolTip() {
         window().toolTips().setRegion(bar_, index_ + 1, panelPlace(bar_, index_), panel_.toolTip());
+    }
+
+    void redraw() {
+        const RECT place = panelPlace(bar_, index_);
+        InvalidateRect(bar_, &place, FALSE);
     }
 
     StatusPanel& panel_;
