@@ -17,7 +17,10 @@ public:
           item_(item),
           menu_(menu),
           number_(number),
-          accessKey_(win32::accessKey(designCaption())) {}
+          accessKey_(win32::accessKey(designCaption())) {
+        shows(Property::Caption, [this] { showItem(); });
+        showsChanges({Property::Enabled, Property::Visible}, [this] { showItem(); });
+    }
 
     void command(unsigned /*notification*/) override {
         send([this] { item_.click(); });
@@ -26,13 +29,6 @@ public:
 protected:
     void adoptDesign() override {
         if (item_.caption().empty()) item_.setCaption(toUtf8(withoutMnemonic(designCaption())));
-    }
-
-    void showAll() override { showItem(); }
-
-    void update(Property property) override {
-        if (property == Property::Caption || property == Property::Enabled || property == Property::Visible)
-            showItem();
     }
 
 private:

@@ -12,19 +12,15 @@ namespace {
 /// lets events run (a message box, a download) is never entered a second time.
 class TimerAdaptor : public Adaptor {
 public:
-    TimerAdaptor(Timer& timer, FormWindow& window) : Adaptor(timer, window), timer_(timer) {}
+    TimerAdaptor(Timer& timer, FormWindow& window) : Adaptor(timer, window), timer_(timer) {
+        shows(Property::Enabled, [this] { start(); });
+        showsChanges({Property::Interval}, [this] { start(); });
+    }
     ~TimerAdaptor() override { stop(); }
 
     void release() override {
         stop();
         Adaptor::release();
-    }
-
-protected:
-    void showAll() override { start(); }
-
-    void update(Property property) override {
-        if (property == Property::Enabled || property == Property::Interval) start();
     }
 
 private:
