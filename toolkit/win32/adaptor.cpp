@@ -5,44 +5,18 @@
 
 namespace toolkit::win32 {
 
-void Adaptor::bind() {
-    adoptDesign();
-    control_->attach(this);
-    showAll();
-    properties_.showAll();
-}
-
-void Adaptor::release() {
-    if (control_ == nullptr) return;
-    control_->attach(nullptr);
-    control_ = nullptr;
+PartAdaptor::PartAdaptor(Control& control, FormWindow& window, HWND part)
+    : Adaptor(control, window), control_(control), part_(part) {
+    const auto hidden = [this] { return !control_.visible(); };
+    const auto showVisible = [this] { ShowWindow(part_, control_.visible() ? SW_SHOWNA : SW_HIDE); };
+    shows(Property::Enabled, [this] { showEnabled(); });
+    shows(Property::ToolTip, [this] { showToolTip(); });
+    shows(Property::Visible, showVisible, hidden);
 }
 
 void PartAdaptor::adoptDesign() {
     if (control_.toolTip().empty()) control_.setToolTip(designToolTip(part_));
     if (IsWindowEnabled(part_) == FALSE) control_.setEnabled(false);
-}
-
-void PartAdaptor::showAll() {
-    showEnabled();
-    update(Property::ToolTip);
-    if (!control_.visible()) update(Property::Visible);
-}
-
-void PartAdaptor::update(Property property) {
-    switch (property) {
-    case Property::Enabled:
-        showEnabled();
-        break;
-    case Property::Visible:
-        ShowWindow(part_, control_.visible() ? SW_SHOWNA : SW_HIDE);
-        break;
-    case Property::ToolTip:
-        showToolTip();
-        break;
-    default:
-        break;
-    }
 }
 
 void PartAdaptor::showToolTip() {

@@ -1,9 +1,8 @@
 // The Windows side of one control.
 #pragma once
 
-#include "toolkit/control.h"
+#include "toolkit/control_view.h"
 #include "toolkit/dispatch.h"
-#include "toolkit/shown_properties.h"
 #include "toolkit/win32/form_window.h"
 
 #include <windows.h>
@@ -12,33 +11,16 @@
 
 #include <optional>
 #include <string>
-#include <utility>
 
 namespace toolkit::win32 {
 
 /// Shows a control in the part of the window that bears its name, and hands the part's messages to the core.
 /// It never decides: what the user does is reported, and what the control then says is shown.
 ///
-/// It lives as long as its window. The control may be gone before it, and is not touched after release() or
-/// abandon().
-class Adaptor : public View {
+/// It lives as long as its window.
+class Adaptor : public ControlView {
 public:
-    Adaptor(Control& control, FormWindow& window) : control_(&control), window_(window) {}
-
-    /// Takes over what only the layout knows, connects the control and shows all of it.
-    void bind();
-
-    /// Disconnects the control for good; the window is closed.
-    virtual void release();
-
-    /// The control is gone.
-    void abandon() noexcept { control_ = nullptr; }
-
-    void show(Property property) final {
-        if (!bound()) return;
-        update(property);
-        properties_.show(property);
-    }
+    Adaptor(Control& control, FormWindow& window) : ControlView(control), window_(window) {}
 
     // What the part tells its window.
     virtual void command(unsigned /*notification*/) {}
@@ -53,21 +35,6 @@ public:
     virtual void settle() {}
 
 protected:
-    /// Gives the control the values that the layout holds and the control does not.
-    virtual void adoptDesign() {}
-    virtual void showAll() {}
-    virtual void update(Property /*property*/) {}
-
-    /// The property is shown so, at first and with every change; at first, only if the condition is met.
-    void shows(Property property, ShownProperties::Show show, ShownProperties::Condition atFirst = {}) {
-        properties_.add(property, std::move(show), std::move(atFirst));
-    }
-    /// These are shown so when they change.
-    void showsChanges(std::initializer_list<Property> properties, const ShownProperties::Show& show) {
-        properties_.addChanges(properties, show);
-    }
-
-    bool bound() const noexcept { return control_ != nullptr; }
     FormWindow& window() const noexcept { return window_; }
 
     /// Hands an event to the core; the one way in.
@@ -82,21 +49,16 @@ protected:
     void postSettle() { window_.postSettle(*this); }
 
 private:
-    Control* control_;
     FormWindow& window_;
-    ShownProperties properties_;
 };
 
 /// An adaptor whose part is a native control: enabled, visible and tool tip are the same for every kind.
 class PartAdaptor : public Adaptor {
 public:
-    PartAdaptor(Control& control, FormWindow& window, HWND part)
-        : Adaptor(control, window), control_(control), part_(part) {}
+    PartAdaptor(Control& control, FormWindow& window, HWND part);
 
 protected:
     void adoptDesign() override;
-    void showAll() override;
-    void update(Property property) override;
 
     /// What the tool tip says.
     virtual std::string toolTip() const { return control_.toolTip(); }
