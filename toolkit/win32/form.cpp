@@ -1,6 +1,7 @@
 #include "toolkit/win32/form.h"
 
 #include "toolkit/backend.h"
+#include "toolkit/shown_properties.h"
 #include "toolkit/win32/binding.h"
 #include "toolkit/win32/form_window.h"
 #include "toolkit/win32/message_loop.h"
@@ -36,7 +37,11 @@ class WindowView final : public FormView {
 public:
     explicit WindowView(Form& form) : form_(form), window_(&FormWindow::create(form.name())) {
         bindControls(form.controls(), *window_);
-        showAll();
+        listProperties();
+        if (form.caption().empty()) form.setCaption(toUtf8(windowText(window_->handle())));
+        properties_.showAll();
+        if (const Button* const button = form.enterButton(nullptr))
+            window_->showEnterButton(resourceNumber(button->name()));
         window_->onCloseRequested = [&form] { dispatch([&form] { form.closeRequested(); }); };
         window_->onEnter = [this](int number) { enter(number); };
         window_->onRescaled = [this] { showIcon(); };
@@ -54,12 +59,7 @@ public:
     }
 
     void show(Property property) override {
-        if (window_ == nullptr) return;
-        if (property == Property::Caption) setWindowText(window_->handle(), fromUtf8(form_.caption()));
-        if (property == Property::Icon) showIcon();
-        if (property == Property::Enabled) EnableWindow(window_->handle(), form_.enabled() ? TRUE : FALSE);
-        if (property == Property::Visible) ShowWindow(window_->handle(), form_.visible() ? SW_SHOW : SW_HIDE);
-        if (property == Property::ToolTip) window_->toolTips().set(window_->handle(), form_.toolTip());
+        if (window_ != nullptr) properties_.show(property);
     }
 
     void open(FormView* owner) override {
@@ -99,14 +99,17 @@ public:
     }
 
 private:
-    void showAll() {
-        show(Property::Icon);
-        if (form_.caption().empty()) form_.setCaption(toUtf8(windowText(window_->handle())));
-        show(Property::Caption);
-        if (const Button* const button = form_.enterButton(nullptr))
-            window_->showEnterButton(resourceNumber(button->name()));
-        if (!form_.toolTip().empty()) show(Property::ToolTip);
-        if (!form_.enabled()) show(Property::Enabled);
+    void listProperties() {
+        HWND const handle = window_->handle();
+        const auto showCaption = [this, handle] { setWindowText(handle, fromUtf8(form_.caption())); };
+        const auto showToolTip = [this, handle] { window_->toolTips().set(handle, form_.toolTip()); };
+        const auto showEnabled = [this, handle] { EnableWindow(handle, form_.enabled() ? TRUE : FALSE); };
+        const auto showVisible = [this, handle] { ShowWindow(handle, form_.visible() ? SW_SHOW : SW_HIDE); };
+        properties_.add(Property::Icon, [this] { showIcon(); });
+        properties_.add(Property::Caption, showCaption);
+        properties_.add(Property::ToolTip, showToolTip, [this] { return !form_.toolTip().empty(); });
+        properties_.add(Property::Enabled, showEnabled, [this] { return !form_.enabled(); });
+        properties_.addChanges({Property::Visible}, showVisible);
     }
 
     /// Without a picture of its own the window has that of its class.
@@ -142,6 +145,7 @@ private:
 
     Form& form_;
     FormWindow* window_; ///< null when it is closed
+    ShownProperties properties_;
     std::optional<ModalScope> modal_;
 };
 
