@@ -5,6 +5,7 @@
 #include "toolkit/dispatch.h"
 #include "toolkit/form.h"
 
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <string_view>
@@ -27,8 +28,11 @@ std::unique_ptr<FormView> createFormView(Form& form);
 /// meanwhile the answer has no meaning.
 int showMessage(std::string_view text, int style, std::string_view title);
 
-/// Handles pending events.
-void pumpEvents();
+/// Handles events until none is pending, or for so long.
+void pumpEvents(std::chrono::milliseconds longest);
+
+/// How late it is; it never gets earlier.
+std::chrono::steady_clock::time_point now();
 
 /// Makes every running event loop return.
 void quit();

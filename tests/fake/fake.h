@@ -7,6 +7,7 @@
 #include "platform/volumes.h"
 #include "toolkit/form.h"
 
+#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <map>
@@ -57,6 +58,7 @@ struct Computer {
     std::map<std::string, std::string> web; ///< contents by address; what is missing cannot be reached
     std::size_t longestRead = SIZE_MAX;     ///< bytes that one read from the web gives at the most
     std::optional<std::uint64_t> announcedLength; ///< of every download, true or not
+    std::chrono::milliseconds clockStep{4};       ///< between two looks at the clock; a pump is due by then
     std::string separator = ",";
     std::string folder = "/opt/tool";
     std::string settingsFolder = "/opt/tool";
@@ -99,6 +101,7 @@ struct Computer {
     std::vector<std::string> journal;
     std::map<std::string, std::string> owners; ///< name of the owner of a window that was shown, by its name
     int pumps = 0;
+    std::chrono::milliseconds longestPump{}; ///< what the last one was given
     int quits = 0;
     int driveScans = 0;
     platform::WindowProcedure procedure = nullptr;

@@ -111,11 +111,19 @@ int showMessage(std::string_view text, int style, std::string_view title) {
     return (style & YesNo) != 0 ? Yes : Ok;
 }
 
-void pumpEvents() {
+void pumpEvents(std::chrono::milliseconds longest) {
     ++fake::computer().pumps;
+    fake::computer().longestPump = longest;
     fake::enter("pump");
     const auto events = fake::computer().onPump;
     if (events) events();
+}
+
+/// The tests are one after the other: the clock goes on from test to test.
+std::chrono::steady_clock::time_point now() {
+    static std::chrono::steady_clock::time_point time;
+    time += fake::computer().clockStep;
+    return time;
 }
 
 void quit() {

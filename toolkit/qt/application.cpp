@@ -25,15 +25,6 @@ namespace toolkit {
 
 namespace {
 
-using Clock = std::chrono::steady_clock;
-
-/// A download asks for events after every 2048 bytes, a hundred thousand times for a large file. A person
-/// cannot tell when a click or a repaint comes so much later, and the download would take several times as
-/// long without it.
-constexpr std::chrono::milliseconds shortestPause{4};
-
-constexpr int longestPump = 50; // milliseconds
-
 bool quitting = false;
 
 void describe(QApplication& application) {
@@ -73,12 +64,13 @@ Ending run(char* program, const std::function<void()>& start) {
     return ending();
 }
 
-void backend::pumpEvents() {
-    static Clock::time_point lastEnd;
-    if (Clock::now() - lastEnd < shortestPause) return;
+void backend::pumpEvents(std::chrono::milliseconds longest) {
     // With a limit it goes on until nothing is pending; without one it would look only once.
-    QCoreApplication::processEvents(QEventLoop::AllEvents, longestPump);
-    lastEnd = Clock::now();
+    QCoreApplication::processEvents(QEventLoop::AllEvents, static_cast<int>(longest.count()));
+}
+
+std::chrono::steady_clock::time_point backend::now() {
+    return std::chrono::steady_clock::now();
 }
 
 void backend::quit() {

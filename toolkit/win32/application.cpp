@@ -16,15 +16,6 @@ namespace toolkit {
 
 namespace {
 
-using Clock = std::chrono::steady_clock;
-
-/// A download asks for events after every 2048 bytes, a hundred thousand times for a large file. A person
-/// cannot tell when a click or a repaint comes so much later, and the download would take several times as
-/// long without it.
-constexpr std::chrono::milliseconds shortestPause{4};
-
-constexpr int longestPump = 50; // milliseconds
-
 /// What pictures, the shell and the directory service need.
 class ComApartment {
 public:
@@ -68,11 +59,12 @@ Ending run(char* /*program*/, const std::function<void()>& start) {
     return ending();
 }
 
-void backend::pumpEvents() {
-    static Clock::time_point lastEnd;
-    if (Clock::now() - lastEnd < shortestPause) return;
-    win32::handlePending(longestPump);
-    lastEnd = Clock::now();
+void backend::pumpEvents(std::chrono::milliseconds longest) {
+    win32::handlePending(longest);
+}
+
+std::chrono::steady_clock::time_point backend::now() {
+    return std::chrono::steady_clock::now();
 }
 
 void backend::quit() {

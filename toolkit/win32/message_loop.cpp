@@ -70,13 +70,13 @@ void loopUntil(const std::function<bool()>& done) {
     }
 }
 
-void handlePending(int longest) {
+void handlePending(std::chrono::milliseconds longest) {
     const ULONGLONG start = GetTickCount64();
     MSG message;
     while (!ended && PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE) != FALSE) {
         if (message.message == WM_QUIT) return PostQuitMessage(0);
         handle(message);
-        if (GetTickCount64() - start > static_cast<ULONGLONG>(longest)) return;
+        if (GetTickCount64() - start > static_cast<ULONGLONG>(longest.count())) return;
     }
 }
 

@@ -4,6 +4,7 @@
 
 #include <windows.h>
 
+#include <chrono>
 #include <functional>
 
 namespace toolkit::win32 {
@@ -19,8 +20,8 @@ bool loopsEnd();
 /// Handles messages until `done` says so or the program ends.
 void loopUntil(const std::function<bool()>& done);
 
-/// Handles the messages that are there, for so many milliseconds at the most.
-void handlePending(int longest);
+/// Handles the messages that are there, for so long at the most.
+void handlePending(std::chrono::milliseconds longest);
 
 /// Is an arrow key being handled? It chooses the option button that it leads to.
 bool arrowKeyMoves();
