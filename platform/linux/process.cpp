@@ -119,8 +119,8 @@ struct Process::State {
     bool reaped = false;
     int output; ///< what it writes can be read there
     UniqueFd end;
-    PipeEnds
-        input; ///< its read end stays open here, so that no answer meets a broken pipe, and no SIGPIPE comes
+    /// Its read end stays open here, so that no answer meets a broken pipe, and no SIGPIPE comes.
+    PipeEnds input;
 };
 
 Process::Process(std::string_view commandLine, Pipe& output) {

@@ -7,9 +7,8 @@
 //   Label=ORVANTA
 //   FileSystem=FAT32
 //   Total=4294967296   bytes; without it what statvfs says of Path
-//   Free=1000000000    bytes; without it Total less the files below Path, or what statvfs says of it when
-//   they
-//                      cannot be measured in 100 ms
+//   Free=1000000000    bytes; without it Total less the files below Path, or
+//                      what statvfs says when they take more than 100 ms to count
 //
 // A drive whose folder is missing has no medium.
 #pragma once
@@ -72,8 +71,8 @@ private:
     Complaint complaint_;
     bool there_ = false;
     struct stat read_ = {};
-    bool settled_ =
-        false; ///< the file was old enough when it was read for any later change to show in its time
+    /// The file was old enough when it was read for any later change to show in its time.
+    bool settled_ = false;
 };
 
 } // namespace platform::linux
