@@ -53,10 +53,10 @@ struct TrayCall {
 struct Computer {
     std::map<std::string, Drive> drives; ///< by root, as in `E:\`
     std::map<std::string, File> files;   ///< by path, as the program names it
-    std::map<std::string, std::uint64_t>
-        lengths;                            ///< of files that are said to be larger than they are, by path
-    std::map<std::string, std::string> web; ///< contents by address; what is missing cannot be reached
-    std::size_t longestRead = SIZE_MAX;     ///< bytes that one read from the web gives at the most
+    /// Of files that are said to be larger than they are, by path.
+    std::map<std::string, std::uint64_t> lengths;
+    std::map<std::string, std::string> web;       ///< contents by address; what is missing cannot be reached
+    std::size_t longestRead = SIZE_MAX;           ///< bytes that one read from the web gives at the most
     std::optional<std::uint64_t> announcedLength; ///< of every download, true or not
     std::chrono::milliseconds clockStep{4};       ///< between two looks at the clock; a pump is due by then
     std::string separator = ",";

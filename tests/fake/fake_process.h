@@ -30,8 +30,8 @@ struct Console {
     // What the program did.
     std::vector<std::chrono::milliseconds> waits;
     std::vector<std::string> commandLines;
-    std::vector<std::string>
-        calls; ///< "pipe", "start", "answer y", "end" (of a running one), "close process", …
+    /// "pipe", "start", "answer y", "end" (of a running one), "close process", …
+    std::vector<std::string> calls;
 };
 
 struct Accounts {
