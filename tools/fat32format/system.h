@@ -37,8 +37,8 @@ struct Volume {
     bool diskHasPartitions = false;
     bool onUsb = false;
     bool readOnly = false;
-    bool systemUse =
-        false; ///< something of the disk is mounted as part of the system, or in its use otherwise
+    /// Something of the disk is mounted as part of the system, or in its use otherwise.
+    bool systemUse = false;
     std::vector<Mount> mounts; ///< where the user has something of the disk mounted, in the order of mounting
     std::string unreadable;    ///< what could not be read of all this, the first of it; else empty
 
