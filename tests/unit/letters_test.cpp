@@ -3,10 +3,12 @@
 #include "base/letters.h"
 #include "base/little_endian.h"
 #include "base/trim.h"
+#include "base/whole_number.h"
 
 #include <gtest/gtest.h>
 
 #include <array>
+#include <cstdint>
 
 TEST(Letters, ChangeTheirCaseAndNothingElseDoes) {
     EXPECT_EQ(base::lower("AZaz09@[`{"), "azaz09@[`{");
@@ -50,4 +52,12 @@ TEST(LittleEndian, TheLowestByteIsTheFirst) {
 TEST(LittleEndian, WhatIsNotThereCountsAsNothing) {
     EXPECT_EQ(base::littleEndian(std::string("\1\2"), 1, 4), 2U);
     EXPECT_EQ(base::littleEndian(std::string("\1\2"), 5, 4), 0U);
+}
+
+TEST(WholeNumbers, AreTheWholeText) {
+    EXPECT_EQ(base::wholeNumber<std::uint32_t>("4294967295"), 4294967295U);
+    EXPECT_EQ(base::wholeNumber<int>("-7"), -7);
+    EXPECT_EQ(base::wholeNumber<unsigned char>("fF", 16), 255);
+    for (const char* const text : {"", " 1", "1 ", "+1", "1x", "x", "0x1", "-", "4294967296", "-1", "1.0"})
+        EXPECT_EQ(base::wholeNumber<std::uint32_t>(text), std::nullopt) << text;
 }

@@ -1,9 +1,9 @@
 #include "tools/fat32format/command_line.h"
 
 #include "base/letters.h"
+#include "base/whole_number.h"
 
 #include <bit>
-#include <charconv>
 
 namespace fat32format {
 
@@ -15,11 +15,8 @@ constexpr unsigned mostSectors = 128;
 unsigned clusterOption(std::string_view argument) {
     if (!argument.starts_with("-c")) return 0;
     argument.remove_prefix(2);
-    unsigned sectors = 0;
-    const char* const end = argument.data() + argument.size();
-    const auto result = std::from_chars(argument.data(), end, sectors);
-    const bool isNumber = result.ec == std::errc() && result.ptr == end;
-    return isNumber && sectors <= mostSectors && std::has_single_bit(sectors) ? sectors : 0;
+    const unsigned sectors = base::wholeNumber<unsigned>(argument).value_or(0);
+    return sectors <= mostSectors && std::has_single_bit(sectors) ? sectors : 0;
 }
 
 /// X of "X:", in upper case; 0 when it is none.

@@ -1,12 +1,12 @@
 #include "tools/fat32format/disk_facts.h"
 
 #include "base/trim.h"
+#include "base/whole_number.h"
 #include "tools/fat32format/kernel_text.h"
 
 #include <algorithm>
 #include <cctype>
 #include <cerrno>
-#include <charconv>
 #include <map>
 #include <sstream>
 #include <sys/stat.h>
@@ -48,11 +48,7 @@ public:
     }
 
     std::uint64_t number(const fs::path& file) {
-        const std::string line = firstLine(text(file));
-        std::uint64_t value = 0;
-        const char* const end = line.data() + line.size();
-        const auto result = std::from_chars(line.data(), end, value);
-        if (result.ec == std::errc() && result.ptr == end) return value;
+        if (const auto value = base::wholeNumber<std::uint64_t>(firstLine(text(file)))) return *value;
         note(file);
         return 0;
     }

@@ -1,12 +1,12 @@
 #include "tools/fat32format/link_table.h"
 
 #include "base/letters.h"
+#include "base/whole_number.h"
 #include "tools/fat32format/kernel_text.h"
 
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <charconv>
 #include <climits>
 #include <csignal>
 #include <fcntl.h>
@@ -31,10 +31,9 @@ bool isUsersAlone(int folder) {
 
 /// Whether a folder's name is the id of one of the user's processes.
 bool isOfALivingProcess(const std::string& name) {
-    pid_t process = 0;
-    const auto [end, failure] = std::from_chars(name.data(), name.data() + name.size(), process);
-    if (failure != std::errc() || end != name.data() + name.size() || process <= 0) return false;
-    return kill(process, 0) == 0;
+    const auto process = base::wholeNumber<pid_t>(name);
+    if (!process || *process <= 0) return false;
+    return kill(*process, 0) == 0;
 }
 
 /// A folder inside another one, never through a link. Not there: neither a folder nor a problem.

@@ -1,6 +1,6 @@
 #include "platform/linux/base/percent_text.h"
 
-#include <charconv>
+#include "base/whole_number.h"
 
 namespace platform::linux {
 
@@ -12,11 +12,8 @@ bool isPlain(char c) {
 
 /// Two hexadecimal digits; no value when they are none.
 std::optional<char> hexadecimal(std::string_view digits) {
-    unsigned value = 0;
-    const char* const end = digits.data() + digits.size();
-    const auto result = std::from_chars(digits.data(), end, value, 16);
-    if (digits.size() != 2 || result.ec != std::errc() || result.ptr != end) return std::nullopt;
-    return static_cast<char>(value);
+    const auto value = digits.size() == 2 ? base::wholeNumber<unsigned char>(digits, 16) : std::nullopt;
+    return value ? std::optional(static_cast<char>(*value)) : std::nullopt;
 }
 
 } // namespace

@@ -1,13 +1,13 @@
 #include "platform/linux/drives/drive_links.h"
 
 #include "base/letters.h"
+#include "base/whole_number.h"
 #include "platform/linux/base/folder_reader.h"
 #include "platform/linux/base/unique_fd.h"
 
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <charconv>
 #include <climits>
 #include <csignal>
 #include <cstdlib>
@@ -120,10 +120,9 @@ void removeFolder(int parent, const std::string& name) {
 
 /// Whether a folder is that of a process that is no longer there.
 bool isOfADeadProcess(const std::string& name) {
-    pid_t process = 0;
-    const auto [end, failure] = std::from_chars(name.data(), name.data() + name.size(), process);
-    if (failure != std::errc() || end != name.data() + name.size() || process <= 0) return false;
-    return kill(process, 0) != 0 && errno == ESRCH;
+    const auto process = base::wholeNumber<pid_t>(name);
+    if (!process || *process <= 0) return false;
+    return kill(*process, 0) != 0 && errno == ESRCH;
 }
 
 /// What a program left behind that did not end in good order.

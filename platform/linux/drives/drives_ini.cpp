@@ -1,6 +1,7 @@
 #include "platform/linux/drives/drives_ini.h"
 
 #include "base/text.h"
+#include "base/whole_number.h"
 #include "platform/linux/base/ansi_case.h"
 #include "platform/linux/base/descriptor_io.h"
 #include "platform/linux/base/profile_text.h"
@@ -13,7 +14,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <charconv>
 #include <chrono>
 #include <ctime>
 #include <system_error>
@@ -34,10 +34,7 @@ std::string_view unquoted(std::string_view text) {
 }
 
 std::optional<std::uint64_t> number(std::string_view text) {
-    std::uint64_t value = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-    if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
-    return value;
+    return base::wholeNumber<std::uint64_t>(text);
 }
 
 /// Value of a key, empty when there is none. Of several keys of one name the first one counts: it is the one

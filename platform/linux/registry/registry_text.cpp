@@ -1,10 +1,10 @@
 #include "platform/linux/registry/registry_text.h"
 
+#include "base/whole_number.h"
 #include "platform/linux/base/percent_text.h"
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <optional>
 
 namespace platform::linux {
@@ -68,14 +68,6 @@ std::vector<std::string> fieldsOf(std::string_view body) {
     }
 }
 
-std::optional<std::uint32_t> numberOf(const std::string& text) {
-    std::uint32_t value = 0;
-    const char* const end = text.data() + text.size();
-    const auto [stop, error] = std::from_chars(text.data(), end, value);
-    if (error != std::errc() || stop != end) return std::nullopt;
-    return value;
-}
-
 bool takeLine(std::string_view line, RegistryNode& top) {
     if (line.size() <= checksumLength || line[checksumLength] != ' ') return false;
     const std::string_view body = line.substr(checksumLength + 1);
@@ -83,7 +75,7 @@ bool takeLine(std::string_view line, RegistryNode& top) {
     const std::vector<std::string> fields = fieldsOf(body);
     const bool isKey = fields.size() == 2 && fields[0] == "key";
     const bool isValue = fields.size() == 5 && fields[0] == "value";
-    const auto type = isValue ? numberOf(fields[2]) : std::nullopt;
+    const auto type = isValue ? base::wholeNumber<std::uint32_t>(fields[2]) : std::nullopt;
     if (!isKey && !type) return false;
     const auto names = registryNames(fields[1]);
     if (names.empty() || names.size() > deepest) return false;
