@@ -99,7 +99,8 @@ bool confirmed(frmMain& window) {
 }
 
 bool connected(frmMain& window) {
-    if (!online::OpenURL(window, online::downloadUrl() + "usb-list.csv", "0").empty()) return true;
+    if (!online::OpenURL(window.StatusBar1.panel(2), online::downloadUrl() + "usb-list.csv", "0").empty())
+        return true;
     toolkit::messageBox(
         base::joinLines({"Es konnte keine Verbindung hergestellt werden!",
                          "Prüfen Sie Ihre Internetverbindung oder versuchen es später nochmal."}),
@@ -123,8 +124,8 @@ std::uint64_t roomFor(frmMain& window, const Stick& stick, const std::string& fi
 /// are intended.
 void transfer(frmMain& window, const Stick& stick, const std::string& file, const char* downtype) {
     const online::Destination destination{stick.root + file, roomFor(window, stick, file)};
-    const std::string contents =
-        online::OpenURL(window, online::downloadUrl() + file + ".txt", downtype, 0, destination);
+    const std::string contents = online::OpenURL(
+        window.StatusBar1.panel(2), online::downloadUrl() + file + ".txt", downtype, 0, destination);
     checkPlace(stick);
     online::WriteFile(stick.root + file, contents, stick.identity);
 }

@@ -1,6 +1,5 @@
 #include "online/download.h"
 
-#include "app/frmMain.h"
 #include "base/runtime_error.h"
 #include "platform/files.h"
 #include "platform/http.h"
@@ -40,12 +39,6 @@ const Progress* progressOf(std::string_view downtype) {
     return nullptr;
 }
 
-void showProgress(toolkit::StatusPanel& panel, const std::string& text, const Progress& kind) {
-    panel.setText(text);
-    panel.setEnabled(true);
-    panel.setToolTip(kind.toolTip);
-}
-
 /// Only the dots set the counter back, so a file that is fetched without them comes to its end here.
 void count(std::int16_t& reads) {
     if (reads == std::numeric_limits<std::int16_t>::max())
@@ -76,9 +69,25 @@ void check(platform::FileResult result, std::string_view path) {
         throw base::RuntimeError(static_cast<base::ErrorNumber>(result), std::string(path));
 }
 
-Download download(frmMain& window, std::string_view URL, const Progress* progress, std::int32_t OpenType,
-                  const std::optional<Destination>& destination) {
-    std::string status = progress == nullptr ? std::string() : std::string(progress->text) + ".";
+/// Where a download shows its progress, and how.
+struct ProgressDisplay {
+    toolkit::StatusPanel& panel;
+    const Progress& kind;
+    std::string text = std::string(kind.text) + ".";
+
+    /// Shows the dots up to now; every so many reads there is one more from the next read on.
+    void show(std::int16_t& reads) {
+        panel.setText(text);
+        panel.setEnabled(true);
+        panel.setToolTip(kind.toolTip);
+        if (reads != kind.readsPerDot) return;
+        text += '.';
+        reads = 0;
+    }
+};
+
+Download download(std::string_view URL, std::int32_t OpenType, const std::optional<Destination>& destination,
+                  std::optional<ProgressDisplay> display) {
     std::int16_t reads = 0;
     std::string result;
 
@@ -93,12 +102,8 @@ Download download(frmMain& window, std::string_view URL, const Progress* progres
         if (result.empty()) makeRoom(result, request);
         result.append(buffer.data(), length);
         checkRoom(destination, result.size());
-        if (progress == nullptr) continue;
-        showProgress(window.StatusBar1.panel(2), status, *progress);
-        if (reads == progress->readsPerDot) {
-            status += '.';
-            reads = 0;
-        }
+        if (!display) continue;
+        display->show(reads);
         toolkit::DoEvents();
     }
     const bool answered = !result.empty() || request.announcedLength();
@@ -107,16 +112,18 @@ Download download(frmMain& window, std::string_view URL, const Progress* progres
 
 } // namespace
 
-std::string OpenURL(frmMain& window, std::string_view URL, std::string_view downtype, std::int32_t OpenType,
-                    const std::optional<Destination>& destination) {
+std::string OpenURL(toolkit::StatusPanel& panel, std::string_view URL, std::string_view downtype,
+                    std::int32_t OpenType, const std::optional<Destination>& destination) {
     const Progress* const progress = progressOf(downtype);
-    Download result = download(window, URL, progress, OpenType, destination);
+    std::optional<ProgressDisplay> display;
+    if (progress != nullptr) display.emplace(ProgressDisplay{panel, *progress});
+    Download result = download(URL, OpenType, destination, std::move(display));
     if (result.cut && progress == nullptr) return {};
     return std::move(result.contents);
 }
 
-std::optional<std::string> OpenTextFile(frmMain& window, std::string_view URL) {
-    Download result = download(window, URL, nullptr, 0, {});
+std::optional<std::string> OpenTextFile(std::string_view URL) {
+    Download result = download(URL, 0, {}, {});
     if (result.cut) return std::nullopt;
     return std::move(result.contents);
 }

@@ -3,13 +3,12 @@
 #pragma once
 
 #include "platform/drive_identity.h"
+#include "toolkit/status_bar.h"
 
 #include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
-
-class frmMain;
 
 namespace online {
 
@@ -20,19 +19,19 @@ struct Destination {
 };
 
 /// Fetches one file and returns its bytes; none when nothing could be read. `downtype` says what is shown
-/// meanwhile: "1" firmware and "2" settings show a growing row of dots in panel 2 of the window's status bar
+/// meanwhile: "1" firmware and "2" settings show a growing row of dots in `panel` of a status bar
 /// and let window events run after every read; "0", and every other number, nothing. `OpenType` is the access
 /// type of the connection, 0 for the system's proxy settings. What came before the connection was lost is
 /// returned, too; but a file that is fetched without dots counts only as a whole, and is empty then. Throws
 /// base::RuntimeError: TypeMismatch when `downtype` is no number, Overflow when a file that is fetched
 /// without dots needs more than 32767 reads of 2048 bytes, DiskFull with the path as soon as it is known that
 /// the file has more bytes than `destination` has room for.
-std::string OpenURL(frmMain& window, std::string_view URL, std::string_view downtype,
+std::string OpenURL(toolkit::StatusPanel& panel, std::string_view URL, std::string_view downtype,
                     std::int32_t OpenType = 0, const std::optional<Destination>& destination = {});
 
 /// Fetches one of the server's text files, as OpenURL() does without dots. Empty when nothing could be read;
 /// no value when the answer was cut off.
-std::optional<std::string> OpenTextFile(frmMain& window, std::string_view URL);
+std::optional<std::string> OpenTextFile(std::string_view URL);
 
 /// True when the path exists and is neither a folder nor a volume label. Never fails.
 bool FileExists(std::string_view Path);

@@ -55,15 +55,15 @@ void showNews(frmMain& window, std::string_view text) {
 void CheckForUpdates(frmMain& window) {
     window.cmdChoose.setEnabled(false);
     const std::string url = downloadUrl();
-    const std::string version = OpenURL(window, url + "usb-version.txt", "0");
+    const std::string version = OpenURL(window.StatusBar1.panel(2), url + "usb-version.txt", "0");
     if (version.empty()) return reportNoConnection(window);
     // A line end behind the number is a difference, too.
     if (version != app::programVersion) refuseOutdatedProgram();
 
-    const auto news = OpenTextFile(window, url + "usb-news.csv");
+    const auto news = OpenTextFile(url + "usb-news.csv");
     if (!news) return reportNoConnection(window);
     showNews(window, *news);
-    const auto catalog = OpenTextFile(window, url + "usb-list.csv");
+    const auto catalog = OpenTextFile(url + "usb-list.csv");
     if (!catalog) return reportNoConnection(window);
     LoadCatalog(window, *catalog);
 

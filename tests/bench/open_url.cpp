@@ -20,7 +20,7 @@ int main(int argc, char** argv) {
         window = std::make_unique<frmMain>(*program);
         window->show();
         const auto started = std::chrono::steady_clock::now();
-        const std::string text = online::OpenURL(*window, argv[1], "1");
+        const std::string text = online::OpenURL(window->StatusBar1.panel(2), argv[1], "1");
         const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - started;
         std::printf("%zu %.6f\n", text.size(), taken.count());
         std::fflush(stdout);

@@ -21,9 +21,10 @@ protected:
         computer().web[url] = std::string(reads * 2048 + more, 'x');
     }
 
+    toolkit::StatusPanel& statusPanel() { return window().StatusBar1.panel(2); }
     std::string panel() { return window().StatusBar1.panel(2).text(); }
     std::string toolTip() { return window().StatusBar1.panel(2).toolTip(); }
-    std::string fetch(const char* downtype) { return OpenURL(window(), url, downtype); }
+    std::string fetch(const char* downtype) { return OpenURL(statusPanel(), url, downtype); }
 };
 
 TEST_F(Download, ReturnsTheBytesAsTheyAre) {
@@ -41,7 +42,7 @@ TEST_F(Download, NamesItsAgentAndGoesPastTheCache) {
     EXPECT_EQ(computer().agents, std::vector<std::string>{"Qentra:INET 0"});
     EXPECT_EQ(computer().fetched, std::vector<std::string>{url});
     EXPECT_EQ(computer().fetchFlags, std::vector<std::uint32_t>{0x80000000U});
-    OpenURL(window(), url, "0", 3);
+    OpenURL(statusPanel(), url, "0", 3);
     EXPECT_EQ(computer().agents[1], "Qentra:INET 3");
 }
 
@@ -69,7 +70,7 @@ TEST_F(Download, KeepsWhatCameBeforeTheConnectionWasLost) {
 
 TEST_F(Download, ATextCountsOnlyAsAWhole) {
     serve(10);
-    EXPECT_EQ(OpenTextFile(window(), url).value_or("").size(), 10 * 2048U);
+    EXPECT_EQ(OpenTextFile(url).value_or("").size(), 10 * 2048U);
     for (int last = 2; last <= 11; ++last) {
         computer().fails = [&, reads = 0](const std::string& operation) mutable {
             return operation.starts_with("read ") && ++reads == last;
@@ -78,7 +79,7 @@ TEST_F(Download, ATextCountsOnlyAsAWhole) {
         computer().fails = [&, reads = 0](const std::string& operation) mutable {
             return operation.starts_with("read ") && ++reads == last;
         };
-        EXPECT_FALSE(OpenTextFile(window(), url)) << last;
+        EXPECT_FALSE(OpenTextFile(url)) << last;
     }
 }
 
@@ -90,20 +91,20 @@ TEST_F(Download, ATextThatIsShorterThanAnnouncedWasCut) {
     }
     computer().announcedLength = 2049;
     EXPECT_EQ(fetch("0"), "");
-    EXPECT_FALSE(OpenTextFile(window(), url));
+    EXPECT_FALSE(OpenTextFile(url));
     EXPECT_EQ(fetch("1").size(), 2048U);
     computer().web[url] = "";
-    EXPECT_FALSE(OpenTextFile(window(), url)) << "nothing of it came";
+    EXPECT_FALSE(OpenTextFile(url)) << "nothing of it came";
 }
 
 TEST_F(Download, ATextThatCannotBeReachedIsEmptyAndWasNotCut) {
-    EXPECT_EQ(OpenTextFile(window(), url), "");
+    EXPECT_EQ(OpenTextFile(url), "");
 }
 
 TEST_F(Download, AFileMayFillTheRoomOfItsDestination) {
     serve(10, 7);
     const Destination exact{"D:\\a", 10 * 2048 + 7};
-    EXPECT_EQ(OpenURL(window(), url, "1", 0, exact).size(), exact.room);
+    EXPECT_EQ(OpenURL(statusPanel(), url, "1", 0, exact).size(), exact.room);
 }
 
 TEST_F(Download, AFileWithoutRoomEndsAsSoonAsThatIsKnown) {
@@ -111,7 +112,7 @@ TEST_F(Download, AFileWithoutRoomEndsAsSoonAsThatIsKnown) {
     const Destination small{"D:\\a", 3 * 2048};
     computer().journal.clear();
     try {
-        OpenURL(window(), url, "1", 0, small);
+        OpenURL(statusPanel(), url, "1", 0, small);
         FAIL() << "no error";
     } catch (const base::RuntimeError& error) {
         EXPECT_EQ(error.number(), base::ErrorNumber::DiskFull);
@@ -121,7 +122,7 @@ TEST_F(Download, AFileWithoutRoomEndsAsSoonAsThatIsKnown) {
               4);
     computer().announcedLength = 3 * 2048 + 1;
     computer().journal.clear();
-    EXPECT_EQ(errorOf([&] { OpenURL(window(), url, "1", 0, small); }), 61);
+    EXPECT_EQ(errorOf([&] { OpenURL(statusPanel(), url, "1", 0, small); }), 61);
     EXPECT_EQ(std::count(computer().journal.begin(), computer().journal.end(), std::string("read ") + url),
               1);
 }
@@ -288,6 +289,6 @@ TEST_F(Download, WhatTheServerAnnouncesNeedNotBeTrue) {
          {std::uint64_t{0}, std::uint64_t{1}, std::uint64_t{9000}, ~std::uint64_t{0}}) {
         computer().announcedLength = announced;
         computer().web["http://h/a"] = contents;
-        EXPECT_EQ(online::OpenURL(window(), "http://h/a", "1"), contents) << announced;
+        EXPECT_EQ(OpenURL(window().StatusBar1.panel(2), "http://h/a", "1"), contents) << announced;
     }
 }
