@@ -13,6 +13,10 @@
 #include "platform/cTray.h"
 #include "toolkit/dispatch.h"
 #include "toolkit/message_box.h"
+#include "widgets/frmAuswahl.h"
+
+#include <utility>
+#include <vector>
 
 using namespace std::chrono_literals;
 
@@ -103,9 +107,9 @@ void frmMain::connectEvents() {
     chkAuto.onClick = [this] { chkAuto_Click(); };
     Firm_Option.onClick = [this](std::int16_t index) { online::Firm_Option_Click(*this, index); };
     Sett_Option.onClick = [this](std::int16_t index) { online::Sett_Option_Click(*this, index); };
-    cmdChoose.onClick = [this] { job::cmdChoose_Click(*this); };
-    Command1.onClick = [this] { drive::Command1_Click(*this); };
-    cmdOpen.onClick = [this] { drive::cmdOpen_Click(*this); };
+    cmdChoose.onClick = [this] { job::cmdChoose_Click(*program_.Drive); };
+    Command1.onClick = [this] { drive::Command1_Click(*program_.Drive); };
+    cmdOpen.onClick = [this] { drive::cmdOpen_Click(*program_.Drive); };
     cmdSearch.onClick = [this] { cmdSearch_Click(); };
     cmdSaveOnStick.onClick = [this] { cmdSaveOnStick_Click(); };
     cmdtest.onClick = [this] { cmdtest_Click(); };
@@ -121,7 +125,8 @@ void frmMain::Form_Load() {
     online::loadServerAddresses(); // before anything else: it may be the end
     program_.MainWindow = this;
     program_.Tray = std::make_unique<cTray>();
-    program_.Drive = std::make_unique<cDrive>(program_);
+    program_.Drive = std::make_unique<cDrive>(*this, *program_.Tray);
+    program_.Drive->onSeveralSticks = [this] { chooseAmongSticks(); };
     program_.Registry = std::make_unique<cRegistry>();
     SettingsCaptions = settingsCaptions;
     ChannelOrder = channelOrder;
@@ -134,8 +139,8 @@ void frmMain::Form_Load() {
     LoadSettings();
     setIcon(toolkit::iconResource(toolkit::programIcon));
     basDeklare::setDeviceListener({[this] { return automaticDetection_; },
-                                   [this] { drive::deviceArrived(program_); },
-                                   [this] { drive::deviceRemoved(program_); }});
+                                   [this] { drive::deviceArrived(*program_.Drive, program_.OpenOnArrival); },
+                                   [this] { drive::deviceRemoved(*program_.Drive); }});
     basDeklare::HookWindow(handle());
     showOnlineState("Suche nach Updates...", "Updates werden gesucht.");
     cmdChoose.setCaption("Suche Updates...");
@@ -147,7 +152,7 @@ void frmMain::Form_QueryUnload() {
         const std::string text =
             base::joinLines({"Sie haben Informationen abgeändert.", "Wollen Sie speichern?"});
         if (toolkit::messageBox(text, toolkit::YesNoInformation, caption()) == toolkit::Yes)
-            drive::SavePath(*this);
+            drive::SavePath(*program_.Drive);
     }
     SaveSettings();
     basDeklare::UnhookWindow(handle());
@@ -172,13 +177,23 @@ void frmMain::cmdtest_Click() {
 }
 
 void frmMain::cmdSearch_Click() {
+    program_.Drive->scanAndChoose();
+}
+
+void frmMain::chooseAmongSticks() {
     cDrive& drive = *program_.Drive;
-    drive.mp_GetDriveTyps();
-    drive.ChooseUSB_Info(drive.p_GetDriveLetters("0"));
+    std::vector<frmAuswahl::Candidate> candidates;
+    for (std::int32_t i = 0; i < drive.p_GetDL_Count(); ++i) {
+        const std::string root = drive.p_GetDriveLetters(std::to_string(i));
+        candidates.push_back({root, drive.mp_GetDriveName(root)});
+    }
+    frmAuswahl dialog(std::move(candidates));
+    dialog.onChosen = [&drive](const std::string& root) { drive.ChooseUSB_Info(root); };
+    dialog.showModal(*this);
 }
 
 void frmMain::cmdSaveOnStick_Click() {
-    if (!drive::SavePath(*this)) return; // the change stays marked, so that closing asks
+    if (!drive::SavePath(*program_.Drive)) return; // the change stays marked, so that closing asks
     UnsavedChanges = false;
     cmdSaveOnStick.setEnabled(false);
 }
@@ -194,7 +209,7 @@ void frmMain::mnuPopup_Click(std::int16_t Index) {
     }
     // The types are counted: they tell how many sticks the scan found, also after one of several has been
     // chosen.
-    if (Index == openItem && drive.p_GetDT_Count() == 1) drive::OpenDir(*this, drive.p_GetDriveLetters("0"));
+    if (Index == openItem && drive.p_GetDT_Count() == 1) drive::OpenDir(drive, drive.p_GetDriveLetters("0"));
 }
 
 void frmMain::showOnlineState(std::string_view text, std::string_view toolTip) {

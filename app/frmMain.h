@@ -94,8 +94,6 @@ public:
     /// Puts a text and a tool tip into panel 2 of the status bar and enables it.
     void showOnlineState(std::string_view text, std::string_view toolTip);
 
-    app::Program& program() noexcept { return program_; }
-
     void Form_Load();
     void Form_QueryUnload();
     void Unload_Prog();
@@ -121,6 +119,8 @@ private:
     void assignEnter();
     void connectEvents();
     void disableAtFirst();
+    /// Several sticks were found: asks which one is meant.
+    void chooseAmongSticks();
 
     app::Program& program_;
     std::unique_ptr<Form1> assistant_;

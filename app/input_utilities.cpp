@@ -1,6 +1,5 @@
 #include "app/input_utilities.h"
 
-#include "app/frmMain.h"
 #include "platform/number_text.h"
 #include "toolkit/message_box.h"
 
@@ -13,7 +12,7 @@ std::int16_t digitsOnly(std::int16_t keyCode) {
 
 /// The hours are rounded, halves to the even number, while the minutes are what is left of whole hours: this
 /// is intended.
-std::string intervalText(const frmMain& window, std::int32_t minutes) {
+std::string intervalText(const toolkit::Form& window, std::int32_t minutes) {
     if (minutes == 0) {
         toolkit::messageBox("Kein Wert eingegeben. Es wird autom. 20 minuten eingetragen",
                             toolkit::Information, window.caption());

@@ -63,11 +63,10 @@ void frmMain::chkAuto_Click() {
 void frmMain::cmbSize_Click() {
     cDrive& drive = *program_.Drive;
     if (drive.p_GetDriveLetters("0").empty()) {
-        drive.mp_GetDriveTyps();
-        drive.ChooseUSB_Info(drive.p_GetDriveLetters("0"));
+        drive.scanAndChoose();
     } else {
         drive.GetDriveCapacity();
-        if (drive.TotalSpace() <= 0) drive::deviceRemoved(program_);
+        if (drive.TotalSpace() <= 0) drive::deviceRemoved(drive);
     }
     SetLabelCap();
 }

@@ -1,14 +1,11 @@
 #include "drive/cDrive.h"
 
-#include "app/frmMain.h"
 #include "drive/drive_name.h"
-#include "drive/stick_icons.h"
 #include "platform/basINI.h"
 #include "platform/cTray.h"
 #include "platform/files.h"
 #include "platform/profile.h"
 #include "toolkit/picture.h"
-#include "widgets/frmAuswahl.h"
 
 #include <array>
 #include <cstdint>
@@ -72,16 +69,16 @@ void cDrive::mp_GetDriveTyps() {
 void cDrive::mp_EvaluateSticks() {
     usbInfos_ = {};
     if (p_GetDL_Count() == 1) {
-        program_.Tray->TrayIcon_Icon(toolkit::iconResource(toolkit::stickIcon));
+        tray_.TrayIcon_Icon(toolkit::iconResource(toolkit::stickIcon));
         const std::string file = p_GetDriveLetters("0") + "USB.ini";
         if (mp_PathExists(file) && platform::profileIsReadable(file)) readProfile(file);
     } else if (p_GetDL_Count() == 0) {
         p_SetUSBInfos(noStick);
-        program_.Tray->TrayIcon_Icon(toolkit::iconResource(toolkit::noStickIcon));
+        tray_.TrayIcon_Icon(toolkit::iconResource(toolkit::noStickIcon));
     } else {
         p_SetUSBInfos(severalSticks);
-        frmAuswahl dialog(program_);
-        dialog.showModal(*program_.MainWindow);
+        const auto ask = onSeveralSticks; // this object may be gone when it returns
+        if (ask) ask();
     }
 }
 
@@ -116,6 +113,11 @@ void cDrive::ChooseUSB_Info(const std::string& sItem) {
     const std::string marker = p_GetUSBInfos(std::to_string(p_USBInfosCount() - 1));
     if (marker == severalSticks) show();
     if (marker == noStick) RemoveUSB_Info();
+}
+
+void cDrive::scanAndChoose() {
+    mp_GetDriveTyps();
+    ChooseUSB_Info(p_GetDriveLetters("0"));
 }
 
 bool cDrive::mp_PathExists(const std::string& path) const {

@@ -1,18 +1,22 @@
 #pragma once
 
-#include "app/program.h"
 #include "base/keyed_list.h"
 #include "platform/volumes.h"
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <string_view>
 
+class cTray;
+class frmMain;
+
 /// The removable drives, the choice of the stick among them, its facts, and the parts of the main window that
-/// show it.
+/// show it. What stands where is told below: a member without a word about it is in cDrive.cpp.
 class cDrive {
 public:
-    explicit cDrive(app::Program& program) : program_(program) {}
+    /// Both must outlive it.
+    cDrive(frmMain& window, cTray& tray) : window_(window), tray_(tray) {}
     cDrive(const cDrive&) = delete;
     cDrive& operator=(const cDrive&) = delete;
 
@@ -40,28 +44,44 @@ public:
     const std::string& mp_StandardPfad() const noexcept { return standardPath_; }
     void mp_StandardPfad(std::string Value) { standardPath_ = std::move(Value); }
 
+    /// A scan has found several sticks, the drive letters: somebody should choose one (ChooseUSB_Info). Where
+    /// nobody does, whoever asked for the scan takes the first.
+    std::function<void()> onSeveralSticks;
+
+    /// The window that shows the stick.
+    frmMain& mainWindow() const noexcept { return window_; }
+
     /// Finds the removable drives that hold a medium, then evaluates them. The last drive root is never
     /// examined, and with 16 or more roots nothing is found.
     void mp_GetDriveTyps();
     /// Decides from the lists and `sItem` (a root, or empty) what the window shows: a stick, no stick, or
     /// what it did.
     void ChooseUSB_Info(const std::string& sItem = {});
-    /// Shows the stick whose root is entry "0" of the drive letters, and notes what it is.
-    void SetUSB_Info();
-    /// Shows that there is no stick; the drive letter stays in view.
-    void RemoveUSB_Info();
+    /// The two in a row: scans and shows what was found, the first stick where nobody chose another.
+    void scanAndChoose();
     /// What the stick is that is shown; empty when none is. Nothing else may be written to.
     const platform::DriveIdentity& shownStick() const noexcept { return shownStick_; }
     /// True for an existing folder, and for an existing file whose only attribute is the archive bit. Never
     /// fails.
     bool mp_PathExists(const std::string& path) const;
 
+    // What the main window and the tray icon show of the stick: in stick_display.cpp.
+
+    /// Shows the stick whose root is entry "0" of the drive letters, and notes what it is.
+    void SetUSB_Info();
+    /// Shows that there is no stick; the drive letter stays in view.
+    void RemoveUSB_Info();
+    /// Gives the tray icon that icon resource (toolkit/picture.h) and the main window's title as its tip.
+    void showTrayIcon(int icon);
+
+    // Facts of a drive: in drive_facts.cpp.
+
     /// Measures a drive (`E:\`): both sizes become 0 when it has no medium.
     void mp_GetDiskSpace(const std::string& sDrive);
-    double TotalSpace() const noexcept { return totalSpace_; } ///< bytes
-    double TotalFreeSpace() const noexcept {
-        return totalFreeSpace_;
-    } ///< bytes, also those the user may not use
+    /// Bytes.
+    double TotalSpace() const noexcept { return totalSpace_; }
+    /// Bytes, also those that the user may not use.
+    double TotalFreeSpace() const noexcept { return totalFreeSpace_; }
     /// The volume label; stores the name of the file system, too.
     std::string mp_GetDriveName(const std::string& Drive);
     const std::string& mp_FileSystem() const noexcept { return fileSystem_; }
@@ -69,20 +89,23 @@ public:
     /// label, or another one is in its place.
     bool mp_SetDriveName(const std::string& Drive, const std::string& Name);
 
+    /// A little-endian number of 64 bits.
+    static double mp_BytesToDouble(const platform::DiskFreeSpace::Bytes& bytes);
+
+    // How full the stick is: in capacity.cpp.
+
     /// Shows how large, how full and how free the stick is, in the chosen unit. A stick that has no size,
     /// because it is gone, has no capacities to show: they are emptied.
     void GetDriveCapacity();
 
-    /// A little-endian number of 64 bits.
-    static double mp_BytesToDouble(const platform::DiskFreeSpace::Bytes& bytes);
-
 private:
     void mp_EvaluateSticks();
     void readProfile(const std::string& file);
-    void showStandardPath(const std::string& root);
-    void clearCapacity();
+    void showStandardPath(const std::string& root); // in stick_display.cpp
+    void clearCapacity();                           // in capacity.cpp
 
-    app::Program& program_;
+    frmMain& window_;
+    cTray& tray_;
     base::KeyedList driveTypes_;
     base::KeyedList driveLetters_;
     base::KeyedList usbInfos_;

@@ -22,7 +22,6 @@ const toolkit::ComboBox::Item& chosenUnit(const toolkit::ComboBox& units) {
 } // namespace
 
 void cDrive::GetDriveCapacity() {
-    frmMain& window = *program_.MainWindow;
     mp_GetDiskSpace(p_GetDriveLetters("0"));
     const double total = TotalSpace();
     if (total <= 0) {
@@ -31,28 +30,27 @@ void cDrive::GetDriveCapacity() {
     }
     const double free = TotalFreeSpace();
     const double used = total - free;
-    const toolkit::ComboBox::Item& unit = chosenUnit(window.cmbSize);
+    const toolkit::ComboBox::Item& unit = chosenUnit(window_.cmbSize);
     const double divisor = std::pow(1024.0, unit.data);
-    const int decimals = &unit == &window.cmbSize.items().front() ? 2 : 3;
+    const int decimals = &unit == &window_.cmbSize.items().front() ? 2 : 3;
 
-    window.lblHDSize.setCaption(platform::formatNumber(total / divisor, decimals));
-    window.lblHDFree.setCaption(platform::formatNumber(free / divisor, decimals));
-    window.lblHDUsed.setCaption(platform::formatNumber(used / divisor, decimals));
-    window.lblHDUsedColor.setBackColor(usedColor);
-    window.lblHDFreeColor.setBackColor(freeColor);
+    window_.lblHDSize.setCaption(platform::formatNumber(total / divisor, decimals));
+    window_.lblHDFree.setCaption(platform::formatNumber(free / divisor, decimals));
+    window_.lblHDUsed.setCaption(platform::formatNumber(used / divisor, decimals));
+    window_.lblHDUsedColor.setBackColor(usedColor);
+    window_.lblHDFreeColor.setBackColor(freeColor);
 
     // A nearly empty stick still shows a sliver.
     const double share = std::max((used / divisor) / (total / divisor) * 100, 1.0);
     cProgressBar bar;
     bar.StartFarbe(0, 0, 100);
     bar.EndFarbe(0, 0, 200);
-    bar.ShowProgress(window.Picture1, share, 0, 100, true);
+    bar.ShowProgress(window_.Picture1, share, 0, 100, true);
 }
 
 void cDrive::clearCapacity() {
-    frmMain& window = *program_.MainWindow;
-    window.lblHDSize.setCaption("");
-    window.lblHDUsed.setCaption("");
-    window.lblHDFree.setCaption("");
-    window.Picture1.cls();
+    window_.lblHDSize.setCaption("");
+    window_.lblHDUsed.setCaption("");
+    window_.lblHDFree.setCaption("");
+    window_.Picture1.cls();
 }

@@ -3,7 +3,6 @@
 #include "app/frmMain.h"
 #include "drive/cDrive.h"
 #include "drive/stick_actions.h"
-#include "drive/stick_icons.h"
 #include "platform/cTray.h"
 #include "platform/profile.h"
 #include "platform/program_path.h"
@@ -31,19 +30,18 @@ std::string noStickToolTip() {
 } // namespace
 
 void cDrive::SetUSB_Info() {
-    frmMain& window = *program_.MainWindow;
     const std::string root = p_GetDriveLetters("0");
     shownStick_ = platform::driveIdentity(root);
     GetDriveCapacity();
-    window.lblLW.setCaption(root);
+    window_.lblLW.setCaption(root);
     showStandardPath(root);
-    window.cmdChoose.setEnabled(true);
-    window.cmdChoose.setCaption("Starte Update");
-    showStickState(window, "file.bmp", "USB Stick", true, "USB-Stick gefunden.");
-    window.txtDT_Cap.setText(mp_GetDriveName(root));
-    window.txtDT_Cap.setToolTip(drive::labelToolTip);
-    window.txtFAT.setText(mp_FileSystem());
-    drive::showTrayIcon(program_, toolkit::stickIcon);
+    window_.cmdChoose.setEnabled(true);
+    window_.cmdChoose.setCaption("Starte Update");
+    showStickState(window_, "file.bmp", "USB Stick", true, "USB-Stick gefunden.");
+    window_.txtDT_Cap.setText(mp_GetDriveName(root));
+    window_.txtDT_Cap.setToolTip(drive::labelToolTip);
+    window_.txtFAT.setText(mp_FileSystem());
+    showTrayIcon(toolkit::stickIcon);
 }
 
 /// Takes the value that the last evaluation with a profile file read; a stick chosen in the dialog has had
@@ -53,25 +51,24 @@ void cDrive::showStandardPath(const std::string& root) {
     if (!mp_PathExists(file) || !platform::profileIsReadable(file)) return;
     const std::string path = drive::withoutLeadingBackslash(profileValue_);
     mp_StandardPfad(path);
-    program_.MainWindow->txtOpenPath.setText(path);
+    window_.txtOpenPath.setText(path);
 }
 
 void cDrive::RemoveUSB_Info() {
-    frmMain& window = *program_.MainWindow;
     shownStick_ = {};
-    window.txtOpenPath.setText("");
+    window_.txtOpenPath.setText("");
     mp_StandardPfad("");
-    window.txtFAT.setText("");
-    window.txtDT_Cap.setText("");
-    window.txtDT_Cap.setToolTip(drive::labelToolTip);
+    window_.txtFAT.setText("");
+    window_.txtDT_Cap.setText("");
+    window_.txtDT_Cap.setToolTip(drive::labelToolTip);
     clearCapacity();
-    window.cmdChoose.setEnabled(false);
-    window.cmdChoose.setCaption("USB Stick einstecken");
-    showStickState(window, "nofile.bmp", "No Stick", false, noStickToolTip());
+    window_.cmdChoose.setEnabled(false);
+    window_.cmdChoose.setCaption("USB Stick einstecken");
+    showStickState(window_, "nofile.bmp", "No Stick", false, noStickToolTip());
 }
 
-void drive::showTrayIcon(app::Program& program, int icon) {
+void cDrive::showTrayIcon(int icon) {
     const toolkit::Picture picture = toolkit::iconResource(icon);
-    program.Tray->TrayIcon_Icon(picture);
-    program.Tray->TrayIcon_Modify(program.MainWindow->caption(), picture->handle());
+    tray_.TrayIcon_Icon(picture);
+    tray_.TrayIcon_Modify(window_.caption(), picture->handle());
 }

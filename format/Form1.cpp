@@ -1,7 +1,5 @@
 #include "format/Form1.h"
 
-#include "app/frmMain.h"
-#include "app/program.h"
 #include "base/lines.h"
 #include "format/admin_check.h"
 #include "format/process_runner.h"
@@ -57,7 +55,7 @@ constexpr const char* cancelQuestion = "Die Festplatte wird gerade formatiert. W
 
 } // namespace
 
-Form1::Form1(frmMain& owner) : Form("Form1"), Timer1("Timer1", 4000ms, true), owner_(owner) {
+Form1::Form1(toolkit::Form& owner) : Form("Form1"), Timer1("Timer1", 4000ms, true), owner_(owner) {
     for (Control* control :
          std::initializer_list<Control*>{&Label1, &Label2, &Label3, &Command1, &Command2, &Timer1})
         add(*control);

@@ -10,14 +10,12 @@
 #include <cstdint>
 #include <string>
 
-class frmMain;
-
 /// The assistant that formats a USB hard disk in three steps: without the disk, with it, and doing it. It
 /// recognises the disk as the fixed drive that has come in between.
 class Form1 : public toolkit::Form {
 public:
     /// The main window, which the assistant shows again when it ends, must outlive it.
-    explicit Form1(frmMain& owner);
+    explicit Form1(toolkit::Form& owner);
 
     toolkit::Label Label1{"Label1"};
     toolkit::Label Label2{"Label2"};
@@ -44,7 +42,7 @@ private:
     bool mayClose();
     void endAssistant();
 
-    frmMain& owner_;
+    toolkit::Form& owner_;
     Module1::DriveSnapshot snapshot_;
     std::string drive_;            ///< the new disk, as in "E:"; empty until it is found
     platform::DriveIdentity disk_; ///< which one it is, whatever has its letter later

@@ -35,7 +35,7 @@ struct Files {
     std::optional<std::string> settings;
 };
 
-Files chosenFiles(frmMain& window) {
+Files chosenFiles(const frmMain& window) {
     const online::Catalog& catalog = window.Receivers;
     Files files;
     files.firmware = online::element(catalog.FirmwareFile, window.SelectedFirmware);
@@ -51,8 +51,8 @@ void checkNames(const Files& files) {
         if (!online::isFileNameForStick(name)) throw RuntimeError(ErrorNumber::PathFileAccess, name);
 }
 
-void refreshCapacity(frmMain& window) {
-    window.program().Drive->GetDriveCapacity();
+void refreshCapacity(cDrive& drive) {
+    drive.GetDriveCapacity();
     toolkit::DoEvents();
 }
 
@@ -69,14 +69,14 @@ void checkPlace(const Stick& stick) {
 }
 
 /// The stick that the window shows.
-Stick shownStick(frmMain& window) {
-    Stick stick{window.lblLW.caption(), window.program().Drive->shownStick()};
+Stick shownStick(const cDrive& drive) {
+    Stick stick{drive.mainWindow().lblLW.caption(), drive.shownStick()};
     checkPlace(stick);
     return stick;
 }
 
 /// The figure is compared in the unit it is shown in, so in "GB" the job demands 5 GB: this is intended.
-bool enoughSpace(frmMain& window) {
+bool enoughSpace(const frmMain& window) {
     constexpr double required = 5;
     if (platform::numberFromText(window.lblHDFree.caption()) >= required) return true;
     toolkit::messageBox(base::joinLines({"Sie benötigen mindestens 5 MB freien Speicherplatz am USB-Stick!",
@@ -85,7 +85,7 @@ bool enoughSpace(frmMain& window) {
     return false;
 }
 
-bool confirmed(frmMain& window) {
+bool confirmed(const frmMain& window) {
     const std::string& receiver = online::element(window.Receivers.ReceiverName, window.SelectedFirmware);
     const auto caption = static_cast<std::int16_t>(window.SelectedSettings + 1);
     const std::string text = base::joinLines({
@@ -98,9 +98,8 @@ bool confirmed(frmMain& window) {
     return toolkit::messageBox(text, toolkit::OkCancel, "Wollen Sie updaten ?") == toolkit::Ok;
 }
 
-bool connected(frmMain& window) {
-    if (!online::OpenURL(window.StatusBar1.panel(2), online::downloadUrl() + "usb-list.csv", "0").empty())
-        return true;
+bool connected(toolkit::StatusPanel& panel) {
+    if (!online::OpenURL(panel, online::downloadUrl() + "usb-list.csv", "0").empty()) return true;
     toolkit::messageBox(
         base::joinLines({"Es konnte keine Verbindung hergestellt werden!",
                          "Prüfen Sie Ihre Internetverbindung oder versuchen es später nochmal."}),
@@ -110,9 +109,8 @@ bool connected(frmMain& window) {
 
 /// How many bytes a file on the stick may have. One that is there already makes room for the new one. What
 /// cannot be measured, or is not the stick any more, has an error of its own when it is written to.
-std::uint64_t roomFor(frmMain& window, const Stick& stick, const std::string& file) {
+std::uint64_t roomFor(cDrive& drive, const Stick& stick, const std::string& file) {
     constexpr std::uint64_t largestFile = 0xFFFFFFFF; // of FAT32
-    cDrive& drive = *window.program().Drive;
     drive.mp_GetDiskSpace(stick.root);
     if (drive.TotalSpace() <= 0 || platform::driveIdentity(stick.root) != stick.identity) return largestFile;
     const auto replaced = static_cast<double>(platform::fileLength(stick.root + file).value_or(0));
@@ -122,10 +120,11 @@ std::uint64_t roomFor(frmMain& window, const Stick& stick, const std::string& fi
 
 /// The file is called ".txt" on the server and not on the stick, and an empty download is written, too: both
 /// are intended.
-void transfer(frmMain& window, const Stick& stick, const std::string& file, const char* downtype) {
-    const online::Destination destination{stick.root + file, roomFor(window, stick, file)};
-    const std::string contents = online::OpenURL(
-        window.StatusBar1.panel(2), online::downloadUrl() + file + ".txt", downtype, 0, destination);
+void transfer(cDrive& drive, const Stick& stick, const std::string& file, const char* downtype) {
+    const online::Destination destination{stick.root + file, roomFor(drive, stick, file)};
+    const std::string contents =
+        online::OpenURL(drive.mainWindow().StatusBar1.panel(2), online::downloadUrl() + file + ".txt",
+                        downtype, 0, destination);
     checkPlace(stick);
     online::WriteFile(stick.root + file, contents, stick.identity);
 }
@@ -160,10 +159,11 @@ void showSuccess() {
 
 } // namespace
 
-void cmdChoose_Click(frmMain& window) {
-    refreshCapacity(window);
+void cmdChoose_Click(cDrive& drive) {
+    frmMain& window = drive.mainWindow();
+    refreshCapacity(drive);
     if (window.lblHDFree.caption().empty()) { // pulled, and nobody told
-        drive::deviceRemoved(window.program());
+        drive::deviceRemoved(drive);
         return;
     }
     if (!enoughSpace(window)) return;
@@ -172,14 +172,14 @@ void cmdChoose_Click(frmMain& window) {
     // where to, is the stick that the window shows at that moment.
     const Files files = chosenFiles(window);
     if (!confirmed(window)) return;
-    const Stick stick = shownStick(window);
+    const Stick stick = shownStick(drive);
     checkNames(files);
-    if (!connected(window)) return;
+    if (!connected(window.StatusBar1.panel(2))) return;
 
-    transfer(window, stick, files.firmware, "1");
-    if (files.settings) transfer(window, stick, *files.settings, "2");
+    transfer(drive, stick, files.firmware, "1");
+    if (files.settings) transfer(drive, stick, *files.settings, "2");
     window.showOnlineState("Update abgeschlossen", "Update abgeschlossen.");
-    refreshCapacity(window);
+    refreshCapacity(drive);
     copyToStick(stick, "autorun.inf");
     copyToStick(stick, "orvantastick.ico");
     settle(stick);

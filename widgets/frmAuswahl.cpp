@@ -1,7 +1,8 @@
 #include "widgets/frmAuswahl.h"
 
-#include "drive/cDrive.h"
 #include "toolkit/picture.h"
+
+#include <utility>
 
 namespace {
 
@@ -10,7 +11,8 @@ constexpr std::int32_t labelColumnWidth = 2000;  // twips
 
 } // namespace
 
-frmAuswahl::frmAuswahl(app::Program& program) : Form("frmAuswahl"), program_(program) {
+frmAuswahl::frmAuswahl(std::vector<Candidate> candidates)
+    : Form("frmAuswahl"), candidates_(std::move(candidates)) {
     for (Control* control : std::initializer_list<Control*>{&Label1, &ListView1, &cmdOK, &cmdCancel})
         add(*control);
     setCaption("USB Stick Tool");
@@ -29,7 +31,6 @@ frmAuswahl::frmAuswahl(app::Program& program) : Form("frmAuswahl"), program_(pro
 }
 
 void frmAuswahl::Form_Load() {
-    cDrive& drive = *program_.Drive;
     listHelper_ = std::make_unique<cLV>();
     setIcon(toolkit::iconResource(toolkit::programIcon));
     ListView1.setView(toolkit::ListView::Report);
@@ -37,11 +38,9 @@ void frmAuswahl::Form_Load() {
     ListView1.addColumn("Laufwerksbezeichnung", labelColumnWidth);
     listHelper_->FlatListView(ListView1, *this);
 
-    for (std::int32_t i = 0; i < drive.p_GetDL_Count(); ++i) {
-        const std::string root = drive.p_GetDriveLetters(std::to_string(i));
-        ListView1.setSubItem(ListView1.addItem(root), 1, drive.mp_GetDriveName(root));
-    }
-    selection_ = drive.p_GetDriveLetters("0");
+    for (const Candidate& candidate : candidates_)
+        ListView1.setSubItem(ListView1.addItem(candidate.root), 1, candidate.label);
+    if (!candidates_.empty()) selection_ = candidates_.front().root;
     ListView1.setSelected(0);
 
     // The columns keep their widths, wherever in the header it was tried.
@@ -51,6 +50,6 @@ void frmAuswahl::Form_Load() {
 }
 
 void frmAuswahl::cmdOK_Click() {
-    program_.Drive->ChooseUSB_Info(selection_);
+    if (onChosen) onChosen(selection_);
     unload();
 }

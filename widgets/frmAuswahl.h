@@ -1,21 +1,29 @@
 #pragma once
 
-#include "app/program.h"
 #include "toolkit/button.h"
 #include "toolkit/form.h"
 #include "toolkit/label.h"
 #include "toolkit/list_view.h"
 #include "widgets/cLV.h"
 
-#include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
+#include <vector>
 
-/// The dialog in which the user picks one of several sticks. "Verwenden" makes the chosen one the current
-/// stick; any other way out changes nothing.
+/// The dialog in which the user picks one of several sticks.
 class frmAuswahl : public toolkit::Form {
 public:
-    explicit frmAuswahl(app::Program& program);
+    /// A drive to pick.
+    struct Candidate {
+        std::string root; ///< `E:\`
+        std::string label;
+    };
+
+    explicit frmAuswahl(std::vector<Candidate> candidates);
+
+    /// "Verwenden": told before the dialog closes. Any other way out tells nothing.
+    std::function<void(const std::string& root)> onChosen;
 
     toolkit::Label Label1{"Label1"};
     toolkit::ListView ListView1{"ListView1"};
@@ -26,7 +34,7 @@ private:
     void Form_Load();
     void cmdOK_Click();
 
-    app::Program& program_;
+    std::vector<Candidate> candidates_;
     std::unique_ptr<cLV> listHelper_;
     std::string selection_; ///< drive root
 };

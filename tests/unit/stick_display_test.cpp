@@ -276,13 +276,13 @@ TEST_F(SavePath, ChangesNothingElseOfTheProfile) {
     putFile("D:\\USB.ini", "[A]\r\nx=1\r\n[Open]\r\nDir=a\r\ny=2\r\n");
     start();
     window().txtOpenPath.setText("b");
-    event([this] { drive::SavePath(window()); });
+    event([this] { drive::SavePath(drive()); });
     EXPECT_EQ(computer().files["D:\\USB.ini"].contents, "[A]\r\nx=1\r\n[Open]\r\nDir=b\r\ny=2\r\n");
 }
 
 TEST_F(SavePath, AnEmptyPathIsStoredAsOneBlank) {
     start();
-    event([this] { drive::SavePath(window()); });
+    event([this] { drive::SavePath(drive()); });
     EXPECT_EQ(computer().files["D:\\USB.ini"].contents, "[Open]\r\nDir= \r\n");
 }
 
