@@ -68,7 +68,7 @@ void cDrive::RemoveUSB_Info() {
 }
 
 void cDrive::showTrayIcon(int icon) {
-    const toolkit::Picture picture = toolkit::iconResource(icon);
+    const base::Picture picture = toolkit::iconResource(icon);
     tray_.TrayIcon_Icon(picture);
     tray_.TrayIcon_Modify(window_.caption(), picture->handle());
 }

@@ -58,8 +58,8 @@ public:
     const std::string& caption() const noexcept { return caption_; }
     void setCaption(std::string_view caption) { assign(caption_, caption, Property::Caption); }
 
-    const Picture& icon() const noexcept { return icon_; }
-    void setIcon(const Picture& icon) { assign(icon_, icon, Property::Icon); }
+    const base::Picture& icon() const noexcept { return icon_; }
+    void setIcon(const base::Picture& icon) { assign(icon_, icon, Property::Icon); }
 
     /// The button that Enter presses where the control that has the keyboard has none of its own.
     void setDefaultButton(Button& button) noexcept { defaultButton_ = &button; }
@@ -93,7 +93,7 @@ private:
 
     std::vector<Control*> controls_;
     std::string caption_;
-    Picture icon_;
+    base::Picture icon_;
     std::unique_ptr<FormView> view_;
     Button* defaultButton_ = nullptr;
     bool unloading_ = false;

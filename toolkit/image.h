@@ -10,11 +10,11 @@ class Image : public Control {
 public:
     using Control::Control;
 
-    const Picture& picture() const noexcept { return picture_; }
-    void setPicture(const Picture& picture) { assign(picture_, picture, Property::Picture); }
+    const base::Picture& picture() const noexcept { return picture_; }
+    void setPicture(const base::Picture& picture) { assign(picture_, picture, Property::Picture); }
 
 private:
-    Picture picture_;
+    base::Picture picture_;
 };
 
 } // namespace toolkit

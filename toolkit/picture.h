@@ -7,13 +7,10 @@
 
 namespace toolkit {
 
-using base::Picture;
-using base::PictureData;
-
 /// Loads a bitmap, icon, JPEG or GIF file. Throws base::RuntimeError: FileNotFound, PathNotFound or another
 /// file error when the file cannot be read, InvalidPicture when it is none of the four. Windows:
 /// `OleLoadPicture`.
-Picture loadPicture(std::string_view path);
+base::Picture loadPicture(std::string_view path);
 
 // The program's icon resources.
 constexpr int programIcon = 103;
@@ -22,7 +19,7 @@ constexpr int stickIcon = 104;           ///< of the tray icon
 
 /// One of the two icon resources. Windows: `LoadImage`. Throws base::RuntimeError (InvalidProcedureCall) for
 /// a number that the program does not have.
-Picture iconResource(int number);
+base::Picture iconResource(int number);
 
 /// Whether the program has an icon resource of that number.
 constexpr bool isIconResource(int number) {

@@ -14,12 +14,12 @@ public:
     const std::string& text() const noexcept { return text_; }
     void setText(std::string_view text) { assign(text_, text, Property::Text); }
 
-    const Picture& picture() const noexcept { return picture_; }
-    void setPicture(const Picture& picture) { assign(picture_, picture, Property::Picture); }
+    const base::Picture& picture() const noexcept { return picture_; }
+    void setPicture(const base::Picture& picture) { assign(picture_, picture, Property::Picture); }
 
 private:
     std::string text_;
-    Picture picture_;
+    base::Picture picture_;
 };
 
 /// A row of two panels, which are numbered from 1.

@@ -26,9 +26,9 @@ struct PictureSize {
     int height = 0;
 };
 
-PictureSize sizeOf(const toolkit::Picture& picture);
+PictureSize sizeOf(const base::Picture& picture);
 
-toolkit::Color pixelOf(const toolkit::Picture& picture, int x, int y);
+toolkit::Color pixelOf(const base::Picture& picture, int x, int y);
 
 /// What this process has used of the processors so far, which a busy machine does not change.
 double processorSeconds();

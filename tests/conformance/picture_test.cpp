@@ -85,7 +85,7 @@ class Pictures : public testing::Test {
 protected:
     void TearDown() override { std::remove(file().c_str()); }
 
-    static toolkit::Picture load(const std::string& contents) {
+    static base::Picture load(const std::string& contents) {
         std::ofstream(file(), std::ios::binary) << contents;
         return loadPicture(platform::programPath() + "picture.tmp");
     }
@@ -121,7 +121,7 @@ TEST_F(Pictures, OfTheProgramAreDecodedAtOnce) {
         std::ifstream file(std::string(ORVANTA_PICTURES) + "/" + name, std::ios::binary);
         const std::string contents((std::istreambuf_iterator<char>(file)), {});
         ASSERT_FALSE(contents.empty());
-        toolkit::Picture picture;
+        base::Picture picture;
         EXPECT_LT(timeFor([&] { picture = load(contents); }), longestOfTheProgram);
         EXPECT_GT(sizeOf(picture).width, 15);
         EXPECT_GT(sizeOf(picture).height, 15);
@@ -134,7 +134,7 @@ TEST_F(Pictures, OfAnIconTheLargestIsShownWhereverItStands) {
     const Entry large{48, iconPicture(48, blue)};
     for (const auto& entries : {std::vector{small, middle, large}, std::vector{large, small, middle},
                                 std::vector{small, large, middle}, std::vector{large}}) {
-        const toolkit::Picture picture = load(iconOf(entries));
+        const base::Picture picture = load(iconOf(entries));
         EXPECT_EQ(sizeOf(picture).width, 48);
         EXPECT_EQ(sizeOf(picture).height, 48);
         EXPECT_EQ(pixelOf(picture, 24, 24), blue);

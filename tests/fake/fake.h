@@ -127,6 +127,6 @@ bool enter(const std::string& operation);
 bool isOnDrive(std::string_view path, const platform::DriveIdentity& drive);
 
 /// Where a loaded picture comes from: a path, or "icon 103"; empty for none.
-std::string nameOf(const toolkit::Picture& picture);
+std::string nameOf(const base::Picture& picture);
 
 } // namespace fake

@@ -43,13 +43,13 @@ private:
     std::string name_;
 };
 
-struct FilePicture : toolkit::PictureData {
+struct FilePicture : base::PictureData {
     explicit FilePicture(std::string_view file) : path(file) {}
     std::int32_t handle() const noexcept override { return 1; }
     std::string path;
 };
 
-struct IconPicture : toolkit::PictureData {
+struct IconPicture : base::PictureData {
     explicit IconPicture(int resource) : number(resource) {}
     std::int32_t handle() const noexcept override { return number; }
     int number;
@@ -66,7 +66,7 @@ bool enter(const std::string& operation) {
     return theComputer.fails && theComputer.fails(operation);
 }
 
-std::string nameOf(const toolkit::Picture& picture) {
+std::string nameOf(const base::Picture& picture) {
     if (const auto* file = dynamic_cast<const FilePicture*>(picture.get())) return file->path;
     if (const auto* icon = dynamic_cast<const IconPicture*>(picture.get()))
         return "icon " + std::to_string(icon->number);
@@ -82,7 +82,7 @@ void reset() {
 
 namespace toolkit {
 
-Picture loadPicture(std::string_view path) {
+base::Picture loadPicture(std::string_view path) {
     std::string contents;
     const auto result = platform::readWholeFile(path, contents);
     if (result != platform::FileResult::Ok)
@@ -91,7 +91,7 @@ Picture loadPicture(std::string_view path) {
     return std::make_shared<fake::FilePicture>(path);
 }
 
-Picture iconResource(int number) {
+base::Picture iconResource(int number) {
     if (!isIconResource(number)) throw base::RuntimeError(base::ErrorNumber::InvalidProcedureCall);
     return std::make_shared<fake::IconPicture>(number);
 }

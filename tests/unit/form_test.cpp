@@ -107,7 +107,7 @@ TEST_F(FormLife, TellsItsWindowOfTitleAndIcon) {
     unit::RecordingView view;
     form.attach(&view);
     form.setCaption("Title");
-    const Picture icon = iconResource(programIcon);
+    const base::Picture icon = iconResource(programIcon);
     form.setIcon(icon);
     form.setIcon(icon);
     EXPECT_EQ(view.shown, (std::vector{Property::Caption, Property::Icon}));

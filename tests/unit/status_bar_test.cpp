@@ -25,7 +25,7 @@ TEST(ImagePicture, IsToldToTheViewWhenItIsAnother) {
     Image image("img");
     RecordingView view;
     image.attach(&view);
-    const Picture picture = iconResource(stickIcon);
+    const base::Picture picture = iconResource(stickIcon);
     image.setPicture(picture);
     image.setPicture(picture);
     EXPECT_EQ(view.shown, std::vector{Property::Picture});

@@ -108,7 +108,7 @@ TEST_F(Tray, TipsCountAnsiCharacters) {
 }
 
 TEST_F(Tray, ThePictureIsKeptByReferenceAndShowsWithTheNextSetOnly) {
-    const toolkit::Picture picture = toolkit::iconResource(toolkit::noStickIcon);
+    const base::Picture picture = toolkit::iconResource(toolkit::noStickIcon);
     tray.TrayIcon_Icon(picture);
     EXPECT_EQ(tray.TrayIcon_Icon(), picture);
     EXPECT_TRUE(fake::computer().trayCalls.empty());

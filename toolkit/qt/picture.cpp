@@ -63,7 +63,7 @@ LoadedPicture::LoadedPicture(std::int32_t handle, QImage image)
 
 LoadedPicture::LoadedPicture(std::int32_t handle, QIcon icon) : handle_(handle), icon_(std::move(icon)) {}
 
-const LoadedPicture* loaded(const Picture& picture) {
+const LoadedPicture* loaded(const base::Picture& picture) {
     return dynamic_cast<const LoadedPicture*>(picture.get());
 }
 
@@ -81,7 +81,7 @@ QIcon iconOf(int number) {
 
 } // namespace qt
 
-Picture loadPicture(std::string_view path) {
+base::Picture loadPicture(std::string_view path) {
     std::string contents;
     const platform::FileResult result = platform::readWholeFile(path, contents);
     if (result != platform::FileResult::Ok)
@@ -92,7 +92,7 @@ Picture loadPicture(std::string_view path) {
     return std::make_shared<qt::LoadedPicture>(qt::nextHandle(), std::move(image));
 }
 
-Picture iconResource(int number) {
+base::Picture iconResource(int number) {
     QIcon icon = qt::iconOf(number);
     if (icon.isNull())
         throw base::RuntimeError(base::ErrorNumber::InvalidProcedureCall, std::to_string(number));

@@ -8,7 +8,7 @@
 
 namespace toolkit::qt {
 
-class LoadedPicture : public PictureData {
+class LoadedPicture : public base::PictureData {
 public:
     LoadedPicture(std::int32_t handle, QImage image);
     LoadedPicture(std::int32_t handle, QIcon icon);
@@ -26,7 +26,7 @@ private:
 };
 
 /// Null for no picture.
-const LoadedPicture* loaded(const Picture& picture);
+const LoadedPicture* loaded(const base::Picture& picture);
 
 /// The icon resource of that number in all its sizes; null where there is none.
 QIcon iconOf(int number);

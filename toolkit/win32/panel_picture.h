@@ -21,7 +21,7 @@ private:
     void fetch(const StatusPanel& panel, int size);
 
     Bitmap scaled_{0, 0};
-    Picture source_; ///< what it was made from
+    base::Picture source_; ///< what it was made from
     int size_ = 0;
 };
 

@@ -38,13 +38,13 @@ HICON LoadedPicture::icon(int size) const {
     return number_ == 0 ? nullptr : iconOfSize(number_, size);
 }
 
-const LoadedPicture* loaded(const Picture& picture) {
+const LoadedPicture* loaded(const base::Picture& picture) {
     return dynamic_cast<const LoadedPicture*>(picture.get());
 }
 
 } // namespace win32
 
-Picture loadPicture(std::string_view path) {
+base::Picture loadPicture(std::string_view path) {
     std::string contents;
     const platform::FileResult result = platform::readWholeFile(path, contents);
     if (result != platform::FileResult::Ok)
@@ -54,7 +54,7 @@ Picture loadPicture(std::string_view path) {
     return std::make_shared<win32::LoadedPicture>(std::move(*bitmap));
 }
 
-Picture iconResource(int number) {
+base::Picture iconResource(int number) {
     if (!isIconResource(number))
         throw base::RuntimeError(base::ErrorNumber::InvalidProcedureCall, std::to_string(number));
     return std::make_shared<win32::LoadedPicture>(number);

@@ -10,7 +10,7 @@
 
 namespace toolkit::win32 {
 
-class LoadedPicture : public PictureData {
+class LoadedPicture : public base::PictureData {
 public:
     /// As it was read from a file.
     explicit LoadedPicture(Bitmap bitmap) : bitmap_(std::move(bitmap)) {}
@@ -30,6 +30,6 @@ private:
 };
 
 /// Null for no picture.
-const LoadedPicture* loaded(const Picture& picture);
+const LoadedPicture* loaded(const base::Picture& picture);
 
 } // namespace toolkit::win32

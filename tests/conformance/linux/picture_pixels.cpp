@@ -24,12 +24,12 @@ PictureDrawing::PictureDrawing() : state_(std::make_unique<State>()) {
 
 PictureDrawing::~PictureDrawing() = default;
 
-PictureSize sizeOf(const toolkit::Picture& picture) {
+PictureSize sizeOf(const base::Picture& picture) {
     const QImage& image = toolkit::qt::loaded(picture)->image();
     return {image.width(), image.height()};
 }
 
-toolkit::Color pixelOf(const toolkit::Picture& picture, int x, int y) {
+toolkit::Color pixelOf(const base::Picture& picture, int x, int y) {
     const QColor color = toolkit::qt::loaded(picture)->image().pixelColor(x, y);
     return {static_cast<std::uint8_t>(color.red()), static_cast<std::uint8_t>(color.green()),
             static_cast<std::uint8_t>(color.blue())};

@@ -9,12 +9,12 @@ struct PictureDrawing::State {};
 PictureDrawing::PictureDrawing() = default;
 PictureDrawing::~PictureDrawing() = default;
 
-PictureSize sizeOf(const toolkit::Picture& picture) {
+PictureSize sizeOf(const base::Picture& picture) {
     const toolkit::win32::Bitmap& bitmap = *toolkit::win32::loaded(picture)->bitmap();
     return {bitmap.width(), bitmap.height()};
 }
 
-toolkit::Color pixelOf(const toolkit::Picture& picture, int x, int y) {
+toolkit::Color pixelOf(const base::Picture& picture, int x, int y) {
     const toolkit::win32::Bitmap& bitmap = *toolkit::win32::loaded(picture)->bitmap();
     const std::uint32_t pixel = bitmap.pixels()[static_cast<std::size_t>(y * bitmap.width() + x)];
     return {static_cast<std::uint8_t>(pixel >> 16 & 0xFF), static_cast<std::uint8_t>(pixel >> 8 & 0xFF),
