@@ -1,6 +1,6 @@
 #include "app/command_line.h"
 
-#include "app/program.h"
+#include "window/title.h"
 
 #include <string_view>
 
@@ -9,7 +9,7 @@ namespace app {
 namespace {
 
 std::string versionText() {
-    return std::string(programTitle).append(programVersion) + "\n";
+    return std::string(window::programTitle).append(window::programVersion) + "\n";
 }
 
 constexpr const char* helpText = "Aufruf: orvanta-usbtool [--help | --version]\n"

@@ -6,6 +6,7 @@
 #include "drive/stick_actions.h"
 #include "format/Form1.h"
 #include "job/stick_update.h"
+#include "online/catalog.h"
 #include "online/server_addresses.h"
 #include "online/update_check.h"
 #include "platform/basDeklare.h"
@@ -14,11 +15,10 @@
 #include "toolkit/dispatch.h"
 #include "toolkit/message_box.h"
 #include "widgets/frmAuswahl.h"
+#include "window/title.h"
 
 #include <utility>
 #include <vector>
-
-using namespace std::chrono_literals;
 
 namespace {
 
@@ -32,7 +32,7 @@ const std::array<std::string, 6> settingsCaptions = {
 };
 
 /// The first ten channels of each kind of channel list, in two columns.
-const std::array<std::string, online::settingsKinds> channelOrder = {
+const std::array<std::string, window::settingsKinds> channelOrder = {
     base::joinLines({"1. ORF 1    6. ZDF", "2. ORF 2    7. BR 3", "3. ATV+     8. SAT 1",
                      "4. TW 1     9. PRO 7", "5. ARD     10. ..."}),
     base::joinLines({"1. ARD      6. SAT 1", "2. ZDF      7. PRO 7", "3. 3 Sat    8. Kabel 1",
@@ -45,58 +45,13 @@ const std::array<std::string, online::settingsKinds> channelOrder = {
                      "5. ...     10. ..."}),
 };
 
-constexpr std::array<const char*, 4> menuCaptions = {"Wiederherstellen", "USB Stick öffnen", "-", "Beenden"};
-
 } // namespace
 
-frmMain::frmMain(app::Program& program) : Form("frmMain"), Timer1("Timer1", 4000ms, true), program_(program) {
-    addControls();
-    assignEnter();
+frmMain::frmMain(app::Program& program) : program_(program) {
     connectEvents();
-    disableAtFirst();
-    for (std::size_t i = 0; i < menuCaptions.size(); ++i)
-        mnuPopup[i].setCaption(menuCaptions[i]);
 }
 
 frmMain::~frmMain() = default;
-
-/// Nothing can be chosen before the catalog is there, and nothing saved before there is something new.
-void frmMain::disableAtFirst() {
-    for (std::size_t i = 0; i < Firm_Option.size(); ++i)
-        Firm_Option[i].setEnabled(false);
-    for (std::size_t i = 0; i < Sett_Option.size(); ++i)
-        Sett_Option[i].setEnabled(false);
-    cmdSaveOnStick.setEnabled(false);
-}
-
-void frmMain::addControls() {
-    for (Control* control : std::initializer_list<Control*>{
-             &Label15,        &Label16,        &Label17,       &Label18,         &Label19,       &Label21,
-             &Image1,         &lbl_firmstand,  &lbl_settstand, &lbl_reihenfolge, &lbl_Aenderung, &frm_News,
-             &cmdChoose,      &StatusBar1,     &Timer1,        &Frame2,          &lblLW,         &txtDT_Cap,
-             &Command1,       &txtFAT,         &cmbSize,       &lblHDSize,       &lblHDFree,     &lblHDUsed,
-             &lblHDFreeColor, &lblHDUsedColor, &Picture1,      &cmdSearch,       &cmdOpen,       &txtOpenPath,
-             &cmdSaveOnStick, &chkAuto,        &Frame4,        &cmdtest})
-        add(*control);
-    const auto addArray = [this](auto& array) {
-        for (std::size_t i = 0; i < array.size(); ++i)
-            add(array[i]);
-    };
-    addArray(Firm_Option);
-    addArray(Sett_Option);
-    addArray(lbl_news);
-    addArray(lblSize);
-    addArray(mnuPopup);
-    add(StatusBar1.panel(1));
-    add(StatusBar1.panel(2));
-}
-
-/// Enter in a text box applies what was typed; elsewhere it starts the update.
-void frmMain::assignEnter() {
-    setDefaultButton(cmdChoose);
-    txtDT_Cap.setEnterButton(Command1);
-    txtOpenPath.setEnterButton(cmdSaveOnStick);
-}
 
 void frmMain::connectEvents() {
     onLoad = [this] { Form_Load(); };
@@ -132,7 +87,7 @@ void frmMain::Form_Load() {
     ChannelOrder = channelOrder;
     SelectedFirmware = -1;
     SelectedSettings = -1;
-    setCaption(std::string(app::programTitle).append(app::programVersion));
+    setCaption(std::string(window::programTitle).append(window::programVersion));
     cmbSize.addItem("MB", 2);
     cmbSize.addItem("GB", 3);
     cmbSize.setListIndex(0);
@@ -210,11 +165,4 @@ void frmMain::mnuPopup_Click(std::int16_t Index) {
     // The types are counted: they tell how many sticks the scan found, also after one of several has been
     // chosen.
     if (Index == openItem && drive.p_GetDT_Count() == 1) drive::OpenDir(drive, drive.p_GetDriveLetters("0"));
-}
-
-void frmMain::showOnlineState(std::string_view text, std::string_view toolTip) {
-    toolkit::StatusPanel& panel = StatusBar1.panel(2);
-    panel.setText(text);
-    panel.setEnabled(true);
-    panel.setToolTip(toolTip);
 }

@@ -1,8 +1,6 @@
-// What there is once in the program and what every part of it reaches.
 #pragma once
 
 #include <memory>
-#include <string_view>
 
 class cDrive;
 class cRegistry;
@@ -10,11 +8,6 @@ class cTray;
 class frmMain;
 
 namespace app {
-
-/// The program's version; the server names the one that is current.
-constexpr std::string_view programVersion = "1.5";
-
-constexpr std::string_view programTitle = "Orvanta USB-Stick Internetupdate Tool ";
 
 /// The program-wide objects: created when the main window loads, released in a fixed order when it closes.
 struct Program {

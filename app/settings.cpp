@@ -21,7 +21,7 @@ std::string settingsFile() {
 
 /// The window's control of that kind and name.
 template <typename Kind>
-Kind& controlOf(const frmMain& window, const std::string& name) {
+Kind& controlOf(const toolkit::Form& window, const std::string& name) {
     auto* const control = dynamic_cast<Kind*>(window.find(name));
     if (control == nullptr) throw base::RuntimeError(base::ErrorNumber::ControlNotFound, name);
     return *control;

@@ -8,15 +8,17 @@
 #include <string>
 #include <string_view>
 
+namespace window {
+class MainWindow;
+}
 class cTray;
-class frmMain;
 
 /// The removable drives, the choice of the stick among them, its facts, and the parts of the main window that
 /// show it. What stands where is told below: a member without a word about it is in cDrive.cpp.
 class cDrive {
 public:
     /// Both must outlive it.
-    cDrive(frmMain& window, cTray& tray) : window_(window), tray_(tray) {}
+    cDrive(window::MainWindow& window, cTray& tray) : window_(window), tray_(tray) {}
     cDrive(const cDrive&) = delete;
     cDrive& operator=(const cDrive&) = delete;
 
@@ -49,7 +51,7 @@ public:
     std::function<void()> onSeveralSticks;
 
     /// The window that shows the stick.
-    frmMain& mainWindow() const noexcept { return window_; }
+    window::MainWindow& mainWindow() const noexcept { return window_; }
 
     /// Finds the removable drives that hold a medium, then evaluates them. The last drive root is never
     /// examined, and with 16 or more roots nothing is found.
@@ -104,7 +106,7 @@ private:
     void showStandardPath(const std::string& root); // in stick_display.cpp
     void clearCapacity();                           // in capacity.cpp
 
-    frmMain& window_;
+    window::MainWindow& window_;
     cTray& tray_;
     base::KeyedList driveTypes_;
     base::KeyedList driveLetters_;

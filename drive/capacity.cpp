@@ -1,9 +1,9 @@
 // How full the stick is: three figures and a bar.
 
-#include "app/frmMain.h"
 #include "drive/cDrive.h"
 #include "platform/number_text.h"
 #include "widgets/cProgressBar.h"
+#include "window/main_window.h"
 
 #include <algorithm>
 #include <cmath>

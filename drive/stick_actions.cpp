@@ -1,6 +1,5 @@
 #include "drive/stick_actions.h"
 
-#include "app/frmMain.h"
 #include "base/text.h"
 #include "drive/cDrive.h"
 #include "platform/basINI.h"
@@ -8,6 +7,7 @@
 #include "platform/program_path.h"
 #include "platform/shell.h"
 #include "toolkit/message_box.h"
+#include "window/main_window.h"
 
 namespace drive {
 
@@ -54,7 +54,7 @@ void cmdOpen_Click(const cDrive& drive) {
 }
 
 void Command1_Click(cDrive& drive) {
-    frmMain& window = drive.mainWindow();
+    window::MainWindow& window = drive.mainWindow();
     const std::string& label = window.txtDT_Cap.text();
     const std::size_t length = base::characterCount(label);
     if (length > longestLabel) {

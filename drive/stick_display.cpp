@@ -1,17 +1,17 @@
 // What the main window shows of the stick.
 
-#include "app/frmMain.h"
 #include "drive/cDrive.h"
 #include "drive/stick_actions.h"
 #include "platform/cTray.h"
 #include "platform/profile.h"
 #include "platform/program_path.h"
 #include "toolkit/picture.h"
+#include "window/main_window.h"
 
 namespace {
 
 /// Panel 1 of the status bar, with a picture from the program folder.
-void showStickState(frmMain& window, const char* picture, const char* text, bool enabled,
+void showStickState(window::MainWindow& window, const char* picture, const char* text, bool enabled,
                     const std::string& toolTip) {
     toolkit::StatusPanel& panel = window.StatusBar1.panel(1);
     panel.setPicture(toolkit::loadPicture(platform::programPath() + picture));

@@ -1,6 +1,5 @@
 #include "job/stick_update.h"
 
-#include "app/frmMain.h"
 #include "base/lines.h"
 #include "base/runtime_error.h"
 #include "drive/cDrive.h"
@@ -16,6 +15,8 @@
 #include "platform/volumes.h"
 #include "toolkit/message_box.h"
 #include "toolkit/pump.h"
+#include "window/main_window.h"
+#include "window/receivers.h"
 
 #include <cstdint>
 #include <optional>
@@ -27,7 +28,7 @@ namespace {
 using base::ErrorNumber;
 using base::RuntimeError;
 
-constexpr std::int16_t noSettings = -1;
+constexpr int noSettings = -1;
 
 /// Names of the files to fetch.
 struct Files {
@@ -35,13 +36,13 @@ struct Files {
     std::optional<std::string> settings;
 };
 
-Files chosenFiles(const frmMain& window) {
-    const online::Catalog& catalog = window.Receivers;
+Files chosenFiles(const window::MainWindow& window) {
+    const window::Catalog& catalog = window.Receivers;
     Files files;
-    files.firmware = online::element(catalog.FirmwareFile, window.SelectedFirmware);
+    files.firmware = window::element(catalog.FirmwareFile, window.SelectedFirmware);
     if (window.SelectedSettings != noSettings)
         files.settings =
-            online::element(catalog.SettingsFile, window.SelectedFirmware, window.SelectedSettings);
+            window::element(catalog.SettingsFile, window.SelectedFirmware, window.SelectedSettings);
     return files;
 }
 
@@ -76,7 +77,7 @@ Stick shownStick(const cDrive& drive) {
 }
 
 /// The figure is compared in the unit it is shown in, so in "GB" the job demands 5 GB: this is intended.
-bool enoughSpace(const frmMain& window) {
+bool enoughSpace(const window::MainWindow& window) {
     constexpr double required = 5;
     if (platform::numberFromText(window.lblHDFree.caption()) >= required) return true;
     toolkit::messageBox(base::joinLines({"Sie benötigen mindestens 5 MB freien Speicherplatz am USB-Stick!",
@@ -85,13 +86,12 @@ bool enoughSpace(const frmMain& window) {
     return false;
 }
 
-bool confirmed(const frmMain& window) {
-    const std::string& receiver = online::element(window.Receivers.ReceiverName, window.SelectedFirmware);
-    const auto caption = static_cast<std::int16_t>(window.SelectedSettings + 1);
+bool confirmed(const window::MainWindow& window) {
+    const std::string& receiver = window::element(window.Receivers.ReceiverName, window.SelectedFirmware);
     const std::string text = base::joinLines({
         "Sie haben folgende Update Optionen gewählt:",
         "Receiver: Orvanta " + receiver,
-        "Settings: " + online::element(window.SettingsCaptions, caption),
+        "Settings: " + window::element(window.SettingsCaptions, window.SelectedSettings + 1),
         "",
         "Updaten mit OK ?",
     });
@@ -160,7 +160,7 @@ void showSuccess() {
 } // namespace
 
 void cmdChoose_Click(cDrive& drive) {
-    frmMain& window = drive.mainWindow();
+    window::MainWindow& window = drive.mainWindow();
     refreshCapacity(drive);
     if (window.lblHDFree.caption().empty()) { // pulled, and nobody told
         drive::deviceRemoved(drive);

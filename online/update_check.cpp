@@ -1,7 +1,5 @@
 #include "online/update_check.h"
 
-#include "app/frmMain.h"
-#include "app/program.h"
 #include "base/lines.h"
 #include "online/catalog.h"
 #include "online/download.h"
@@ -10,6 +8,8 @@
 #include "platform/shell_open.h"
 #include "toolkit/dispatch.h"
 #include "toolkit/message_box.h"
+#include "window/main_window.h"
+#include "window/title.h"
 
 #include <optional>
 #include <string>
@@ -31,7 +31,7 @@ namespace {
     toolkit::endAtOnce();
 }
 
-void reportNoConnection(frmMain& window) {
+void reportNoConnection(window::MainWindow& window) {
     const std::string text = base::joinLines({
         "Es konnte keine Internet-Verbindung hergestellt werden!",
         "",
@@ -44,7 +44,7 @@ void reportNoConnection(frmMain& window) {
     window.cmdChoose.setEnabled(false);
 }
 
-void showNews(frmMain& window, std::string_view text) {
+void showNews(window::MainWindow& window, std::string_view text) {
     const std::string_view line = GetLine(text, 0);
     for (std::size_t i = 0; i < window.lbl_news.size(); ++i)
         window.lbl_news[i].setCaption(fieldOf(line, i));
@@ -52,13 +52,13 @@ void showNews(frmMain& window, std::string_view text) {
 
 } // namespace
 
-void CheckForUpdates(frmMain& window) {
+void CheckForUpdates(window::MainWindow& window) {
     window.cmdChoose.setEnabled(false);
     const std::string url = downloadUrl();
     const std::string version = OpenURL(window.StatusBar1.panel(2), url + "usb-version.txt", "0");
     if (version.empty()) return reportNoConnection(window);
     // A line end behind the number is a difference, too.
-    if (version != app::programVersion) refuseOutdatedProgram();
+    if (version != window::programVersion) refuseOutdatedProgram();
 
     const auto news = OpenTextFile(url + "usb-news.csv");
     if (!news) return reportNoConnection(window);

@@ -2,6 +2,8 @@
 
 #include "main_window.h"
 
+#include "online/catalog.h"
+
 #include <algorithm>
 
 using namespace online;
@@ -9,6 +11,8 @@ using unit::CatalogFields;
 using unit::errorOf;
 using unit::fullCatalog;
 using unit::MainWindow;
+using window::Catalog;
+using window::element;
 
 class CatalogTest : public MainWindow {
 protected:

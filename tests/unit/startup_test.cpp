@@ -4,6 +4,7 @@
 
 #include "base/lines.h"
 #include "platform/cTray.h"
+#include "window/title.h"
 
 using unit::MainWindow;
 
@@ -13,7 +14,7 @@ TEST_F(Startup, TheTitleEndsInTheVersion) {
     start();
     EXPECT_EQ(window().caption(), "Orvanta USB-Stick Internetupdate Tool 1.5");
     EXPECT_EQ(base::CRLF, "\r\n");
-    EXPECT_EQ(app::programVersion, "1.5");
+    EXPECT_EQ(window::programVersion, "1.5");
 }
 
 TEST_F(Startup, TheProgramWideObjectsAreThere) {

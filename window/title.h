@@ -1,0 +1,12 @@
+#pragma once
+
+#include <string_view>
+
+namespace window {
+
+constexpr std::string_view programTitle = "Orvanta USB-Stick Internetupdate Tool ";
+
+/// The program's version, which stands behind its title; the server names the one that is current.
+constexpr std::string_view programVersion = "1.5";
+
+} // namespace window
