@@ -4,6 +4,7 @@
 #include "platform/console.h"
 #include "platform/volumes.h"
 #include "toolkit/backend.h"
+#include "toolkit/dispatch.h"
 
 #include <cstdlib>
 #include <memory>

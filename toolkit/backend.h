@@ -2,15 +2,16 @@
 // the other headers of this folder, never directly.
 #pragma once
 
-#include "toolkit/dispatch.h"
-#include "toolkit/form.h"
-
 #include <chrono>
 #include <functional>
 #include <memory>
 #include <string_view>
 
 namespace toolkit {
+
+class Form;
+class FormView;
+struct Ending;
 
 /// Sets the toolkit up, dispatches `start`, handles events until the program ends, and tells how it ended.
 /// Called once, by main(). `program` is the name that the program was called by; nothing else of the command

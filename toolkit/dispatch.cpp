@@ -2,7 +2,7 @@
 
 #include "base/runtime_error.h"
 #include "toolkit/backend.h"
-#include "toolkit/message_box.h"
+#include "toolkit/message_style.h"
 #include "toolkit/shown_text.h"
 
 #include <exception>

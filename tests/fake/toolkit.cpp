@@ -5,6 +5,8 @@
 #include "base/runtime_error.h"
 #include "platform/files.h"
 #include "toolkit/backend.h"
+#include "toolkit/dispatch.h"
+#include "toolkit/form.h"
 #include "toolkit/message_box.h"
 #include "toolkit/picture.h"
 

@@ -1,5 +1,6 @@
 // The program as a Qt application: its event loop, its pump, its end.
 #include "toolkit/backend.h"
+#include "toolkit/dispatch.h"
 
 #include "platform/device_events.h"
 #include "toolkit/qt/end_signals.h"

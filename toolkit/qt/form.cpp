@@ -2,6 +2,7 @@
 
 #include "platform/device_events.h"
 #include "toolkit/backend.h"
+#include "toolkit/form.h"
 #include "toolkit/qt/binding.h"
 #include "toolkit/qt/form_window.h"
 #include "toolkit/qt/layouts.h"

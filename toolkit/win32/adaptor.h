@@ -1,15 +1,12 @@
 // The Windows side of one control.
 #pragma once
 
-#include "toolkit/control_view.h"
 #include "toolkit/dispatch.h"
 #include "toolkit/win32/form_window.h"
+#include "toolkit/win32/window_part.h"
 
 #include <windows.h>
 
-#include <commctrl.h>
-
-#include <optional>
 #include <string>
 
 namespace toolkit::win32 {
@@ -18,21 +15,9 @@ namespace toolkit::win32 {
 /// It never decides: what the user does is reported, and what the control then says is shown.
 ///
 /// It lives as long as its window.
-class Adaptor : public ControlView {
+class Adaptor : public WindowPart {
 public:
-    Adaptor(Control& control, FormWindow& window) : ControlView(control), window_(window) {}
-
-    // What the part tells its window.
-    virtual void command(unsigned /*notification*/) {}
-    virtual std::optional<LRESULT> notified(const NMHDR& /*header*/) { return {}; }
-    virtual void draw(const DRAWITEMSTRUCT& /*item*/) {}
-    /// Background of the part; null for that of the window.
-    virtual HBRUSH background() const { return nullptr; }
-
-    /// The window has another resolution, font or set of colours.
-    virtual void rescale() {}
-    /// The control's value is to be shown again after what postSettle() was called in.
-    virtual void settle() {}
+    Adaptor(Control& control, FormWindow& window) : WindowPart(control), window_(window) {}
 
 protected:
     FormWindow& window() const noexcept { return window_; }

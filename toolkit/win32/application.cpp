@@ -1,5 +1,6 @@
 // The program as a Windows application: its message loop, its pump, its end.
 #include "toolkit/backend.h"
+#include "toolkit/dispatch.h"
 
 #include "platform/device_events.h"
 #include "toolkit/win32/form.h"

@@ -1,6 +1,7 @@
 #include "toolkit/win32/form.h"
 
 #include "toolkit/backend.h"
+#include "toolkit/form.h"
 #include "toolkit/shown_properties.h"
 #include "toolkit/win32/binding.h"
 #include "toolkit/win32/form_window.h"

@@ -1,12 +1,12 @@
 #include "toolkit/win32/form_window.h"
 
-#include "toolkit/win32/adaptor.h"
 #include "toolkit/win32/dialog_template.h"
 #include "toolkit/win32/placement.h"
 #include "toolkit/win32/presentation.h"
 #include "toolkit/win32/texts.h"
 #include "toolkit/win32/tool_tips.h"
 #include "toolkit/win32/window_class.h"
+#include "toolkit/win32/window_part.h"
 
 #include <algorithm>
 
@@ -103,12 +103,12 @@ HMENU FormWindow::menu(const std::wstring& name) {
     return loaded;
 }
 
-void FormWindow::add(int number, std::unique_ptr<Adaptor> adaptor) {
+void FormWindow::add(int number, std::unique_ptr<WindowPart> adaptor) {
     if (number != 0) parts_.emplace_back(number, adaptor.get());
     adaptors_.push_back(std::move(adaptor));
 }
 
-Adaptor* FormWindow::adaptorOf(int number) const {
+WindowPart* FormWindow::adaptorOf(int number) const {
     const auto found = std::find_if(parts_.begin(), parts_.end(),
                                     [number](const auto& part) { return part.first == number; });
     return found == parts_.end() ? nullptr : found->second;
@@ -152,7 +152,7 @@ void FormWindow::postDestroy() const {
     PostMessageW(handle_, destroyMessage, 0, 0);
 }
 
-void FormWindow::postSettle(Adaptor& adaptor) {
+void FormWindow::postSettle(WindowPart& adaptor) {
     PostMessageW(handle_, settleMessage, 0, reinterpret_cast<LPARAM>(&adaptor));
 }
 
@@ -180,7 +180,7 @@ INT_PTR FormWindow::received(UINT message, WPARAM wParam, LPARAM lParam) {
     case WM_DRAWITEM:
         return drawItem(*reinterpret_cast<const DRAWITEMSTRUCT*>(lParam));
     case WM_CTLCOLORSTATIC: {
-        const Adaptor* adaptor = adaptorOf(GetDlgCtrlID(reinterpret_cast<HWND>(lParam)));
+        const WindowPart* adaptor = adaptorOf(GetDlgCtrlID(reinterpret_cast<HWND>(lParam)));
         return adaptor == nullptr ? FALSE : reinterpret_cast<INT_PTR>(adaptor->background());
     }
     case WM_CLOSE:
@@ -209,7 +209,7 @@ INT_PTR FormWindow::received(UINT message, WPARAM wParam, LPARAM lParam) {
         rescale();
         return TRUE;
     case settleMessage:
-        settle(reinterpret_cast<const Adaptor*>(lParam));
+        settle(reinterpret_cast<const WindowPart*>(lParam));
         return TRUE;
     case destroyMessage:
         if (leaving_ && busy_ == 0) DestroyWindow(handle_);
@@ -225,7 +225,7 @@ INT_PTR FormWindow::answer(LRESULT result) const {
 }
 
 INT_PTR FormWindow::commanded(unsigned number, unsigned notification) {
-    if (Adaptor* adaptor = adaptorOf(static_cast<int>(number)))
+    if (WindowPart* adaptor = adaptorOf(static_cast<int>(number)))
         adaptor->command(notification);
     else if (number == IDCANCEL && modal_)
         requestClose(); // Escape; the assistant has no way to cancel what it does
@@ -233,7 +233,7 @@ INT_PTR FormWindow::commanded(unsigned number, unsigned notification) {
 }
 
 INT_PTR FormWindow::notified(const NMHDR& header) {
-    Adaptor* adaptor = adaptorOf(GetDlgCtrlID(header.hwndFrom));
+    WindowPart* adaptor = adaptorOf(GetDlgCtrlID(header.hwndFrom));
     if (adaptor == nullptr) return FALSE;
     const std::optional<LRESULT> result = adaptor->notified(header);
     return result ? answer(*result) : FALSE;
@@ -241,7 +241,7 @@ INT_PTR FormWindow::notified(const NMHDR& header) {
 
 /// What no control claims is a line under a heading.
 INT_PTR FormWindow::drawItem(const DRAWITEMSTRUCT& item) {
-    if (Adaptor* adaptor = adaptorOf(static_cast<int>(item.CtlID)))
+    if (WindowPart* adaptor = adaptorOf(static_cast<int>(item.CtlID)))
         adaptor->draw(item);
     else
         FillRect(item.hDC, &item.rcItem, GetSysColorBrush(COLOR_HIGHLIGHT));
@@ -262,7 +262,7 @@ void FormWindow::requestClose() {
 }
 
 /// Messages can be sent by anybody.
-void FormWindow::settle(const Adaptor* named) {
+void FormWindow::settle(const WindowPart* named) {
     const auto found = std::find_if(adaptors_.begin(), adaptors_.end(),
                                     [named](const auto& adaptor) { return adaptor.get() == named; });
     if (found != adaptors_.end()) (*found)->settle();

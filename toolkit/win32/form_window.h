@@ -11,7 +11,7 @@
 
 namespace toolkit::win32 {
 
-class Adaptor;
+class WindowPart;
 class Presentation;
 class ToolTips;
 
@@ -50,8 +50,8 @@ public:
     HMENU menu(const std::wstring& name);
 
     /// Takes an adaptor; `number` is that of its part, 0 for none.
-    void add(int number, std::unique_ptr<Adaptor> adaptor);
-    const std::vector<std::unique_ptr<Adaptor>>& adaptors() const noexcept { return adaptors_; }
+    void add(int number, std::unique_ptr<WindowPart> adaptor);
+    const std::vector<std::unique_ptr<WindowPart>>& adaptors() const noexcept { return adaptors_; }
 
     /// Puts the window on the screen, beside its owner (null for none), and in front.
     void present(HWND owner);
@@ -65,7 +65,7 @@ public:
     int showEnterButton(int number) const;
 
     /// Has the adaptor's settle() called when the messages before it have been handled.
-    void postSettle(Adaptor& adaptor);
+    void postSettle(WindowPart& adaptor);
 
     /// Shows that a handler of the window is running.
     class Busy {
@@ -93,19 +93,19 @@ private:
     INT_PTR sessionEnds();
     void initialize(HWND handle);
     void requestClose();
-    void settle(const Adaptor* named);
+    void settle(const WindowPart* named);
     void keepFocus() const;
     void rescale();
     void postDestroy() const;
-    Adaptor* adaptorOf(int number) const;
+    WindowPart* adaptorOf(int number) const;
 
     std::string name_;
     HWND handle_ = nullptr;
     std::vector<std::pair<std::wstring, HMENU>> menus_;
     std::unique_ptr<ToolTips> toolTips_;
     std::unique_ptr<Presentation> presentation_;
-    std::vector<std::unique_ptr<Adaptor>> adaptors_;
-    std::vector<std::pair<int, Adaptor*>> parts_;
+    std::vector<std::unique_ptr<WindowPart>> adaptors_;
+    std::vector<std::pair<int, WindowPart*>> parts_;
     int busy_ = 0;
     bool modal_ = false;
     bool leaving_ = false;
