@@ -9,6 +9,8 @@ import re
 import sys
 from pathlib import Path
 
+ROOMS = "platform/linux/"
+
 # From the roof to the ground: a folder, and the folders that its sources may include besides their own. The first
 # folder that a path begins with is its own, so a backend stands in front of the seam that it is in.
 LAYERS = {
@@ -21,12 +23,18 @@ LAYERS = {
     "window": ["toolkit", "platform", "base"],
     "toolkit/qt": ["toolkit", "platform", "base"],
     "toolkit/win32": ["toolkit", "platform", "base"],
-    "platform/linux": ["platform", "base"],
+    "platform/linux/process": [ROOMS + "files", ROOMS + "drives", ROOMS + "base", "platform", "base"],
+    "platform/linux/registry": [ROOMS + "files", ROOMS + "drives", ROOMS + "base", "platform", "base"],
+    "platform/linux/files": [ROOMS + "drives", ROOMS + "base", "platform", "base"],
+    "platform/linux/drives": [ROOMS + "base", "platform", "base"],
+    "platform/linux/base": ["platform", "base"],
+    "platform/linux": [ROOMS + "process", ROOMS + "registry", ROOMS + "files", ROOMS + "drives", ROOMS + "base",
+                       "platform", "base"],
     "platform/windows": ["platform", "base"],
     "toolkit": ["base"],
     "platform": ["base"],
     "base": [],
-    "tools/fat32format": ["platform/linux/base"],
+    "tools/fat32format": [ROOMS + "base", "base"],
     "tests/fake": ["toolkit", "platform", "base"],
 }
 

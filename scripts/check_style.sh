@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# clang-format over every source of the repository, clang-tidy over the program's own; --all: over the tests, too,
-# which takes as long again. The settings stand in the root. The sources for Windows are analysed when there is a cross
+# clang-format over every source of the repository, who includes whom (scripts/check_layers.py), clang-tidy over the
+# program's own sources; --all: over the tests, too, which takes as long again. The settings stand in the root. The sources for Windows are analysed when there is a cross
 # compiler (scripts/setup.sh windows).
 set -euo pipefail
 cd "$(dirname "$(readlink -f "$0")")/.."
@@ -23,7 +23,9 @@ mapfile -t sources < <(list_sources)
 clang-format-14 --dry-run -Werror "${sources[@]}" </dev/null
 echo "clang-format: ${#sources[@]} files."
 
-folders='(app|online|drive|job|format|widgets|toolkit|platform|tools)/'
+scripts/check_layers.py
+
+folders='(app|base|online|drive|job|format|widgets|window|toolkit|platform|tools)/'
 windows_folders='(platform/windows|toolkit/win32)/'
 if [ "${1-}" = --all ]; then
   folders=
