@@ -7,6 +7,7 @@
 #include "online/download.h"
 #include "online/file_name.h"
 #include "online/server_addresses.h"
+#include "platform/file_check.h"
 #include "platform/files.h"
 #include "platform/number_text.h"
 #include "platform/program_path.h"
@@ -135,7 +136,7 @@ void copyToStick(const Stick& stick, const std::string& file) {
     checkPlace(stick);
     const platform::FileResult result = platform::copyFile(source, target, stick.identity);
     if (result != platform::FileResult::Ok)
-        throw RuntimeError(static_cast<ErrorNumber>(result), online::FileExists(source) ? target : source);
+        throw RuntimeError(platform::errorNumber(result), online::FileExists(source) ? target : source);
 }
 
 /// From here on the stick may be pulled.

@@ -1,6 +1,7 @@
 #include "online/download.h"
 
 #include "base/runtime_error.h"
+#include "platform/file_check.h"
 #include "platform/files.h"
 #include "platform/http.h"
 #include "platform/number_text.h"
@@ -63,11 +64,6 @@ struct Download {
     std::string contents;
     bool cut = false; ///< some of the file had come, or been announced, and then no more
 };
-
-void check(platform::FileResult result, std::string_view path) {
-    if (result != platform::FileResult::Ok)
-        throw base::RuntimeError(static_cast<base::ErrorNumber>(result), std::string(path));
-}
 
 /// Where a download shows its progress, and how.
 struct ProgressDisplay {
@@ -135,13 +131,14 @@ bool FileExists(std::string_view Path) {
 
 std::string ReadFile(std::string_view Path) {
     std::string contents;
-    if (platform::fileLength(Path).value_or(0) != 0) check(platform::readWholeFile(Path, contents), Path);
+    if (platform::fileLength(Path).value_or(0) != 0)
+        platform::check(platform::readWholeFile(Path, contents), Path);
     return contents;
 }
 
 void WriteFile(std::string_view Path, std::string_view Text, const platform::DriveIdentity& Drive) {
     if (FileExists(Path) && platform::fileLength(Path) == Text.size() && ReadFile(Path) == Text) return;
-    check(platform::writeWholeFile(Path, Text, Drive), Path);
+    platform::check(platform::writeWholeFile(Path, Text, Drive), Path);
 }
 
 } // namespace online

@@ -1,9 +1,8 @@
 #include "online/server_addresses.h"
 
 #include "base/letters.h"
-#include "base/runtime_error.h"
 #include "base/text.h"
-#include "platform/files.h"
+#include "platform/file_check.h"
 #include "platform/http_address.h"
 #include "platform/profile.h"
 #include "platform/program_path.h"
@@ -53,8 +52,7 @@ void loadServerAddresses() {
     const std::string file = platform::programPath() + "Server.ini";
     std::string lines;
     const FileResult result = platform::readProfileSection("Server", lines, file);
-    if (result != FileResult::Ok && result != FileResult::FileNotFound)
-        throw base::RuntimeError(static_cast<base::ErrorNumber>(result), file);
+    if (result != FileResult::FileNotFound) platform::check(result, file);
     loaded() = addressesOf(lines);
 }
 

@@ -3,7 +3,7 @@
 #include "fake.h"
 
 #include "base/runtime_error.h"
-#include "platform/files.h"
+#include "platform/file_check.h"
 #include "toolkit/backend.h"
 #include "toolkit/dispatch.h"
 #include "toolkit/form.h"
@@ -86,9 +86,7 @@ namespace toolkit {
 
 base::Picture loadPicture(std::string_view path) {
     std::string contents;
-    const auto result = platform::readWholeFile(path, contents);
-    if (result != platform::FileResult::Ok)
-        throw base::RuntimeError(static_cast<base::ErrorNumber>(result), std::string(path));
+    platform::check(platform::readWholeFile(path, contents), path);
     if (contents != "picture") throw base::RuntimeError(base::ErrorNumber::InvalidPicture, std::string(path));
     return std::make_shared<fake::FilePicture>(path);
 }

@@ -1,7 +1,7 @@
 #include "toolkit/qt/picture.h"
 
 #include "base/runtime_error.h"
-#include "platform/files.h"
+#include "platform/file_check.h"
 #include "toolkit/picture_file.h"
 #include "toolkit/qt/texts.h"
 
@@ -83,9 +83,7 @@ QIcon iconOf(int number) {
 
 base::Picture loadPicture(std::string_view path) {
     std::string contents;
-    const platform::FileResult result = platform::readWholeFile(path, contents);
-    if (result != platform::FileResult::Ok)
-        throw base::RuntimeError(static_cast<base::ErrorNumber>(result), std::string(path));
+    platform::check(platform::readWholeFile(path, contents), path);
     QImageReader::setAllocationLimit(qt::allocationLimitMegabytes);
     QImage image = qt::decode(contents);
     if (image.isNull()) throw base::RuntimeError(base::ErrorNumber::InvalidPicture, std::string(path));

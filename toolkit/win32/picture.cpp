@@ -1,7 +1,7 @@
 #include "toolkit/win32/picture.h"
 
 #include "base/runtime_error.h"
-#include "platform/files.h"
+#include "platform/file_check.h"
 #include "toolkit/win32/picture_file.h"
 
 #include <map>
@@ -46,9 +46,7 @@ const LoadedPicture* loaded(const base::Picture& picture) {
 
 base::Picture loadPicture(std::string_view path) {
     std::string contents;
-    const platform::FileResult result = platform::readWholeFile(path, contents);
-    if (result != platform::FileResult::Ok)
-        throw base::RuntimeError(static_cast<base::ErrorNumber>(result), std::string(path));
+    platform::check(platform::readWholeFile(path, contents), path);
     std::optional<win32::Bitmap> bitmap = win32::decodePicture(contents);
     if (!bitmap) throw base::RuntimeError(base::ErrorNumber::InvalidPicture, std::string(path));
     return std::make_shared<win32::LoadedPicture>(std::move(*bitmap));
