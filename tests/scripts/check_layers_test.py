@@ -53,7 +53,16 @@ class Includes(unittest.TestCase):
         for header in ("QString", "windows.h", "unistd.h", "curl/curl.h", "sys/stat.h"):
             self.assertEqual(len(wrong(drive__a_cpp=f"#include <{header}>\n")[0]), 1, header)
             self.assertEqual(wrong(platform__linux__a_cpp=f"#include <{header}>\n")[0], [], header)
+        self.assertEqual(wrong(drive__a_cpp="#include <string_view>\n#include <cmath>\n")[0], [])
         self.assertEqual(len(wrong(drive__a_cpp="#ifdef _WIN32\n#endif\n")[0]), 1)
+
+    def test_nobody_includes_a_test(self):
+        for path in ("drive__a_cpp", "platform__linux__a_cpp", "tests__fake__a_cpp"):
+            self.assertEqual(len(wrong(**{path: '#include "tests/unit/main_window.h"\n'})[0]), 1, path)
+
+    def test_what_the_build_makes_is_a_backend_s(self):
+        self.assertEqual(wrong(toolkit__qt__a_cpp='#include "ui_frmMain.h"\n')[0], [])
+        self.assertEqual(len(wrong(window__a_cpp='#include "ui_frmMain.h"\n')[0]), 1)
 
 
 class Circles(unittest.TestCase):
@@ -92,7 +101,7 @@ class Table(unittest.TestCase):
 
 
 class Whole(unittest.TestCase):
-    def test_a_forbidden_include_fails_the_check(self):
+    def test_a_forbidden_include_or_a_circle_fails_the_check(self):
         with tempfile.TemporaryDirectory() as folder:
             root = Path(folder)
             (root / "docs").mkdir()
@@ -102,6 +111,10 @@ class Whole(unittest.TestCase):
             source.write_text("", encoding="utf-8")
             self.assertEqual(layers.main(root), 0)
             source.write_text('#include "app/frmMain.h"\n', encoding="utf-8")
+            self.assertEqual(layers.main(root), 1)
+            source.write_text('#include "base/b.h"\n', encoding="utf-8")
+            (root / "base/b.cpp").write_text('#include "base/a.h"\n', encoding="utf-8")
+            (root / "base/b.h").write_text("", encoding="utf-8")
             self.assertEqual(layers.main(root), 1)
 
     def test_this_repository_passes(self):
