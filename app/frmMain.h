@@ -38,6 +38,7 @@ public:
     void SetLabelCap();
 
 private:
+    void loadSetting(const std::string& key, const std::string& value);
     void connectEvents();
     /// Several sticks were found: asks which one is meant.
     void chooseAmongSticks();

@@ -14,6 +14,8 @@
 namespace {
 
 constexpr std::string_view section = "USB Tool";
+constexpr const char* settingsAdvice =
+    "Löschen Sie die Datei, oder setzen Sie den Wert auf 0, und starten Sie das Programm neu.";
 
 std::string settingsFile() {
     return platform::withBackslash(platform::settingsFolder()) + "Settings.ini";
@@ -31,17 +33,27 @@ Kind& controlOf(const toolkit::Form& window, const std::string& name) {
 
 void frmMain::LoadSettings() {
     basINI::IniReset();
-    basINI::IniReadSection(settingsFile(), section);
+    const std::string file = settingsFile();
+    basINI::IniReadSection(file, section);
     for (std::int32_t i = 0; i < basINI::IniCount(); ++i) {
         const std::string key = basINI::IniGetKey(std::to_string(i));
         const std::string value = basINI::IniGetValue(std::to_string(i));
-        const std::string prefix = key.substr(0, 3);
-        if (prefix == "chk")
-            controlOf<toolkit::CheckBox>(*this, key).setValue(platform::integer16FromText(value));
-        if (prefix == "cmb")
-            controlOf<toolkit::ComboBox>(*this, key).setListIndex(platform::integer16FromText(value));
+        try {
+            loadSetting(key, value);
+        } catch (const base::RuntimeError& error) {
+            // Whatever else its handlers came to is no fault of the file's.
+            if (error.subject() != key && error.subject() != value) throw;
+            throw base::RuntimeError(error.number(), file + ", " + key + '=' + value, settingsAdvice);
+        }
     }
     settingsLoaded_ = true;
+}
+
+void frmMain::loadSetting(const std::string& key, const std::string& value) {
+    if (key.starts_with("chk"))
+        controlOf<toolkit::CheckBox>(*this, key).setValue(platform::integer16FromText(value));
+    if (key.starts_with("cmb"))
+        controlOf<toolkit::ComboBox>(*this, key).setListIndex(platform::integer16FromText(value));
 }
 
 void frmMain::SaveSettings() {

@@ -27,18 +27,25 @@ enum class ErrorNumber {
 /// The German description that belongs to a number; UTF-8.
 const char* description(ErrorNumber number);
 
-/// Raised where the program has no recovery; caught in one place only, toolkit::dispatch().
+/// What the user can do about an error of that number; UTF-8. Never empty.
+const char* advice(ErrorNumber number);
+
+/// Raised where the program has no recovery; toolkit::dispatch() reports it, and is the end of it.
 class RuntimeError : public std::runtime_error {
 public:
     /// `subject` names what the error is about (a path, a control); empty when there is nothing to name.
-    explicit RuntimeError(ErrorNumber number, std::string subject = {});
+    /// `advice` says what the user can do about it, where more is known than the number; else that of the
+    /// number.
+    explicit RuntimeError(ErrorNumber number, std::string subject = {}, std::string advice = {});
 
     ErrorNumber number() const noexcept { return number_; }
     const std::string& subject() const noexcept { return subject_; }
+    const std::string& advice() const noexcept { return advice_; }
 
 private:
     ErrorNumber number_;
     std::string subject_;
+    std::string advice_;
 };
 
 } // namespace base

@@ -5,6 +5,8 @@
 #include "platform/program_path.h"
 #include "toolkit/picture.h"
 
+#include <optional>
+
 namespace online {
 
 using window::element;
@@ -15,32 +17,39 @@ namespace {
 
 constexpr int none = -1;
 
-[[noreturn]] void outOfRange(std::string subject = {}) {
-    throw base::RuntimeError(base::ErrorNumber::SubscriptOutOfRange, std::move(subject));
+/// Nobody but who keeps the server can mend it.
+[[noreturn]] void refuse(std::string_view where, const char* what, std::size_t index) {
+    throw base::RuntimeError(base::ErrorNumber::SubscriptOutOfRange,
+                             std::string(where) + ", " + what + ' ' + std::to_string(index + 1) + " fehlt",
+                             "Die Datei auf dem Update-Server ist fehlerhaft. Versuchen Sie es später noch "
+                             "einmal. Bleibt der Fehler, muss der Händler Ihres Receivers sie berichtigen.");
 }
 
-/// The piece with that index of a text cut at every separator.
-std::string_view pieceOf(std::string_view text, std::string_view separator, std::size_t index,
-                         const char* what) {
+/// The piece with that index of a text cut at every separator; no value when there is none.
+std::optional<std::string_view> pieceOf(std::string_view text, std::string_view separator,
+                                        std::size_t index) {
     for (; index > 0; --index) {
         const std::size_t end = text.find(separator);
-        if (end == std::string_view::npos) outOfRange(what);
+        if (end == std::string_view::npos) return std::nullopt;
         text.remove_prefix(end + separator.size());
     }
     return text.substr(0, text.find(separator));
 }
 
-void storeRow(window::Catalog& catalog, int row, std::string_view line) {
+void storeRow(window::Catalog& catalog, int row, std::string_view text) {
     const auto at = static_cast<std::size_t>(row);
-    catalog.ReceiverName[at] = fieldOf(line, 0);
-    catalog.ReceiverPicture[at] = fieldOf(line, 1);
-    catalog.FirmwareFile[at] = fieldOf(line, 2);
-    catalog.FirmwareDate[at] = fieldOf(line, 3);
-    catalog.FirmwareNote[at] = fieldOf(line, 4);
-    std::size_t field = 5;
+    const std::string_view line = GetLine(text, at, catalogFile);
+    const std::string where = std::string(catalogFile) + ", Zeile " + std::to_string(row + 1);
+    std::size_t field = 0;
+    const auto next = [&] { return fieldOf(line, field++, where); };
+    catalog.ReceiverName[at] = next();
+    catalog.ReceiverPicture[at] = next();
+    catalog.FirmwareFile[at] = next();
+    catalog.FirmwareDate[at] = next();
+    catalog.FirmwareNote[at] = next();
     for (int kind = 0; kind < settingsKinds; ++kind) {
-        catalog.SettingsFile[window::tableIndex(row, kind)] = fieldOf(line, field++);
-        catalog.SettingsDate[window::tableIndex(row, kind)] = fieldOf(line, field++);
+        catalog.SettingsFile[window::tableIndex(row, kind)] = next();
+        catalog.SettingsDate[window::tableIndex(row, kind)] = next();
     }
 }
 
@@ -85,17 +94,21 @@ void dropSettings(MainWindow& window, int kind) {
 
 } // namespace
 
-std::string_view GetLine(std::string_view text, std::size_t index) {
-    return pieceOf(text, "\r\n", index, "Zeile der Serverdatei");
+std::string_view GetLine(std::string_view text, std::size_t index, std::string_view where) {
+    const auto line = pieceOf(text, "\r\n", index);
+    if (!line) refuse(where, "Zeile", index);
+    return *line;
 }
 
-std::string fieldOf(std::string_view line, std::size_t index) {
-    return base::fromAnsi(pieceOf(line, ";", index, "Feld der Serverdatei"));
+std::string fieldOf(std::string_view line, std::size_t index, std::string_view where) {
+    const auto field = pieceOf(line, ";", index);
+    if (!field) refuse(where, "Feld", index);
+    return base::fromAnsi(*field);
 }
 
 void LoadCatalog(MainWindow& window, std::string_view text) {
     for (int row = 0; row < window::receiverCount; ++row) {
-        storeRow(window.Receivers, row, GetLine(text, static_cast<std::size_t>(row)));
+        storeRow(window.Receivers, row, text);
         if (!element(window.Receivers.FirmwareFile, row).empty()) offerReceiver(window, row);
     }
 }

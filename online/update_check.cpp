@@ -45,9 +45,10 @@ void reportNoConnection(window::MainWindow& window) {
 }
 
 void showNews(window::MainWindow& window, std::string_view text) {
-    const std::string_view line = GetLine(text, 0);
+    const std::string_view line = GetLine(text, 0, newsFile);
+    const std::string where = std::string(newsFile) + ", Zeile 1";
     for (std::size_t i = 0; i < window.lbl_news.size(); ++i)
-        window.lbl_news[i].setCaption(fieldOf(line, i));
+        window.lbl_news[i].setCaption(fieldOf(line, i, where));
 }
 
 } // namespace
@@ -60,10 +61,10 @@ void CheckForUpdates(window::MainWindow& window) {
     // A line end behind the number is a difference, too.
     if (version != window::programVersion) refuseOutdatedProgram();
 
-    const auto news = OpenTextFile(url + "usb-news.csv");
+    const auto news = OpenTextFile(url + newsFile);
     if (!news) return reportNoConnection(window);
     showNews(window, *news);
-    const auto catalog = OpenTextFile(url + "usb-list.csv");
+    const auto catalog = OpenTextFile(url + catalogFile);
     if (!catalog) return reportNoConnection(window);
     LoadCatalog(window, *catalog);
 

@@ -38,7 +38,9 @@ std::vector<std::string> splitAtNul(std::string_view text) {
 void appendLine(std::string_view line, std::string_view file) {
     const std::size_t sign = line.find('=');
     if (sign == std::string_view::npos)
-        throw base::RuntimeError(base::ErrorNumber::SubscriptOutOfRange, std::string(file));
+        throw base::RuntimeError(base::ErrorNumber::SubscriptOutOfRange, std::string(file),
+                                 "In einer Zeile der Datei fehlt \"=\". Ergänzen Sie es, oder löschen Sie "
+                                 "die Datei, und starten Sie das Programm neu.");
     const std::string_view rest = line.substr(sign + 1);
     IniKeys.add(std::string(base::trim(line.substr(0, sign))));
     IniValues.add(std::string(base::trim(rest.substr(0, rest.find('=')))));

@@ -5,6 +5,7 @@
 #include "toolkit/message_style.h"
 #include "toolkit/shown_text.h"
 
+#include <cstdio>
 #include <exception>
 #include <optional>
 #include <string>
@@ -13,17 +14,24 @@ namespace toolkit {
 
 namespace {
 
+constexpr const char* internalErrorAdvice =
+    "Starten Sie das Programm neu. Tritt der Fehler wieder auf, melden Sie ihn dem Händler Ihres Receivers.";
+
 std::optional<Ending> theEnding;
 
 void beginEnding(Ending how) {
     if (!theEnding) theEnding = how;
 }
 
+std::string whatToDo(const std::string& advice) {
+    return "\r\n\r\nWas ist zu tun:\r\n" + advice;
+}
+
 std::string report(const base::RuntimeError& error) {
     std::string text =
         "Laufzeitfehler '" + std::to_string(static_cast<int>(error.number())) + "':\r\n\r\n" + error.what();
     if (!error.subject().empty()) text += ":\r\n" + error.subject();
-    return text;
+    return text + whatToDo(error.advice());
 }
 
 /// From here on no event reaches the core any more, so nothing can happen behind the box.
@@ -45,7 +53,9 @@ void dispatch(const std::function<void()>& handler) noexcept {
     } catch (const base::RuntimeError& error) {
         endWithReport(report(error));
     } catch (const std::exception& error) {
-        endWithReport(std::string("Interner Fehler:\r\n\r\n") + error.what());
+        // What it says is for who mends the program.
+        std::fprintf(stderr, "Interner Fehler: %s\n", error.what());
+        endWithReport("Interner Fehler" + whatToDo(internalErrorAdvice));
     }
 }
 

@@ -8,7 +8,10 @@ namespace {
 
 std::size_t checked(int index, std::size_t count) {
     if (index < 0 || static_cast<std::size_t>(index) >= count)
-        throw base::RuntimeError(base::ErrorNumber::SubscriptOutOfRange);
+        throw base::RuntimeError(base::ErrorNumber::SubscriptOutOfRange, {},
+                                 "Es sind keine Angaben vom Server da. Prüfen Sie Ihren Internetanschluss, "
+                                 "starten Sie das Programm "
+                                 "neu, und warten Sie, bis \"Updates geladen.\" angezeigt wird.");
     return static_cast<std::size_t>(index);
 }
 

@@ -23,10 +23,13 @@ protected:
         event([this, text] { LoadCatalog(window(), text); });
     }
 
-    void expectOutOfRange() {
+    void expectOutOfRange(const std::string& where) {
         ASSERT_EQ(computer().messages.size(), 1U);
         EXPECT_TRUE(computer().messages[0].text.starts_with("Laufzeitfehler '9':"))
             << computer().messages[0].text;
+        EXPECT_NE(computer().messages[0].text.find(":\r\n" + where + "\r\n"), std::string::npos)
+            << computer().messages[0].text;
+        EXPECT_NE(computer().messages[0].text.find("muss der Händler"), std::string::npos);
         EXPECT_EQ(status(), 1);
     }
 
@@ -151,26 +154,26 @@ TEST_F(CatalogTest, EightLinesAreTheEnd) {
     std::string text = unit::fileOf(fullCatalog());
     text.resize(text.rfind("Receiver 8") - 2);
     loadText(text);
-    expectOutOfRange();
+    expectOutOfRange("usb-list.csv, Zeile 9 fehlt");
 }
 
 TEST_F(CatalogTest, FourteenFieldsAreTheEnd) {
     std::string text = unit::fileOf(fullCatalog());
     text.erase(text.find(";list date 3-4"), std::string(";list date 3-4").size());
     loadText(text);
-    expectOutOfRange();
+    expectOutOfRange("usb-list.csv, Zeile 4, Feld 15 fehlt");
 }
 
 TEST_F(CatalogTest, AnEmptyCatalogIsTheEnd) {
     loadText("");
-    expectOutOfRange();
+    expectOutOfRange("usb-list.csv, Zeile 1, Feld 2 fehlt");
 }
 
 TEST_F(CatalogTest, LinesEndInBothCharacters) {
     std::string text = unit::fileOf(fullCatalog());
     std::erase(text, '\r');
     loadText(text);
-    expectOutOfRange();
+    expectOutOfRange("usb-list.csv, Zeile 2 fehlt");
 }
 
 TEST_F(CatalogTest, IsInTheAnsiCodePage) {

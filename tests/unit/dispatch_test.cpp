@@ -11,6 +11,9 @@ using namespace toolkit;
 using unit::errorReport;
 using unit::MainWindow;
 
+const std::string startAgain =
+    "Starten Sie das Programm neu. Tritt der Fehler wieder auf, melden Sie ihn dem Händler Ihres Receivers.";
+
 class Dispatch : public testing::Test {
 protected:
     Dispatch() { fake::reset(); }
@@ -22,8 +25,11 @@ protected:
 TEST_F(Dispatch, AnErrorIsReportedAndEndsTheProgramWithStatusOne) {
     dispatch([] { throw base::RuntimeError(base::ErrorNumber::FileNotFound, "E:\\a"); });
     ASSERT_EQ(messages().size(), 1U);
-    EXPECT_EQ(messages()[0].text, "Laufzeitfehler '53':\r\n\r\nDatei nicht gefunden:\r\nE:\\a\r\n\r\n"
-                                  "Das Programm wird beendet.");
+    EXPECT_EQ(messages()[0].text,
+              "Laufzeitfehler '53':\r\n\r\nDatei nicht gefunden:\r\nE:\\a\r\n\r\n"
+              "Was ist zu tun:\r\nDie Datei gehört zum Programm. Installieren Sie das "
+              "Programm neu, oder entpacken Sie sein Archiv noch einmal vollständig.\r\n\r\n"
+              "Das Programm wird beendet.");
     EXPECT_EQ(messages()[0].style, Critical);
     EXPECT_EQ(messages()[0].title, "");
     EXPECT_EQ(ending().status, 1);
@@ -34,7 +40,16 @@ TEST_F(Dispatch, AnErrorIsReportedAndEndsTheProgramWithStatusOne) {
 TEST_F(Dispatch, AnErrorWithoutASubjectEndsInItsDescription) {
     dispatch([] { throw base::RuntimeError(base::ErrorNumber::Overflow); });
     ASSERT_EQ(messages().size(), 1U);
-    EXPECT_EQ(messages()[0].text, "Laufzeitfehler '6':\r\n\r\nÜberlauf\r\n\r\nDas Programm wird beendet.");
+    EXPECT_EQ(messages()[0].text, "Laufzeitfehler '6':\r\n\r\nÜberlauf\r\n\r\nWas ist zu tun:\r\n" +
+                                      startAgain + "\r\n\r\nDas Programm wird beendet.");
+}
+
+TEST_F(Dispatch, WhoRaisesAnErrorMayKnowBetterWhatHelps) {
+    dispatch([] { throw base::RuntimeError(base::ErrorNumber::Overflow, "a", "Warten Sie."); });
+    ASSERT_EQ(messages().size(), 1U);
+    EXPECT_EQ(messages()[0].text, errorReport(base::ErrorNumber::Overflow, "a", "Warten Sie."));
+    EXPECT_TRUE(messages()[0].text.ends_with("\r\n\r\nWas ist zu tun:\r\nWarten Sie.\r\n\r\n"
+                                             "Das Programm wird beendet."));
 }
 
 TEST_F(Dispatch, EveryErrorNumberHasADescription) {
@@ -56,13 +71,19 @@ TEST_F(Dispatch, EveryErrorNumberHasADescription) {
     };
     for (const auto& [number, text] : known)
         EXPECT_EQ(base::description(static_cast<base::ErrorNumber>(number)), text);
+    for (const auto& [number, text] : known)
+        EXPECT_GT(std::string(base::advice(static_cast<base::ErrorNumber>(number))).size(), 50U) << text;
     EXPECT_STREQ(base::description(static_cast<base::ErrorNumber>(1)), "Unbekannter Fehler");
 }
 
+/// Its text was written for developers, and not in German.
 TEST_F(Dispatch, AnyOtherExceptionEndsTheProgramJustSo) {
+    testing::internal::CaptureStderr();
     dispatch([] { throw std::runtime_error("broken"); });
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "Interner Fehler: broken\n");
     ASSERT_EQ(messages().size(), 1U);
-    EXPECT_EQ(messages()[0].text, "Interner Fehler:\r\n\r\nbroken\r\n\r\nDas Programm wird beendet.");
+    EXPECT_EQ(messages()[0].text, "Interner Fehler\r\n\r\nWas ist zu tun:\r\n" + startAgain +
+                                      "\r\n\r\nDas Programm wird beendet.");
     EXPECT_EQ(ending().status, 1);
 }
 

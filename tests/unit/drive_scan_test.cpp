@@ -241,7 +241,9 @@ TEST_F(UsbIni, AMalformedOneIsTheEnd) {
     click(window().cmdSearch);
     ASSERT_EQ(computer().messages.size(), 1U);
     EXPECT_EQ(computer().messages[0].text,
-              unit::errorReport(base::ErrorNumber::SubscriptOutOfRange, "D:\\USB.ini"));
+              unit::errorReport(base::ErrorNumber::SubscriptOutOfRange, "D:\\USB.ini",
+                                "In einer Zeile der Datei fehlt \"=\". Ergänzen Sie es, oder löschen Sie die "
+                                "Datei, und starten Sie das Programm neu."));
 }
 
 TEST_F(UsbIni, IsNoLongerSearchedOnceThatTook256MB) {

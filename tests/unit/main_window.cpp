@@ -33,10 +33,11 @@ std::string serverFile(const std::string& name) {
     return "http://update.orvanta.example/orvanta/download/" + name;
 }
 
-std::string errorReport(base::ErrorNumber number, const std::string& subject) {
+std::string errorReport(base::ErrorNumber number, const std::string& subject, std::string advice) {
+    if (advice.empty()) advice = base::advice(number);
     return "Laufzeitfehler '" + std::to_string(static_cast<int>(number)) + "':\r\n\r\n" +
            base::description(number) + (subject.empty() ? "" : ":\r\n" + subject) +
-           "\r\n\r\nDas Programm wird beendet.";
+           "\r\n\r\nWas ist zu tun:\r\n" + advice + "\r\n\r\nDas Programm wird beendet.";
 }
 
 int errorOf(const std::function<void()>& call) {

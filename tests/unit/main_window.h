@@ -34,7 +34,8 @@ std::string fileOf(const CatalogFields& fields);
 std::string serverFile(const std::string& name);
 
 /// Text of an error report.
-std::string errorReport(base::ErrorNumber number, const std::string& subject = {});
+/// With the advice that belongs to the number, unless another one is given.
+std::string errorReport(base::ErrorNumber number, const std::string& subject = {}, std::string advice = {});
 
 /// Number of a base::RuntimeError that the call throws; 0 when it throws none.
 int errorOf(const std::function<void()>& call);

@@ -6,6 +6,8 @@ using base::ErrorNumber;
 using unit::errorReport;
 using unit::MainWindow;
 
+using namespace std::string_literals;
+
 class Settings : public MainWindow {
 protected:
     static constexpr const char* path = "/opt/tool\\Settings.ini";
@@ -15,9 +17,12 @@ protected:
         start();
     }
 
-    void expectReport(ErrorNumber number, const std::string& subject) {
+    void
+    expectReport(ErrorNumber number, const std::string& subject,
+                 const std::string& advice = "Löschen Sie die Datei, oder setzen Sie den Wert auf 0, und "
+                                             "starten Sie das Programm neu.") {
         ASSERT_EQ(computer().messages.size(), 1U);
-        EXPECT_EQ(computer().messages[0].text, errorReport(number, subject));
+        EXPECT_EQ(computer().messages[0].text, errorReport(number, subject, advice));
         EXPECT_EQ(status(), 1);
     }
 
@@ -79,37 +84,40 @@ TEST_F(Settings, MinusOneIsAChoiceOfNoUnit) {
 
 TEST_F(Settings, AValueThatIsNoNumberIsTheEnd) {
     startWith("[USB Tool]\r\nchkAuto=yes\r\n");
-    expectReport(ErrorNumber::TypeMismatch, "yes");
+    expectReport(ErrorNumber::TypeMismatch, path + ", chkAuto=yes"s);
 }
 
 TEST_F(Settings, AnEmptyValueIsNoNumber) {
     startWith("[USB Tool]\r\nchkAuto=\r\n");
-    expectReport(ErrorNumber::TypeMismatch, "");
+    expectReport(ErrorNumber::TypeMismatch, path + ", chkAuto="s);
 }
 
 TEST_F(Settings, AValueBeyondSixteenBitsIsTheEnd) {
     startWith("[USB Tool]\r\ncmbSize=32768\r\n");
-    expectReport(ErrorNumber::Overflow, "32768");
+    expectReport(ErrorNumber::Overflow, path + ", cmbSize=32768"s);
 }
 
 TEST_F(Settings, AStateThatDoesNotExistIsTheEnd) {
     startWith("[USB Tool]\r\nchkAuto=3\r\n");
-    expectReport(ErrorNumber::InvalidProcedureCall, "chkAuto");
+    expectReport(ErrorNumber::InvalidProcedureCall, path + ", chkAuto=3"s);
 }
 
 TEST_F(Settings, AnEntryThatDoesNotExistIsTheEnd) {
     startWith("[USB Tool]\r\ncmbSize=2\r\n");
-    expectReport(ErrorNumber::InvalidProcedureCall, "cmbSize");
+    expectReport(ErrorNumber::InvalidProcedureCall, path + ", cmbSize=2"s);
 }
 
 TEST_F(Settings, AKeyThatNamesNoControlIsTheEnd) {
     startWith("[USB Tool]\r\nchkOther=1\r\n");
-    expectReport(ErrorNumber::ControlNotFound, "chkOther");
+    expectReport(ErrorNumber::ControlNotFound, path + ", chkOther=1"s);
 }
 
 TEST_F(Settings, AKeyWithoutAValueIsTheEnd) {
     startWith("[USB Tool]\r\nchkAuto\r\n");
-    expectReport(ErrorNumber::SubscriptOutOfRange, path);
+    expectReport(
+        ErrorNumber::SubscriptOutOfRange, path,
+        "In einer Zeile der Datei fehlt \"=\". Ergänzen Sie es, oder löschen Sie die Datei, und starten "
+        "Sie das Programm neu.");
 }
 
 TEST_F(Settings, ClosingWritesBothKeysInOrderAndNothingElse) {

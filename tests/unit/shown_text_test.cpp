@@ -73,6 +73,8 @@ TEST(ShownMessage, IsWhatEveryBoxGets) {
     ASSERT_EQ(fake::computer().messages.size(), 2U);
     EXPECT_EQ(fake::computer().messages[0].text, times(250, "x") + "…");
     EXPECT_EQ(fake::computer().messages[1].text, "Laufzeitfehler '53':\r\n\r\nDatei nicht gefunden:\r\n" +
-                                                     times(250, "y") + "…\r\n\r\nDas Programm wird beendet.");
+                                                     times(250, "y") + "…\r\n\r\nWas ist zu tun:\r\n" +
+                                                     base::advice(base::ErrorNumber::FileNotFound) +
+                                                     "\r\n\r\nDas Programm wird beendet.");
     fake::reset();
 }

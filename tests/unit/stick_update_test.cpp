@@ -12,6 +12,14 @@ using unit::MB;
 using unit::serverFile;
 using Texts = std::vector<std::string>;
 
+namespace {
+
+const std::string noCatalogAdvice = "Es sind keine Angaben vom Server da. Prüfen Sie Ihren "
+                                    "Internetanschluss, starten Sie das Programm neu, und "
+                                    "warten Sie, bis \"Updates geladen.\" angezeigt wird.";
+
+} // namespace
+
 class StickUpdate : public MainWindow {
 protected:
     StickUpdate() { startOnline(); }
@@ -31,9 +39,9 @@ protected:
     }
     static void free(std::uint64_t bytes) { computer().drives["D:\\"].free = bytes; }
 
-    void expectReport(ErrorNumber number, const std::string& subject) {
+    void expectReport(ErrorNumber number, const std::string& subject, const std::string& advice = {}) {
         ASSERT_FALSE(computer().messages.empty());
-        EXPECT_EQ(computer().messages.back().text, errorReport(number, subject));
+        EXPECT_EQ(computer().messages.back().text, errorReport(number, subject, advice));
         EXPECT_EQ(status(), 1);
     }
 };
@@ -283,7 +291,7 @@ TEST_F(StickUpdate, NothingIsDoneWhenTheSponsorPageCannotBeOpened) {
 TEST_F(StickUpdate, WithoutAReceiverItIsAnError) {
     window().SelectedFirmware = -1;
     update();
-    expectReport(ErrorNumber::SubscriptOutOfRange, "");
+    expectReport(ErrorNumber::SubscriptOutOfRange, "", noCatalogAdvice);
     EXPECT_EQ(computer().messages.size(), 1U) << "it is not even asked";
 }
 
@@ -299,7 +307,7 @@ TEST_F(StickUpdate, TheSpaceIsLookedAtBeforeTheReceiver) {
 TEST_F(StickUpdate, AChannelListOutOfBoundsIsAnError) {
     window().SelectedSettings = 5;
     update();
-    expectReport(ErrorNumber::SubscriptOutOfRange, "");
+    expectReport(ErrorNumber::SubscriptOutOfRange, "", noCatalogAdvice);
     EXPECT_TRUE(computer().writes.empty());
 }
 
@@ -397,6 +405,7 @@ TEST_F(StickUpdateOffline, IsOfferedWithAStickAndEndsInAnError) {
     computer().messages.clear();
     click(window().cmdChoose);
     ASSERT_EQ(computer().messages.size(), 1U);
-    EXPECT_EQ(computer().messages[0].text, errorReport(ErrorNumber::SubscriptOutOfRange));
+    EXPECT_EQ(computer().messages[0].text,
+              errorReport(ErrorNumber::SubscriptOutOfRange, {}, noCatalogAdvice));
     EXPECT_EQ(status(), 1);
 }
