@@ -6,6 +6,16 @@ from case import GIB, TITLE, WindowCase
 from side_by_side import side_by_side
 
 
+class ToolTips(WindowCase):
+    def test_what_the_settings_do(self):
+        program = self.start_loaded()
+        self.assertEqual(program.get("cmbSize")["toolTip"], "Einheit, in der die Größen angegeben werden. "
+                         "In GB verlangt das Update 5 GB freien Platz statt 5 MB.")
+        auto = program.get("chkAuto")
+        self.assertEqual(auto["toolTip"], "Bemerkt von selbst, wenn ein USB-Stick angeschlossen oder abgezogen wird.")
+        self.assertEqual(auto["accessibleDescription"], auto["toolTip"])
+
+
 class Space(WindowCase):
     REFUSAL = ("Sie benötigen mindestens 5 MB freien Speicherplatz am USB-Stick!\n"
                "Löschen Sie unbenötigte Daten und versuchen Sie es nochmal.")

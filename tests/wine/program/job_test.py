@@ -90,7 +90,10 @@ class Start(WindowsCase, shared.Start):
         program = self.start()
         self.expect(program, {"txtDT_Cap.toolTip": "Datenträgerbezeichnung, höchstens 11 Zeichen",
                               "Picture1.toolTip": "Belegter Anteil des Speicherplatzes",
-                              "cmbSize.toolTip": "Einheit, in der die Größen angegeben werden",
+                              "cmbSize.toolTip": "Einheit, in der die Größen angegeben werden. "
+                              "In GB verlangt das Update 5 GB freien Platz statt 5 MB.",
+                              "chkAuto.toolTip": "Bemerkt von selbst, wenn ein USB-Stick angeschlossen oder "
+                              "abgezogen wird.",
                               "txtOpenPath.toolTip": 'Ordner am Stick, der mit "Inhalt anzeigen" geöffnet wird'})
 
 
