@@ -43,7 +43,9 @@ void frmMain::LoadSettings() {
         } catch (const base::RuntimeError& error) {
             // Whatever else its handlers came to is no fault of the file's.
             if (error.subject() != key && error.subject() != value) throw;
-            throw base::RuntimeError(error.number(), file + ", " + key + '=' + value, settingsAdvice);
+            std::string entry = file;
+            entry.append(", ").append(key).append("=").append(value);
+            throw base::RuntimeError(error.number(), entry, settingsAdvice);
         }
     }
     settingsLoaded_ = true;
