@@ -1,6 +1,7 @@
 #include "online/server_addresses.h"
 
 #include "base/letters.h"
+#include "base/runtime_error.h"
 #include "base/text.h"
 #include "platform/file_check.h"
 #include "platform/http_address.h"
@@ -52,7 +53,8 @@ void loadServerAddresses() {
     const std::string file = platform::programPath() + "Server.ini";
     std::string lines;
     const FileResult result = platform::readProfileSection("Server", lines, file);
-    if (result != FileResult::FileNotFound) platform::check(result, file);
+    if (result != FileResult::FileNotFound)
+        platform::check(result, file, base::advice(base::ErrorNumber::FileNotFound));
     loaded() = addressesOf(lines);
 }
 

@@ -1,6 +1,6 @@
 #include "platform/file_check.h"
 
-#include <string>
+#include <utility>
 
 namespace platform {
 
@@ -9,8 +9,9 @@ base::ErrorNumber errorNumber(FileResult result) {
     return static_cast<base::ErrorNumber>(result);
 }
 
-void check(FileResult result, std::string_view subject) {
-    if (result != FileResult::Ok) throw base::RuntimeError(errorNumber(result), std::string(subject));
+void check(FileResult result, std::string_view subject, std::string advice) {
+    if (result == FileResult::Ok) return;
+    throw base::RuntimeError(errorNumber(result), std::string(subject), std::move(advice));
 }
 
 } // namespace platform

@@ -4,6 +4,7 @@
 #include "base/runtime_error.h"
 #include "platform/files.h"
 
+#include <string>
 #include <string_view>
 
 namespace platform {
@@ -11,7 +12,8 @@ namespace platform {
 /// The error that a failure is. `result` is not Ok.
 base::ErrorNumber errorNumber(FileResult result);
 
-/// Throws base::RuntimeError with that error and the subject, a path, unless the result is Ok.
-void check(FileResult result, std::string_view subject);
+/// Throws base::RuntimeError with that error and the subject, a path, unless the result is Ok. `advice` as of
+/// that error.
+void check(FileResult result, std::string_view subject, std::string advice = {});
 
 } // namespace platform

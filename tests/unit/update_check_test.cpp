@@ -268,7 +268,9 @@ TEST_F(ServerAddresses, AFileThatCannotBeReadEndsTheStart) {
     computer().fails = [](const std::string& operation) { return operation.ends_with("Server.ini"); };
     start();
     ASSERT_EQ(computer().messages.size(), 1U);
-    EXPECT_EQ(computer().messages[0].text, errorReport(base::ErrorNumber::DeviceIo, "/opt/tool\\Server.ini"));
+    EXPECT_EQ(computer().messages[0].text, errorReport(base::ErrorNumber::DeviceIo, "/opt/tool\\Server.ini",
+                                                       base::advice(base::ErrorNumber::FileNotFound)))
+        << "it is no stick that is at fault";
     EXPECT_EQ(status(), 1);
     EXPECT_EQ(program.Tray, nullptr) << "nothing has begun";
 }
