@@ -20,6 +20,7 @@
 #include <system_error>
 #include <thread>
 #include <utility>
+#include <vector>
 
 namespace platform {
 
@@ -120,8 +121,10 @@ struct Transfer {
     // The other side.
 
     std::size_t read(std::span<char> buffer);
-    /// Leaves the thread to itself, which then closes what it has open as soon as the library lets it.
-    void abandon();
+    /// Leaves the thread to itself, which then closes what it has open as soon as the library lets it. True
+    /// when it has, and has nothing left to do.
+    bool abandon();
+    bool isFinished() const;
 
     mutable std::mutex mutex;
     std::condition_variable changed;
@@ -212,12 +215,40 @@ std::size_t Transfer::take(std::span<char> buffer) {
 }
 
 /// A thread that does not hang in the library is gone in no time.
-void Transfer::abandon() {
+bool Transfer::abandon() {
     constexpr auto grace = std::chrono::seconds(1);
     std::unique_lock lock(mutex);
     const bool tooLate = std::exchange(abandoned, true);
     changed.notify_all();
     if (!tooLate) changed.wait_for(lock, grace, [this] { return finished; });
+    return finished;
+}
+
+bool Transfer::isFinished() const {
+    const std::lock_guard lock(mutex);
+    return finished;
+}
+
+/// A thread and what it works on.
+struct Worker {
+    std::shared_ptr<Transfer> transfer;
+    std::thread thread;
+};
+
+/// Threads that hang in the library. None is ever detached: the compiler's library, for which a detached
+/// thread that ends at that moment has ended twice, would give what it keeps of it to two others. The list
+/// outlives the program's statics, as its threads may.
+std::vector<Worker>& hangingWorkers() {
+    static auto* const workers = new std::vector<Worker>;
+    return *workers;
+}
+
+void joinFinishedWorkers() {
+    std::erase_if(hangingWorkers(), [](Worker& worker) {
+        if (!worker.transfer->isFinished()) return false;
+        worker.thread.join();
+        return true;
+    });
 }
 
 /// Redirects are followed here and not by the library, which would follow them to anywhere and any number of
@@ -288,40 +319,48 @@ InternetSession::InternetSession(std::string_view agent, std::int32_t accessType
 InternetSession::~InternetSession() = default;
 
 struct InternetRequest::State {
-    std::shared_ptr<Transfer> transfer;
+    Worker worker;
+    Transfer& transfer() const { return *worker.transfer; }
 };
 
 InternetRequest::InternetRequest(InternetSession& session, std::string_view url, std::uint32_t flags) {
     const std::optional<std::string> address = httpAddress(url);
     if (!address) return;
-    auto transfer = std::make_shared<Transfer>();
+    joinFinishedWorkers();
+    hangingWorkers().reserve(hangingWorkers().size() + 1); // the end of a request cannot fail
+    auto state = std::make_unique<State>();
+    state->worker.transfer = std::make_shared<Transfer>();
     try {
-        std::thread(run, transfer, session.state_->handle, *address, libraryFlags(flags)).detach();
+        state->worker.thread =
+            std::thread(run, state->worker.transfer, session.state_->handle, *address, libraryFlags(flags));
     } catch (const std::system_error&) {
         return; // the system has no thread to spare
     }
-    state_ = std::make_unique<State>();
-    state_->transfer = std::move(transfer);
+    state_ = std::move(state);
 }
 
 InternetRequest::~InternetRequest() {
-    if (state_) state_->transfer->abandon();
+    if (!state_) return;
+    if (state_->transfer().abandon())
+        state_->worker.thread.join();
+    else
+        hangingWorkers().push_back(std::move(state_->worker));
 }
 
 std::size_t InternetRequest::read(std::span<char> buffer) {
-    return state_ ? state_->transfer->read(buffer) : 0;
+    return state_ ? state_->transfer().read(buffer) : 0;
 }
 
 bool InternetRequest::complete() const {
     if (!state_) return false;
-    const std::lock_guard lock(state_->transfer->mutex);
-    return state_->transfer->whole;
+    const std::lock_guard lock(state_->transfer().mutex);
+    return state_->transfer().whole;
 }
 
 std::optional<std::uint64_t> InternetRequest::announcedLength() const {
     if (!state_) return std::nullopt;
-    const std::lock_guard lock(state_->transfer->mutex);
-    return state_->transfer->announced;
+    const std::lock_guard lock(state_->transfer().mutex);
+    return state_->transfer().announced;
 }
 
 } // namespace platform
