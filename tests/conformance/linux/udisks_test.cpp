@@ -1,25 +1,18 @@
-// The drive table over UDisks2: what it asks, mounts, unmounts and labels.
+// The drive table over UDisks2: what it asks, mounts and unmounts.
 #include "platform/device_events.h"
-#include "platform/linux/drives/disk_note.h"
-#include "platform/linux/drives/udisks_drives.h"
 #include "platform/linux/drives/volume_folder.h"
 #include "platform/volumes.h"
 
-#include "tests/conformance/linux/event_loop.h"
-#include "tests/conformance/linux/temporary_folder.h"
-#include "tests/conformance/linux/udisks_mock.h"
+#include "tests/conformance/linux/udisks_table.h"
 
 #include <gtest/gtest.h>
 
 #include <QCoreApplication>
-#include <QDBusArgument>
 #include <QProcess>
 
 #include <sys/stat.h>
 #include <sys/statvfs.h>
-#include <sys/sysmacros.h>
 
-#include <chrono>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -31,7 +24,6 @@
 using namespace conformance;
 using namespace platform;
 using linux::UdisksDrives;
-using namespace std::chrono_literals;
 
 namespace {
 
@@ -78,34 +70,6 @@ std::string rootFileSystem() {
         if (folder == "/") root = type;
     return root;
 }
-
-class UdisksTable : public testing::Test {
-protected:
-    void addStick(const QString& name, quint64 number, const QVariantMap& more = {}) {
-        mock.add(drivePath("drive_" + name), stickDrive("S" + name));
-        mock.add(blockPath(name), fileSystemBlock(name, number, "drive_" + name, more));
-    }
-    /// As the desktop does it.
-    void mountByDesktop(const QString& name) {
-        const std::filesystem::path folder = mock.mountFolder(name);
-        std::filesystem::create_directories(folder);
-        mock.change(blockPath(name), fileSystemInterface, mountedAt({QByteArray::fromStdString(folder)}));
-    }
-    bool isMounted(const QString& name) {
-        const QVariant folders = mock.property(blockPath(name), fileSystemInterface, "MountPoints");
-        return !qdbus_cast<QByteArrayList>(folders).isEmpty();
-    }
-    QStringList calls() { return mock.takeCalls(); }
-    std::thread answerMountsSoon() {
-        return std::thread([this] {
-            std::this_thread::sleep_for(50ms);
-            mock.answerMounts();
-        });
-    }
-
-    UdisksMock mock;
-    UdisksDrives drives;
-};
 
 } // namespace
 
@@ -429,312 +393,6 @@ TEST_F(UdisksTable, VolumeThatWasUnmountedElsewhereIsMountedAgain) {
     calls();
     EXPECT_TRUE(drives.folder('D'));
     EXPECT_EQ(calls(), QStringList{"Mount sdb1"});
-}
-
-TEST_F(UdisksTable, LabelOfAnUnmountedVolume) {
-    addStick("sdb1", 17);
-    EXPECT_TRUE(drives.setLabel('D', "Neu"));
-    EXPECT_EQ(calls(), QStringList{"SetLabel sdb1"});
-    EXPECT_EQ(drives.names('D')->label, "NEU");
-    EXPECT_TRUE(drives.setLabel('D', ""));
-    EXPECT_EQ(drives.names('D')->label, "");
-}
-
-TEST_F(UdisksTable, LabelOfAMountedVolume) {
-    addStick("sdb1", 17);
-    mountByDesktop("sdb1");
-    EXPECT_TRUE(drives.setLabel('D', "NEU"));
-    EXPECT_EQ(calls(), (QStringList{"Unmount sdb1", "SetLabel sdb1", "Mount sdb1"}));
-    EXPECT_TRUE(drives.settle('D'));
-    drives.release();
-    EXPECT_EQ(calls(), QStringList()) << "it is the desktop's again";
-}
-
-TEST_F(UdisksTable, LabelOfAVolumeThatTheProgramMounted) {
-    addStick("sdb1", 17);
-    ASSERT_TRUE(drives.folder('D'));
-    calls();
-    EXPECT_TRUE(drives.setLabel('D', "NEU"));
-    EXPECT_EQ(calls(), (QStringList{"Unmount sdb1", "SetLabel sdb1", "Mount sdb1"}));
-    drives.release();
-    EXPECT_EQ(calls(), QStringList{"Unmount sdb1"});
-}
-
-TEST_F(UdisksTable, LabelThatShowsLate) {
-    addStick("sdb1", 17);
-    drives.refresh();
-    mock.delayLabel(3);
-    EXPECT_TRUE(drives.setLabel('D', "late"));
-    EXPECT_EQ(drives.names('D')->label, "LATE");
-}
-
-/// A stick whose FAT file system is an image; on a loop device where the machine has one for it.
-class UdisksUmlauts : public UdisksTable {
-protected:
-    UdisksUmlauts() {
-        std::ofstream(image).close();
-        std::filesystem::resize_file(image, 1024UL * 1024);
-        EXPECT_EQ(QProcess::execute("/sbin/mkfs.fat", {"-n", "ALT", QString::fromStdString(image)}), 0);
-    }
-    ~UdisksUmlauts() override {
-        if (!device.isEmpty()) QProcess::execute("/sbin/losetup", {"-d", device});
-    }
-    /// False where that is not allowed.
-    bool addOnLoopDevice() {
-        QProcess losetup;
-        losetup.start("/sbin/losetup", {"-f", "--show", QString::fromStdString(image)});
-        if (!losetup.waitForFinished() || losetup.exitCode() != 0) return false;
-        device = losetup.readAllStandardOutput().trimmed();
-        struct stat status = {};
-        EXPECT_EQ(stat(device.toStdString().c_str(), &status), 0);
-        mock.setImage(device.toStdString());
-        addStick("sdb1", number = status.st_rdev);
-        return true;
-    }
-    std::string bytes() const {
-        std::ifstream stream(image, std::ios::binary);
-        return {std::istreambuf_iterator<char>(stream), {}};
-    }
-
-    TemporaryFolder folder;
-    std::filesystem::path image = folder.path() / "image";
-    QString device;
-    dev_t number = 0;
-};
-
-TEST_F(UdisksUmlauts, AreWrittenByTheProgram) {
-    if (!addOnLoopDevice()) GTEST_SKIP() << "needs a loop device";
-    mountByDesktop("sdb1");
-    EXPECT_TRUE(drives.setLabel('D', "Müll"));
-    EXPECT_EQ(calls(), (QStringList{"Unmount sdb1", "OpenDevice sdb1", "Mount sdb1"}));
-    EXPECT_NE(bytes().find("M\x9A"
-                           "LL       \x08"),
-              std::string::npos);
-    EXPECT_FALSE(drives.setLabel('D', "ü€")) << "a sign that DOS does not have";
-    mock.failNext("OpenDevice", "NotAuthorizedDismissed");
-    EXPECT_FALSE(drives.setLabel('D', "Öl")) << "the user did not type the password";
-    EXPECT_TRUE(isMounted("sdb1"));
-}
-
-TEST_F(UdisksUmlauts, AreNotWrittenToWhatIsNoDevice) {
-    mock.setImage(image);
-    addStick("sdb1", 17);
-    const std::string before = bytes();
-    EXPECT_FALSE(drives.setLabel('D', "Müll"));
-    EXPECT_EQ(calls(), QStringList{"OpenDevice sdb1"});
-    EXPECT_TRUE(bytes() == before);
-}
-
-TEST_F(UdisksUmlauts, AreNotWrittenToAnotherDevice) {
-    if (!addOnLoopDevice()) GTEST_SKIP() << "needs a loop device";
-    mock.change(blockPath("sdb1"), blockInterface, {{"DeviceNumber", quint64{17}}});
-    const std::string before = bytes();
-    EXPECT_FALSE(drives.setLabel('D', "Müll"));
-    EXPECT_EQ(calls(), QStringList{"OpenDevice sdb1"});
-    EXPECT_TRUE(bytes() == before);
-}
-
-TEST_F(UdisksUmlauts, AreNotWrittenToAStickThatCameWhileThePasswordWasTyped) {
-    if (!addOnLoopDevice()) GTEST_SKIP() << "needs a loop device";
-    const TemporaryFolder devices;
-    const std::filesystem::path shown =
-        devices.path() / (std::to_string(major(number)) + ':' + std::to_string(minor(number)));
-    std::filesystem::create_directory(shown);
-    const auto plugIn = [&](int sequence) { std::ofstream(shown / "diskseq") << sequence << '\n'; };
-    plugIn(1);
-    UdisksDrives table(mock.mountTable(), devices.path());
-    const std::string before = bytes();
-    mock.whileOpening([&] { plugIn(2); });
-    EXPECT_FALSE(table.setLabel('D', "Müll")) << "a copy";
-    mock.whileOpening([&] { mock.change(blockPath("sdb1"), blockInterface, {{"IdUUID", "BBBB-0002"}}); });
-    EXPECT_FALSE(table.setLabel('D', "Müll")) << "no copy";
-    EXPECT_EQ(calls(), (QStringList{"OpenDevice sdb1", "OpenDevice sdb1"}));
-    EXPECT_TRUE(bytes() == before);
-    mock.whileOpening({});
-    EXPECT_TRUE(table.setLabel('D', "Müll"));
-    EXPECT_FALSE(bytes() == before);
-}
-
-TEST_F(UdisksTable, LabelIsNotGivenToAStickThatCameInBetween) {
-    addStick("sdb1", 17);
-    ASSERT_NE(drives.identity('D'), "");
-    mock.change(blockPath("sdb1"), blockInterface, {{"IdUUID", "BBBB-0002"}});
-    EXPECT_FALSE(drives.setLabel('D', "NEU"));
-    EXPECT_EQ(calls(), QStringList());
-}
-
-TEST_F(UdisksTable, OtherFileSystemsTakeUmlautsThemselves) {
-    addStick("sdb1", 17, {{"IdType", "exfat"}, {"IdVersion", "1.0"}});
-    EXPECT_TRUE(drives.setLabel('D', "Müll"));
-    EXPECT_EQ(calls(), QStringList{"SetLabel sdb1"});
-}
-
-TEST_F(UdisksTable, LabelOfAVolumeThatIsBusyForAWhile) {
-    addStick("sdb1", 17);
-    mountByDesktop("sdb1");
-    mock.failNext("Unmount", "DeviceBusy", 10);
-    EXPECT_TRUE(drives.setLabel('D', "NEU"));
-    mock.failNext("SetLabel", "DeviceBusy", 10);
-    EXPECT_TRUE(drives.setLabel('D', "NEUER"));
-    EXPECT_EQ(drives.names('D')->label, "NEUER");
-}
-
-TEST_F(UdisksTable, LabelThatIsRefused) {
-    addStick("sdb1", 17);
-    mountByDesktop("sdb1");
-    mock.failNext("SetLabel", "Failed");
-    EXPECT_FALSE(drives.setLabel('D', "NEU"));
-    EXPECT_TRUE(isMounted("sdb1"));
-    EXPECT_EQ(drives.names('D')->label, "SDB1");
-}
-
-TEST_F(UdisksTable, LabelOfABusyVolume) {
-    addStick("sdb1", 17);
-    mountByDesktop("sdb1");
-    mock.failNext("Unmount", "DeviceBusy", 1000);
-    EXPECT_FALSE(drives.setLabel('D', "NEU"));
-    EXPECT_FALSE(calls().contains("SetLabel sdb1"));
-    EXPECT_TRUE(isMounted("sdb1"));
-}
-
-/// A stick in that port, a copy of every other one: only the kernel's number tells them apart.
-TEST_F(UdisksTable, IdentityOfCopiesThatFollowEachOther) {
-    const TemporaryFolder devices;
-    const auto plugIn = [&devices](const char* sequence) {
-        std::filesystem::create_directories(devices.path() / "0:17");
-        std::ofstream(devices.path() / "0:17" / "diskseq") << sequence << '\n';
-    };
-    UdisksDrives table("/proc/self/mounts", devices.path());
-    addStick("sdb1", 17);
-    plugIn("5");
-    table.refresh();
-    const std::string first = table.identity('D');
-    EXPECT_NE(first, "");
-    plugIn("6");
-    EXPECT_NE(table.identity('D'), first) << "also before the service has noticed";
-    plugIn("5");
-    EXPECT_EQ(table.identity('D'), first);
-}
-
-/// A disk in the place of another one, which the service takes notice of later.
-TEST_F(UdisksTable, DiskIsTheOneThatWasListedFirst) {
-    const TemporaryFolder devices;
-    std::filesystem::create_directories(devices.path() / "0:17");
-    std::ofstream(devices.path() / "0:17" / "size") << "1000\n";
-    const auto plugIn = [&devices](const char* sequence) {
-        std::ofstream(devices.path() / "0:17" / "diskseq") << sequence << '\n';
-    };
-    UdisksDrives table("/proc/self/mounts", devices.path());
-    plugIn("5");
-    mock.add(drivePath("disk"), drive("WD 1"));
-    mock.add(blockPath("sdb"), blankBlock("sdb", 17, "disk"));
-    table.refresh();
-    EXPECT_EQ(table.disk('D'), "sequence=5,size=512000,serial=WD%201");
-    plugIn("6");
-    table.refresh();
-    EXPECT_EQ(table.disk('D'), "sequence=5,size=512000,serial=WD%201");
-    mock.remove(blockPath("sdb"));
-    mock.remove(drivePath("disk"));
-    mock.add(drivePath("other"), drive("WD 1", {{"TimeDetected", quint64{1'700'000'060'000'000}}}));
-    mock.add(blockPath("sdb"), blankBlock("sdb", 17, "other"));
-    table.refresh();
-    const char letter = table.letters().at(1);
-    ASSERT_EQ(table.target(letter), "/dev/sdb");
-    EXPECT_EQ(table.disk(letter), "sequence=6,size=512000,serial=WD%201");
-    EXPECT_EQ(table.disk('C'), "");
-    EXPECT_EQ(table.disk('Z'), "");
-}
-
-/// A reader stays when its card is changed.
-TEST_F(UdisksTable, DiskOfAMediumThatCanBeChangedIsThePresentOne) {
-    const TemporaryFolder devices;
-    std::filesystem::create_directories(devices.path() / "0:17");
-    std::ofstream(devices.path() / "0:17" / "size") << "1000\n";
-    UdisksDrives table("/proc/self/mounts", devices.path());
-    addStick("sdb1", 17);
-    for (const std::string sequence : {"5", "6"}) {
-        std::ofstream(devices.path() / "0:17" / "diskseq") << sequence << '\n';
-        table.refresh();
-        EXPECT_TRUE(table.disk('D').starts_with("sequence=" + sequence + ',')) << table.disk('D');
-    }
-}
-
-TEST(DiskNote, IsThatOfTheWholeDisk) {
-    const TemporaryFolder devices;
-    std::filesystem::create_directories(devices.path() / "sdb" / "sdb1");
-    std::filesystem::create_directory_symlink("sdb", devices.path() / "8:16");
-    std::filesystem::create_directory_symlink("sdb/sdb1", devices.path() / "8:17");
-    std::ofstream(devices.path() / "sdb" / "diskseq") << "12\n";
-    std::ofstream(devices.path() / "sdb" / "size") << "2000\n";
-    std::ofstream(devices.path() / "sdb" / "sdb1" / "size") << "1000\n";
-    std::ofstream(devices.path() / "sdb" / "sdb1" / "partition") << "1\n";
-    const std::string note = "sequence=12,size=1024000,serial=";
-    EXPECT_EQ(linux::diskNote(8 * 256 + 16, "", devices.path()), note);
-    EXPECT_EQ(linux::diskNote(8 * 256 + 17, "", devices.path()), note);
-    EXPECT_EQ(linux::diskNote(8 * 256 + 17, "a,b=/%ü_Z.-9", devices.path()),
-              note + "a%2Cb%3D%2F%25%C3%BC_Z.-9");
-    EXPECT_EQ(linux::diskNote(8 * 256 + 18, "", devices.path()), "");
-    std::filesystem::remove(devices.path() / "sdb" / "diskseq");
-    EXPECT_EQ(linux::diskNote(8 * 256 + 17, "", devices.path()), "");
-}
-
-TEST_F(UdisksTable, SequenceOfAPartitionIsThatOfItsDisk) {
-    const TemporaryFolder devices;
-    std::filesystem::create_directories(devices.path() / "sdb" / "sdb1");
-    std::filesystem::create_directory_symlink("sdb", devices.path() / "8:16");
-    std::filesystem::create_directory_symlink("sdb/sdb1", devices.path() / "8:17");
-    std::ofstream(devices.path() / "sdb" / "diskseq") << "12\n";
-    EXPECT_EQ(linux::diskSequence(8 * 256 + 16, devices.path()), "12");
-    EXPECT_EQ(linux::diskSequence(8 * 256 + 17, devices.path()), "12");
-    EXPECT_EQ(linux::diskSequence(8 * 256 + 18, devices.path()), "");
-}
-
-TEST_F(UdisksTable, IdentityChangesWithWhatIsInTheDrive) {
-    addStick("sdb1", 17);
-    const std::string first = drives.identity('D');
-    mock.change(blockPath("sdb1"), blockInterface, {{"IdLabel", "NEW"}});
-    drives.refresh();
-    EXPECT_EQ(drives.identity('D'), first) << "a label is no other stick";
-    const QVariantMap changes = {
-        {"IdUUID", "BBBB-0002"}, {"DeviceNumber", quint64{18}}, {"Size", quint64{5'000'000'000}}};
-    for (auto change = changes.begin(); change != changes.end(); ++change) {
-        const std::string before = drives.identity('D');
-        mock.change(blockPath("sdb1"), blockInterface, {{change.key(), change.value()}});
-        drives.refresh();
-        EXPECT_NE(drives.identity('D'), before) << change.key().toStdString();
-    }
-    mock.change(blockPath("sdb1"), blockInterface, {{"Size", quint64{0}}});
-    drives.refresh();
-    EXPECT_EQ(drives.identity('D'), "") << "without a medium";
-    EXPECT_EQ(drives.identity('E'), "");
-    EXPECT_NE(drives.identity('C'), "");
-}
-
-TEST_F(UdisksTable, BlankDiskHasAnIdentity) {
-    mock.add(drivePath("disk"), drive("BLANK"));
-    mock.add(blockPath("sdb"), blankBlock("sdb", 16, "disk"));
-    const std::string blank = drives.identity('D');
-    EXPECT_NE(blank, "");
-    mock.remove(blockPath("sdb"));
-    mock.remove(drivePath("disk"));
-    mock.add(drivePath("other"), drive("OTHER"));
-    mock.add(blockPath("sdb"), blankBlock("sdb", 16, "other"));
-    drives.refresh();
-    ASSERT_EQ(drives.target('E'), "/dev/sdb");
-    EXPECT_NE(drives.identity('E'), blank);
-    EXPECT_EQ(drives.identity('D'), "");
-}
-
-TEST_F(UdisksTable, RootOfAVolumeIsKnownByItsDevice) {
-    addStick("sdb1", mock.mountDevice());
-    addStick("sdc1", mock.mountDevice() + 1);
-    struct stat folder = {};
-    ASSERT_EQ(stat(drives.folder('D')->c_str(), &folder), 0);
-    EXPECT_TRUE(drives.isRoot('D', folder));
-    EXPECT_FALSE(drives.isRoot('E', folder));
-    EXPECT_FALSE(drives.isRoot('F', folder));
-    ASSERT_EQ(stat("/", &folder), 0);
-    EXPECT_TRUE(drives.isRoot('C', folder));
 }
 
 TEST_F(UdisksTable, WithoutTheServiceOnlyTheSystemDrives) {
