@@ -2,6 +2,8 @@
 #pragma once
 
 #include <functional>
+#include <string>
+#include <string_view>
 
 namespace toolkit {
 
@@ -17,8 +19,30 @@ struct Unwind {};
 
 /// Runs the handler of one event. A backend hands every event to the core through this function, and no
 /// exception ever gets past it: an unhandled error is shown to the user, once, and ends the program with
-/// status 1. After the program's end events are not delivered any more.
-void dispatch(const std::function<void()>& handler) noexcept;
+/// status 1. After the program's end events are not delivered any more. While a wait paints (wait.h) the
+/// event is held, and forgotten with its owner (null: nobody's).
+void dispatch(const std::function<void()>& handler, const void* owner = nullptr) noexcept;
+
+/// Dispatches what was held, unless a wait paints again. A backend calls it from its event loop when it was
+/// asked to.
+void handleHeldEvents() noexcept;
+
+/// The same for a wish to end the program, whose handler begins the closing. A wait that paints is ended by
+/// it: the running handler is unwound first. What was held has its turn before the closing. Once that waits
+/// or is about to begin, further wishes change nothing.
+void dispatchEndWish(const std::function<void()>& handler) noexcept;
+
+/// The same for an end that does not wait: a wait that paints is over when this returns.
+void dispatchEndNow(const std::function<void()>& handler) noexcept;
+
+/// Whether the running handler has to unwind, because the end has begun or is wished.
+bool endIsDue();
+
+/// Throws Unwind when it has. For whoever would wait for something that only the user can end.
+void throwIfEndIsDue();
+
+/// How reports of errors write what they are about, which may be a path; as it stands unless this is called.
+void writeSubjectsAs(std::string (*shown)(std::string_view subject));
 
 /// Ends the program after its closing sequence: the event loops return.
 void endAfterClosing();

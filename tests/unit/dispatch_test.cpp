@@ -37,6 +37,14 @@ TEST_F(Dispatch, AnErrorIsReportedAndEndsTheProgramWithStatusOne) {
     EXPECT_EQ(fake::computer().quits, 1);
 }
 
+TEST_F(Dispatch, AReportWritesItsSubjectAsTheSystemDoes) {
+    writeSubjectsAs([](std::string_view subject) { return "[" + std::string(subject) + "]"; });
+    dispatch([] { throw base::RuntimeError(base::ErrorNumber::FileNotFound, "E:\\a"); });
+    writeSubjectsAs(nullptr);
+    ASSERT_EQ(messages().size(), 1U);
+    EXPECT_EQ(messages()[0].text, errorReport(base::ErrorNumber::FileNotFound, "[E:\\a]"));
+}
+
 TEST_F(Dispatch, AnErrorWithoutASubjectEndsInItsDescription) {
     dispatch([] { throw base::RuntimeError(base::ErrorNumber::Overflow); });
     ASSERT_EQ(messages().size(), 1U);
@@ -59,6 +67,7 @@ TEST_F(Dispatch, EveryErrorNumberHasADescription) {
         {9, "Index außerhalb des gültigen Bereichs"},
         {11, "Division durch Null"},
         {13, "Typen unverträglich"},
+        {48, "Fehler beim Laden einer DLL"},
         {53, "Datei nicht gefunden"},
         {57, "E/A-Fehler auf dem Gerät"},
         {61, "Datenträger voll"},
