@@ -32,6 +32,16 @@ int showMessage(std::string_view text, int style, std::string_view title);
 /// Handles events until none is pending, or for so long.
 void pumpEvents(std::chrono::milliseconds longest);
 
+/// Paints what is to be painted, and lets windows be moved and minimised; waits for that for so long, or
+/// until wakeUp(). Input, timers and messages of the system are not lost: they are handled where events are.
+void paintPending(std::chrono::milliseconds longest);
+
+/// Makes paintPending() return, also one that has not begun yet. The one function for every thread.
+void wakeUp();
+
+/// Has handleHeldEvents() called where events are handled next.
+void handleHeldEventsSoon();
+
 /// How late it is; it never gets earlier.
 std::chrono::steady_clock::time_point now();
 
