@@ -8,6 +8,7 @@ namespace toolkit {
 
 /// What a control tells its view to show anew.
 enum class Property {
+    Alert,
     BackColor,
     Caption,
     Drawing,

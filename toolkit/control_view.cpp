@@ -1,8 +1,15 @@
 #include "toolkit/control_view.h"
 
+#include "toolkit/held_events.h"
+
 #include <utility>
 
 namespace toolkit {
+
+/// An event that was held for it has nobody to go to.
+ControlView::~ControlView() {
+    forgetHeldEvents(this);
+}
 
 void ControlView::bind() {
     adoptDesign();

@@ -14,6 +14,9 @@ namespace toolkit {
 class ControlView : public View {
 public:
     explicit ControlView(Control& control) : control_(&control) {}
+    ControlView(const ControlView&) = delete;
+    ControlView& operator=(const ControlView&) = delete;
+    ~ControlView() override;
 
     /// Takes over what only the layout knows, connects the control and shows all of it.
     void bind();

@@ -70,6 +70,7 @@ void Form::show(Form* owner) {
 }
 
 void Form::showModal(Form& owner) {
+    throwIfEndIsDue();
     load();
     // The load may have closed the window again.
     if (!loaded()) return;
@@ -92,8 +93,11 @@ void Form::closeRequested() {
 
 void Form::unload() {
     if (!loaded() || unloading_) return;
+    if (onQueryUnload) {
+        const ScopedFlag unloading(unloading_); // one that is unwound can begin anew
+        onQueryUnload();
+    }
     unloading_ = true;
-    if (onQueryUnload) onQueryUnload();
     // The view itself stays until the form is loaded again or goes: unload() may have been called from inside
     // of it.
     view_->close();

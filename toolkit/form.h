@@ -29,6 +29,8 @@ public:
     /// Brings the window back from an icon, at its normal size, in front.
     virtual void restore() = 0;
     virtual WindowHandle handle() const = 0;
+    /// Whether the user works with this window, or with another one or a box of the program.
+    virtual bool isProgramActive() const = 0;
 };
 
 /// A window: a list of named controls, a title and an icon.
@@ -83,6 +85,10 @@ public:
 
     /// Handle of the loaded window, else 0.
     WindowHandle handle() const { return loaded() ? view_->handle() : 0; }
+
+    /// Whether the user works with this window, or with another one or a box of the program; false for one
+    /// that is not loaded.
+    bool isProgramActive() const { return loaded() && view_->isProgramActive(); }
 
     /// The user, or the desktop, asked to close the window. Does nothing while an earlier request is
     /// answered.

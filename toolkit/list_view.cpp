@@ -18,6 +18,7 @@ void ListView::setColumnWidth(std::size_t column, std::int32_t width) {
 
 std::size_t ListView::addItem(std::string text) {
     items_.push_back({std::move(text)});
+    toolTips_.emplace_back();
     notify(Property::Items);
     return items_.size() - 1;
 }
@@ -27,6 +28,11 @@ void ListView::setSubItem(std::size_t item, std::size_t column, const std::strin
         throw base::RuntimeError(base::ErrorNumber::SubscriptOutOfRange, name());
     if (items_[item].size() <= column) items_[item].resize(column + 1);
     assign(items_[item][column], text, Property::Items);
+}
+
+void ListView::setItemToolTip(std::size_t item, std::string_view text) {
+    if (item >= items_.size()) throw base::RuntimeError(base::ErrorNumber::SubscriptOutOfRange, name());
+    assign(toolTips_[item], text, Property::Items);
 }
 
 void ListView::click(std::size_t item) {

@@ -57,6 +57,11 @@ public:
     /// is none.
     void setSubItem(std::size_t item, std::size_t column, const std::string& text);
 
+    /// What the tool tip of a row says; nothing at first. Throws base::RuntimeError (SubscriptOutOfRange)
+    /// when there is no such row.
+    void setItemToolTip(std::size_t item, std::string_view text);
+    const std::string& itemToolTip(std::size_t item) const { return toolTips_.at(item); }
+
     /// Row that is marked; none at first.
     std::int32_t selected() const noexcept { return selected_; }
     void setSelected(std::int32_t item) { assign(selected_, item, Property::ListIndex); }
@@ -80,6 +85,7 @@ private:
 
     std::vector<Column> columns_;
     std::vector<Item> items_;
+    std::vector<std::string> toolTips_; ///< one for each row
     std::uint32_t headerStyle_ = visibleChild | HeaderButtons;
     std::int32_t selected_ = -1;
     std::int16_t listView_ = Icons;

@@ -90,6 +90,17 @@ TEST_F(FormLife, ModalDoesNotOpenWhatItsLoadClosed) {
     EXPECT_EQ(windows(), Texts{"close Other"});
 }
 
+TEST_F(FormLife, AClosingThatIsUnwoundCanBeginAnew) {
+    form.show();
+    form.onQueryUnload = [this] {
+        events.push_back("query");
+        if (events.size() == 2) throw Unwind{};
+    };
+    EXPECT_THROW(form.closeRequested(), Unwind);
+    form.closeRequested();
+    EXPECT_EQ(events, (Texts{"load", "query", "query", "unload"}));
+}
+
 TEST_F(FormLife, ModalUnwindsWhenTheProgramEnds) {
     fake::computer().onModal = [](Form&) { endAfterClosing(); };
     EXPECT_THROW(form.showModal(owner), Unwind);
