@@ -7,6 +7,7 @@
 namespace toolkit {
 
 int messageBox(std::string_view text, int style, std::string_view title) {
+    throwIfEndIsDue();
     const int answer = backend::showMessage(shownMessage(text), style, title);
     throwIfEnding();
     return answer;

@@ -29,6 +29,25 @@ std::string_view shownText(std::string_view text, std::size_t characters) {
     return text.substr(0, end);
 }
 
+std::string shownEnd(std::string_view text, std::size_t head,
+                     const std::function<bool(const std::string&)>& fits) {
+    constexpr std::size_t longest = 1000; // bytes; more than that has no room anywhere
+    const auto withEnd = [&](std::size_t length) {
+        while (length > 0 && !startsCharacter(text[text.size() - length]))
+            --length;
+        return std::string(text.substr(0, head)) + std::string(dots) +
+               std::string(text.substr(text.size() - length));
+    };
+    if (text.size() <= longest && fits(std::string(text))) return std::string(text);
+    std::size_t shown = 0;
+    std::size_t tooLong = std::min(text.size() - std::min(head, text.size()), longest) + 1;
+    while (shown + 1 < tooLong) {
+        const std::size_t middle = (shown + tooLong) / 2;
+        (fits(withEnd(middle)) ? shown : tooLong) = middle;
+    }
+    return withEnd(shown);
+}
+
 std::string shownTip(std::string_view text) {
     return marked(text, longestShownTip);
 }

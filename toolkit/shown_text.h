@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <string>
 #include <string_view>
 
@@ -16,6 +17,11 @@ constexpr std::size_t longestMessageLine = 250;
 
 /// The first characters of a UTF-8 text, none of them cut in two.
 std::string_view shownText(std::string_view text, std::size_t characters = longestShownText);
+
+/// The first `head` bytes of a text, dots, and as much of its end as fits; all of a text that does. `fits` is
+/// asked of several texts. What does not fit without an end is cut at the right by who shows it.
+std::string shownEnd(std::string_view text, std::size_t head,
+                     const std::function<bool(const std::string&)>& fits);
 
 /// A text for a tool tip; dots show that it is cut.
 std::string shownTip(std::string_view text);

@@ -12,13 +12,24 @@ public:
     using Control::Control;
 
     const std::string& text() const noexcept { return text_; }
-    void setText(std::string_view text) { assign(text_, text, Property::Text); }
+    void setText(std::string_view text) { setText(text, 0); }
+
+    /// A text that grows at its end: where it has no room, its first `head` bytes and its end are shown.
+    void setGrowingText(std::string_view text, std::size_t head) { setText(text, head); }
+    /// What of the text stays in front of its end; 0 for a text that is cut at its end.
+    std::size_t head() const noexcept { return head_; }
 
     const base::Picture& picture() const noexcept { return picture_; }
     void setPicture(const base::Picture& picture) { assign(picture_, picture, Property::Picture); }
 
 private:
+    void setText(std::string_view text, std::size_t head) {
+        head_ = head; // no other head comes with the same text
+        assign(text_, text, Property::Text);
+    }
+
     std::string text_;
+    std::size_t head_ = 0;
     base::Picture picture_;
 };
 

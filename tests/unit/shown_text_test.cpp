@@ -78,3 +78,26 @@ TEST(ShownMessage, IsWhatEveryBoxGets) {
                                                      "\r\n\r\nDas Programm wird beendet.");
     fake::reset();
 }
+
+TEST(ShownEnd, IsAllOfATextThatFits) {
+    EXPECT_EQ(shownEnd("abc...", 3, [](const std::string&) { return true; }), "abc...");
+    EXPECT_EQ(shownEnd("", 3, [](const std::string&) { return true; }), "");
+}
+
+TEST(ShownEnd, KeepsHeadAndEnd) {
+    for (std::size_t room = 8; room < 20; ++room) {
+        const auto fits = [room](const std::string& text) { return text.size() <= room; };
+        const std::string shown = shownEnd("head" + times(5000, "x") + "end", 4, fits);
+        EXPECT_EQ(shown, "head…" + std::string("xxxxxxxxxxxxend").substr(15 - (room - 7)));
+    }
+}
+
+TEST(ShownEnd, CutsNoCharacter) {
+    const auto fits = [](const std::string& text) { return text.size() <= 8; };
+    EXPECT_EQ(shownEnd("aßßßßß", 1, fits), "a…ßß");
+}
+
+TEST(ShownEnd, HasNoEndWhereThereIsNoRoomForOne) {
+    EXPECT_EQ(shownEnd("headend", 4, [](const std::string&) { return false; }), "head…");
+    EXPECT_EQ(shownEnd("he", 4, [](const std::string&) { return false; }), "he…");
+}

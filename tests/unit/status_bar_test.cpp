@@ -21,6 +21,15 @@ TEST(StatusBarPanels, AreNumberedFromOne) {
     EXPECT_EQ(view.shown, (std::vector{Property::Text, Property::Picture}));
 }
 
+TEST(StatusBarPanels, ATextGrowsUntilItIsAnother) {
+    StatusBar bar("StatusBar1");
+    bar.panel(2).setGrowingText("Firmware-Update ...", 16);
+    EXPECT_EQ(bar.panel(2).text(), "Firmware-Update ...");
+    EXPECT_EQ(bar.panel(2).head(), 16U);
+    bar.panel(2).setText("Update abgeschlossen");
+    EXPECT_EQ(bar.panel(2).head(), 0U);
+}
+
 TEST(ImagePicture, IsToldToTheViewWhenItIsAnother) {
     Image image("img");
     RecordingView view;
