@@ -19,16 +19,20 @@ constexpr const char* startAgain =
 constexpr const char* installAgain =
     "Die Datei gehört zum Programm. Installieren Sie das Programm neu, oder entpacken Sie sein Archiv noch "
     "einmal vollständig.";
+constexpr const char* installPicturesAgain =
+    "Das Bild gehört zum Programm. Installieren Sie das Programm neu, oder entpacken Sie sein Archiv noch "
+    "einmal vollständig. Tritt der Fehler wieder auf, melden Sie ihn dem Händler Ihres Receivers.";
 constexpr const char* plugInAgain =
     "Der Stick wurde abgezogen, ausgetauscht oder antwortet nicht. Schließen Sie ihn an, starten Sie das "
     "Programm neu, und wiederholen Sie das Update.";
 
-constexpr std::array<Error, 14> errors = {{
+constexpr std::array<Error, 15> errors = {{
     {ErrorNumber::InvalidProcedureCall, "Ungültiger Prozeduraufruf oder ungültiges Argument", startAgain},
     {ErrorNumber::Overflow, "Überlauf", startAgain},
     {ErrorNumber::SubscriptOutOfRange, "Index außerhalb des gültigen Bereichs", startAgain},
     {ErrorNumber::DivisionByZero, "Division durch Null", startAgain},
     {ErrorNumber::TypeMismatch, "Typen unverträglich", startAgain},
+    {ErrorNumber::LibraryNotLoaded, "Fehler beim Laden einer DLL", installAgain},
     {ErrorNumber::FileNotFound, "Datei nicht gefunden", installAgain},
     {ErrorNumber::DeviceIo, "E/A-Fehler auf dem Gerät",
      "Der Stick hat nicht alles angenommen. Wiederholen Sie das Update, und nehmen Sie einen anderen Stick, "
@@ -43,8 +47,11 @@ constexpr std::array<Error, 14> errors = {{
     {ErrorNumber::PathFileAccess, "Fehler beim Zugriff auf Pfad/Datei",
      "Die Datei kann unter diesem Namen nicht angelegt werden. Ist dort ein Ordner gleichen Namens, benennen "
      "Sie ihn um; sonst melden Sie den Namen dem Händler Ihres Receivers."},
-    {ErrorNumber::PathNotFound, "Pfad nicht gefunden", plugInAgain},
-    {ErrorNumber::InvalidPicture, "Ungültiges Bild", installAgain},
+    {ErrorNumber::PathNotFound, "Pfad nicht gefunden",
+     "Unter diesem Namen kann es keine Datei geben, oder der Stick wurde abgezogen. Schließen Sie ihn an, "
+     "starten Sie das Programm neu, und wiederholen Sie das Update. Tritt der Fehler wieder auf, melden Sie "
+     "den Namen dem Händler Ihres Receivers."},
+    {ErrorNumber::InvalidPicture, "Ungültiges Bild", installPicturesAgain},
     {ErrorNumber::ControlNotFound, "Steuerelement nicht gefunden", startAgain},
 }};
 

@@ -13,6 +13,7 @@ enum class ErrorNumber {
     SubscriptOutOfRange = 9,
     DivisionByZero = 11,
     TypeMismatch = 13,
+    LibraryNotLoaded = 48,
     FileNotFound = 53,
     DeviceIo = 57,
     DiskFull = 61,
