@@ -50,6 +50,20 @@ bool diskFreeSpace(std::string_view root, DiskFreeSpace& space);
 /// https://learn.microsoft.com/windows/win32/api/fileapi/nf-fileapi-getvolumeinformationa
 bool volumeInformation(std::string_view root, std::span<char> label, std::span<char> fileSystem);
 
+/// What a person knows a disk by. Texts are UTF-8, as the disk has them.
+struct DiskDescription {
+    std::string maker; ///< empty where the system does not know, as the next
+    std::string model;
+    std::uint64_t size = 0; ///< bytes; 0 without a medium
+    std::string label;      ///< of the volume; empty for none
+};
+
+/// Describes the disk with that root as it was listed last; a file system is neither needed nor mounted for
+/// it. Windows: `IOCTL_STORAGE_QUERY_PROPERTY`, `GetDiskFreeSpaceExA`, for a disk without a file system
+/// `IOCTL_DISK_GET_DRIVE_GEOMETRY`, and `GetVolumeInformationA`,
+/// https://learn.microsoft.com/windows/win32/api/winioctl/ni-winioctl-ioctl_storage_query_property
+DiskDescription diskDescription(std::string_view root);
+
 /// Gives the volume another label, or none; `drive` is what the root has to lead to, and any drive when it is
 /// empty. Windows: `SetVolumeLabelA`,
 /// https://learn.microsoft.com/windows/win32/api/winbase/nf-winbase-setvolumelabela

@@ -77,6 +77,10 @@ bool volumeInformation(std::string_view root, std::span<char> label, std::span<c
     return true;
 }
 
+DiskDescription diskDescription(std::string_view root) {
+    return linux::driveSource().describe(linux::driveLetter(root));
+}
+
 bool setVolumeLabel(std::string_view root, std::string_view label, const DriveIdentity& drive) {
     if (drive && driveIdentity(root) != drive) return false;
     return linux::driveSource().setLabel(linux::driveLetter(root), label);

@@ -42,6 +42,21 @@ Answer driveStrings(std::size_t size) {
 
 } // namespace
 
+TEST(Volumes, ADiskIsDescribedByItsSizeAndLabel) {
+    Drives drives;
+    drives.add('E', DriveFixed);
+    logicalDriveStrings({});
+    ASSERT_TRUE(setVolumeLabel(R"(E:\)", "BACKUP"));
+    drives.readAgain('E');
+    DiskFreeSpace space;
+    ASSERT_TRUE(diskFreeSpace(R"(E:\)", space));
+    const DiskDescription disk = diskDescription("E:\\\0"s);
+    EXPECT_EQ(disk.size, number(space.total));
+    EXPECT_EQ(disk.label, "BACKUP");
+    EXPECT_EQ(diskDescription(R"(X:\)").size, 0U);
+    EXPECT_EQ(diskDescription("").size, 0U);
+}
+
 TEST(Volumes, RootsInTheOrderOfTheirLetters) {
     Drives drives;
     drives.add('G', DriveRemovable);

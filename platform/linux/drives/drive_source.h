@@ -55,12 +55,17 @@ public:
     /// Tells the drive's volume from every other one, see drive_identity.h; empty without a medium. It is as
     /// true as the list is new.
     virtual std::string identity(char letter) = 0;
+    /// Whether the kernel says that the volume is on the very disk that it was on when the list was made;
+    /// false when that cannot be told.
+    virtual bool isOnListedDisk(char /*letter*/) { return false; }
     /// Whether an open folder, of which these are the facts, is the root of the volume that has that letter.
     virtual bool isRoot(char letter, const struct stat& folder) = 0;
     /// Folder of the drive's root; mounts it when need be.
     virtual std::optional<std::string> folder(char letter) = 0;
     virtual std::optional<VolumeSpace> space(char letter) = 0;
     virtual std::optional<VolumeNames> names(char letter) = 0;
+    /// Mounts nothing.
+    virtual DiskDescription describe(char letter) = 0;
     virtual bool setLabel(char letter, std::string_view label) = 0;
     virtual bool settle(char letter) = 0;
     /// Unmounts what was mounted by folder().

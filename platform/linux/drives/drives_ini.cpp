@@ -214,6 +214,13 @@ std::optional<VolumeNames> IniDrives::names(char letter) {
     return find(letter)->names;
 }
 
+/// The file does not tell who made a disk.
+DiskDescription IniDrives::describe(char letter) {
+    const auto measured = space(letter);
+    const auto known = names(letter);
+    return {{}, {}, measured ? measured->total : 0, known ? known->label : std::string()};
+}
+
 bool IniDrives::setLabel(char letter, std::string_view label) {
     if (!folder(letter)) return false;
     const std::string section = {letter, ':'};

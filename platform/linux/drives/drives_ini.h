@@ -55,6 +55,7 @@ public:
     std::optional<std::string> folder(char letter) override;
     std::optional<VolumeSpace> space(char letter) override;
     std::optional<VolumeNames> names(char letter) override;
+    DiskDescription describe(char letter) override;
     bool setLabel(char letter, std::string_view label) override;
     bool settle(char letter) override;
     void release() override {}

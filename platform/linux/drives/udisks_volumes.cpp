@@ -121,6 +121,8 @@ UdisksVolume volumeOf(const Objects& objects, const QString& object, const Inter
     volume.device = bytesToPath(qdbus_cast<QByteArray>(block.value("Device")));
     volume.deviceNumber = block.value("DeviceNumber").toULongLong();
     volume.size = block.value("Size").toULongLong();
+    volume.maker = drive.value("Vendor").toString().toStdString();
+    volume.model = drive.value("Model").toString().toStdString();
     volume.driveSerial = drive.value("Serial").toString();
     volume.driveDetected = drive.value("TimeDetected").toLongLong();
     volume.uuid = block.value("IdUUID").toString();

@@ -20,6 +20,8 @@ struct UdisksVolume {
     std::string device;     ///< node: "/dev/sdb1"
     std::uint64_t deviceNumber = 0;
     std::uint64_t size = 0; ///< bytes; 0 without a medium
+    std::string maker;      ///< of the disk, as the next
+    std::string model;
     QString driveSerial;
     std::int64_t driveDetected = 0; ///< µs since 1970
     QString uuid;                   ///< of the file system

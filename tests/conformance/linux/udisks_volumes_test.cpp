@@ -61,6 +61,13 @@ TEST(UdisksVolumes, StickAndItsFacts) {
     EXPECT_EQ(volumes[0].folders, std::vector<std::string>{"/media/me/ORVANTA"});
 }
 
+TEST(UdisksVolumes, MakerAndModelAreTheDrives) {
+    const Objects objects = {{drivePath("d"), drive("S1", {{"Vendor", "WD"}, {"Model", "Elements 25A2"}})},
+                             {blockPath("sdb"), blankBlock("sdb", 16, "d")}};
+    EXPECT_EQ(udisksVolumes(objects).at(0).maker, "WD");
+    EXPECT_EQ(udisksVolumes(objects).at(0).model, "Elements 25A2");
+}
+
 TEST(UdisksVolumes, TypeFollowsTheMedium) {
     EXPECT_EQ(typeOn(stickDrive("S")), DriveRemovable);
     EXPECT_EQ(typeOn(drive("usb disk", {{"Removable", true}})), DriveFixed);
