@@ -32,8 +32,10 @@ std::intptr_t callWindowProcedure(WindowProcedure previous, std::intptr_t window
 std::intptr_t sendWindowMessage(std::intptr_t window, std::uint32_t message, std::uintptr_t wParam,
                                 std::intptr_t lParam);
 
-/// What a message about a device is handed to, to be called from the event loop on the user-interface thread;
-/// without one it is called as it is. Whatever a window's procedure throws has to be caught there.
+/// What a message about a device is handed to, to be called from the event loop on the user-interface thread,
+/// at once or later; without one it is called as it is. Whatever a window's procedure throws has to be caught
+/// there. A look at the drives that may find something to tell is handed to it as well, and the message then
+/// comes inside of it.
 using DeviceEventDelivery = std::function<void(const std::function<void()>& message)>;
 void setDeviceEventDelivery(DeviceEventDelivery delivery);
 

@@ -55,8 +55,14 @@ FileResult writeWholeFile(std::string_view path, std::string_view contents, cons
 
 /// Copies a file over the target if there is one, whatever attributes that has, and brings it onto the medium
 /// before it returns. The copy gets the source's attributes but the read-only one, which would keep the next
-/// copy from its place. A file is not copied onto itself (PermissionDenied).
-FileResult copyFile(std::string_view source, std::string_view target, const DriveIdentity& drive = {});
+/// copy from its place. A file is not copied onto itself (PermissionDenied). A target that is such a copy
+/// already, as its medium has it, may be left alone, to spare the medium: `untouched` then becomes true.
+FileResult copyFile(std::string_view source, std::string_view target, const DriveIdentity& drive = {},
+                    bool* untouched = nullptr);
+
+/// Reads the file back from its medium, past what the system remembers of it, and compares it: DeviceIo when
+/// the medium holds anything else. Windows: `CreateFileA` with FILE_FLAG_NO_BUFFERING.
+FileResult compareFile(std::string_view path, std::string_view contents, const DriveIdentity& drive = {});
 
 /// Windows: `DeleteFileA`.
 FileResult deleteFile(std::string_view path);

@@ -5,6 +5,7 @@
 // and nobody logs in by itself.
 #pragma once
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -57,6 +58,14 @@ public:
     /// nothing ends a file by closing the connection; and one that is cut in the middle of a chunk is told
     /// from a whole one on Linux only.
     bool complete() const;
+
+    /// How long nothing has come, and how long it will still be waited for if nothing does. No value when
+    /// nobody waits: outside of read().
+    struct Silence {
+        std::chrono::milliseconds lasted;
+        std::chrono::milliseconds left;
+    };
+    std::optional<Silence> silence() const;
 
     /// Length in bytes that the server announced; no value when it did not, or before the first read().
     /// Whether so much comes is another matter. Windows: `HttpQueryInfoA`, HTTP_QUERY_CONTENT_LENGTH.

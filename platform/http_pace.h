@@ -27,6 +27,8 @@ public:
     /// So many bytes of the file have come; 0 for something else that shows the server is alive.
     void arrived(std::size_t bytes, Time now);
 
+    /// Of life; of no meaning while suspended.
+    Time lastSign() const { return lastSign_; }
     /// When the waiting ends unless something comes before. Of no meaning while suspended.
     Time deadline() const;
 
@@ -34,7 +36,7 @@ private:
     HttpTimeouts timeouts_;
     bool suspended_ = true;
     Time suspendedAt_;
-    Time lastSign_;         ///< of life
+    Time lastSign_;
     Time begin_;            ///< of the time in which the least bytes have to come
     std::size_t bytes_ = 0; ///< since then
 };
