@@ -1,21 +1,27 @@
 #include "platform/linux/drives/udisks.h"
 
+#include "platform/blocking.h"
+#include "platform/linux/base/bus_call.h"
+
 #include <QDBusArgument>
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusUnixFileDescriptor>
 
+#include <chrono>
 #include <fcntl.h>
 
 namespace platform::linux::udisks {
 
 namespace {
 
+using namespace std::chrono_literals;
+
 constexpr const char* blockInterface = "org.freedesktop.UDisks2.Block";
 constexpr const char* fileSystemInterface = "org.freedesktop.UDisks2.Filesystem";
 
 // As long as the bus waits for a service that it starts.
-constexpr int timeout = 25'000; // ms
+constexpr auto timeout = 25s;
 
 QDBusMessage request(const QString& object, const char* method) {
     return QDBusMessage::createMethodCall(service, object, fileSystemInterface, method);
@@ -28,7 +34,7 @@ QVariantMap quietly() {
 }
 
 QDBusMessage answerTo(const QDBusMessage& message) {
-    return QDBusConnection::systemBus().call(message, QDBus::Block, timeout);
+    return callBus(QDBusConnection::systemBus(), message, timeout);
 }
 
 Outcome outcomeOf(const QDBusMessage& answer) {
@@ -58,11 +64,12 @@ Everything managedObjects() {
 QDBusPendingCall startMount(const QString& object) {
     QDBusMessage message = request(object, "Mount");
     message << quietly();
-    return QDBusConnection::systemBus().asyncCall(message, timeout);
+    return QDBusConnection::systemBus().asyncCall(
+        message, static_cast<int>(std::chrono::milliseconds(timeout).count()));
 }
 
 MountAnswer mountAnswer(QDBusPendingCall& asked) {
-    asked.waitForFinished();
+    blocking([asked]() mutable { asked.waitForFinished(); });
     const QDBusMessage answer = asked.reply();
     const Outcome outcome = outcomeOf(answer);
     if (outcome != Outcome::Done) return {outcome, {}};
@@ -82,12 +89,12 @@ Outcome setLabel(const QString& object, const QString& label) {
 }
 
 OpenedDevice openDevice(const QString& object) {
-    constexpr int timeToAnswer = 120'000; // ms: somebody types a password
+    constexpr auto timeToAnswer = 120s; // somebody types a password
     QDBusMessage message = QDBusMessage::createMethodCall(service, object, blockInterface, "OpenDevice");
     message << "rw"
             << QVariantMap{{"flags", O_EXCL}}; // the kernel's word that nobody has mounted it meanwhile
     message.setInteractiveAuthorizationAllowed(true);
-    const QDBusMessage answer = QDBusConnection::systemBus().call(message, QDBus::Block, timeToAnswer);
+    const QDBusMessage answer = callBus(QDBusConnection::systemBus(), message, timeToAnswer);
     const Outcome outcome = outcomeOf(answer);
     const auto device = answer.arguments().value(0).value<QDBusUnixFileDescriptor>();
     if (outcome != Outcome::Done || !device.isValid())
