@@ -1,12 +1,12 @@
 // Downloads by libcurl's multi interface: nothing moves but inside read(), and little is read ahead.
 // https://curl.se/libcurl/c/libcurl-multi.html
 #include "platform/http.h"
-#include "base/letters.h"
 
+#include "base/letters.h"
+#include "platform/blocking.h"
 #include "platform/http_address.h"
 #include "platform/http_pace.h"
-
-#include <curl/curl.h>
+#include "platform/linux/base/libcurl.h"
 
 #include <algorithm>
 #include <chrono>
@@ -21,8 +21,8 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-constexpr long receiveBufferSize = 512L * 1024;   // few calls a megabyte
-constexpr std::size_t readAhead = 1024UL * 1024;  // a fast server fills many times curl's buffer in one go
+constexpr long receiveBufferSize = 128L * 1024; // few calls a megabyte, and it stays in the processor's cache
+constexpr std::size_t readAhead = 128UL * 1024; // a fast server fills many times curl's buffer in one go
 constexpr std::size_t largestHead = 256UL * 1024; // all headers of a request, its redirects included
 constexpr long maxRedirects = 10;
 constexpr const char* allowedProtocols = "http,https";
@@ -50,6 +50,50 @@ private:
     struct sigaction previous_ = {};
 };
 
+/// What libcurl gave. Whoever waits for it in another thread has a share of it.
+struct Handles {
+    Handles() {
+        static const CURLcode started = curl_global_init(CURL_GLOBAL_DEFAULT);
+        if (started != CURLE_OK) return;
+        multi = curl_multi_init();
+        easy = curl_easy_init();
+    }
+    Handles(const Handles&) = delete;
+    Handles& operator=(const Handles&) = delete;
+    ~Handles() {
+        const BrokenPipeIgnored guard;
+        curl_multi_remove_handle(multi, easy);
+        curl_easy_cleanup(easy);
+        curl_multi_cleanup(multi);
+    }
+
+    CURLM* multi = nullptr; // of its own: one request's reading moves no other
+    CURL* easy = nullptr;
+    std::unique_ptr<curl_slist, ListDeleter> headers;
+    Clock::time_point handedOver; ///< when a wait last went to another thread
+};
+
+/// Waits until there is something to do; false when that cannot be waited for.
+bool poll(const std::shared_ptr<Handles>& handles, std::chrono::milliseconds longest) {
+    const auto look = [handles](std::chrono::milliseconds time, int& ready) {
+        return curl_multi_poll(handles->multi, nullptr, 0, static_cast<int>(time.count()), &ready) ==
+               CURLM_OK;
+    };
+    // Waiting in another thread lets the window live, and costs two changes of threads. So short waits are
+    // done here, but not one after the other without end.
+    const bool windowIsDue = Clock::now() - handles->handedOver >= std::chrono::milliseconds(50);
+    const auto here = std::chrono::milliseconds(windowIsDue ? 1 : 10);
+    int ready = 0;
+    if (!look(std::min(here, longest), ready)) return false;
+    if (ready > 0 || longest <= here) return true;
+    const bool looked = blocking([look, longest] {
+        int ignored = 0;
+        return look(longest, ignored);
+    });
+    handles->handedOver = Clock::now();
+    return looked;
+}
+
 } // namespace
 
 struct InternetSession::State {
@@ -66,10 +110,9 @@ InternetSession::InternetSession(std::string_view agent, std::int32_t accessType
 InternetSession::~InternetSession() = default;
 
 struct InternetRequest::State {
-    State();
+    State() = default;
     State(const State&) = delete;
     State& operator=(const State&) = delete;
-    ~State();
 
     void configure(const std::string& address, const std::string& agent, bool systemProxy);
     void forgetCaches();
@@ -78,9 +121,9 @@ struct InternetRequest::State {
     void fill(std::size_t wanted);
     std::size_t take(std::span<char> buffer);
 
-    CURLM* multi = nullptr; // of its own: one request's reading moves no other
-    CURL* easy = nullptr;
-    std::unique_ptr<curl_slist, ListDeleter> headers;
+    const std::shared_ptr<Handles> handles = std::make_shared<Handles>();
+    CURLM* const multi = handles->multi;
+    CURL* const easy = handles->easy;
     HttpTimeouts timeouts = httpTimeouts();
     HttpPace pace{timeouts, Clock::now()};
     std::string received;
@@ -90,11 +133,14 @@ struct InternetRequest::State {
     bool ended = false;
     bool whole = false;
     bool connecting = true;
+    Clock::time_point connectingSince = Clock::now();
+    bool waitedFor = false;
     std::size_t headBytes = 0;
     bool leadsOn = false; ///< the headers are those of a redirect to somewhere
 
 private:
     std::size_t available() const { return received.size() - handedOut; }
+    void connects();
     void resume();
     void step();
     void wait();
@@ -108,20 +154,6 @@ private:
     static int onConnected(void* request, char* remote, char* local, int remotePort, int localPort);
 };
 
-InternetRequest::State::State() {
-    static const CURLcode started = curl_global_init(CURL_GLOBAL_DEFAULT);
-    if (started != CURLE_OK) return;
-    multi = curl_multi_init();
-    easy = curl_easy_init();
-}
-
-InternetRequest::State::~State() {
-    const BrokenPipeIgnored guard;
-    curl_multi_remove_handle(multi, easy);
-    curl_easy_cleanup(easy);
-    curl_multi_cleanup(multi);
-}
-
 void InternetRequest::State::configure(const std::string& address, const std::string& agent,
                                        bool systemProxy) {
     curl_easy_setopt(easy, CURLOPT_URL, address.c_str());
@@ -134,7 +166,8 @@ void InternetRequest::State::configure(const std::string& address, const std::st
     // What a server compresses unasked stays so, also when it says that it is for the way only.
     curl_easy_setopt(easy, CURLOPT_HTTP_CONTENT_DECODING, 0L);
     curl_easy_setopt(easy, CURLOPT_BUFFERSIZE, receiveBufferSize);
-    curl_easy_setopt(easy, CURLOPT_CONNECTTIMEOUT_MS, static_cast<long>(timeouts.connect.count()));
+    // libcurl counts a millisecond that has begun as one that is over.
+    curl_easy_setopt(easy, CURLOPT_CONNECTTIMEOUT_MS, static_cast<long>(timeouts.connect.count() + 1));
     // A name server that says nothing holds its thread longer than the time-out; do not wait for that thread.
     curl_easy_setopt(easy, CURLOPT_QUICK_EXIT, 1L);
     if (!systemProxy) curl_easy_setopt(easy, CURLOPT_PROXY, "");
@@ -142,11 +175,11 @@ void InternetRequest::State::configure(const std::string& address, const std::st
 
 void InternetRequest::State::forgetCaches() {
     for (const char* header : {"Cache-Control: no-cache", "Pragma: no-cache"})
-        if (curl_slist* longer = curl_slist_append(headers.get(), header)) {
-            (void)headers.release(); // the same list, or its new beginning
-            headers.reset(longer);
+        if (curl_slist* longer = curl_slist_append(handles->headers.get(), header)) {
+            (void)handles->headers.release(); // the same list, or its new beginning
+            handles->headers.reset(longer);
         }
-    curl_easy_setopt(easy, CURLOPT_HTTPHEADER, headers.get());
+    curl_easy_setopt(easy, CURLOPT_HTTPHEADER, handles->headers.get());
 }
 
 /// Once a server is one by https, no redirect leads to one that is not.
@@ -204,13 +237,17 @@ void InternetRequest::State::noteRedirect(std::string_view headerLine) {
 }
 
 // A redirect may lead to another server, and there the time-out for connecting holds again.
+void InternetRequest::State::connects() {
+    if (!std::exchange(connecting, true)) connectingSince = Clock::now();
+}
+
 int InternetRequest::State::onNameLookup(void* /*resolver*/, void* /*reserved*/, void* request) {
-    static_cast<State*>(request)->connecting = true;
+    static_cast<State*>(request)->connects();
     return 0;
 }
 
 int InternetRequest::State::onSocket(void* request, curl_socket_t /*socket*/, curlsocktype /*purpose*/) {
-    static_cast<State*>(request)->connecting = true;
+    static_cast<State*>(request)->connects();
     return CURL_SOCKOPT_OK;
 }
 
@@ -230,9 +267,11 @@ void InternetRequest::State::fill(std::size_t wanted) {
     limit = std::max(wanted, readAhead);
     pace.resume(Clock::now());
     const BrokenPipeIgnored guard;
+    waitedFor = true;
     resume();
     while (!ended && received.size() < wanted)
         step();
+    waitedFor = false;
     pace.suspend(Clock::now());
 }
 
@@ -260,12 +299,11 @@ bool InternetRequest::State::arrivedWhole() const {
 void InternetRequest::State::wait() {
     // Not curl's own low-speed limit: that judges a mean of several seconds, and a slow server is not a
     // silent one.
-    auto left = std::chrono::milliseconds(1000);
+    auto left = std::chrono::milliseconds(100);
     if (!connecting)
         left = std::min(
             left, std::chrono::duration_cast<std::chrono::milliseconds>(pace.deadline() - Clock::now()));
-    const int milliseconds = static_cast<int>(std::max<std::chrono::milliseconds::rep>(left.count(), 0));
-    ended = milliseconds == 0 || curl_multi_poll(multi, nullptr, 0, milliseconds, nullptr) != CURLM_OK;
+    ended = left.count() <= 0 || !poll(handles, left);
 }
 
 std::size_t InternetRequest::State::take(std::span<char> buffer) {
@@ -278,6 +316,7 @@ std::size_t InternetRequest::State::take(std::span<char> buffer) {
 InternetRequest::InternetRequest(InternetSession& session, std::string_view url, std::uint32_t flags) {
     const std::optional<std::string> address = httpAddress(url);
     if (!address) return;
+    loadLibcurl();
     state_ = std::make_unique<State>();
     state_->configure(*address, session.state_->agent, session.state_->systemProxy);
     if ((flags & internetFlagReload) != 0) state_->forgetCaches();
@@ -290,6 +329,17 @@ std::size_t InternetRequest::read(std::span<char> buffer) {
     if (!state_) return 0;
     state_->fill(buffer.size());
     return state_->take(buffer);
+}
+
+std::optional<InternetRequest::Silence> InternetRequest::silence() const {
+    using std::chrono::milliseconds;
+    if (!state_ || !state_->waitedFor) return std::nullopt;
+    const Clock::time_point since = state_->connecting ? state_->connectingSince : state_->pace.lastSign();
+    const Clock::time_point end =
+        state_->connecting ? since + state_->timeouts.connect : state_->pace.deadline();
+    const Clock::time_point now = Clock::now();
+    return Silence{std::chrono::duration_cast<milliseconds>(now - since),
+                   std::max(std::chrono::duration_cast<milliseconds>(end - now), milliseconds(0))};
 }
 
 bool InternetRequest::complete() const {

@@ -1,6 +1,7 @@
 // What only the Linux side can be asked: its time-outs without waiting for them, its memory, its proxies.
 #include "platform/http.h"
 
+#include "platform/blocking.h"
 #include "platform/http_address.h"
 #include "platform/http_timeouts.h"
 #include "tests/conformance/environment_server.h"
@@ -14,6 +15,7 @@
 #include <condition_variable>
 #include <cstdlib>
 #include <cstring>
+#include <functional>
 #include <mutex>
 #include <thread>
 
@@ -121,6 +123,18 @@ TEST_F(HttpLimits, SlowServerIsNotASilentOne) {
     httpTimeouts().silence = 2s;
     EXPECT_EQ(fetch(server.url("/slow/8/1/400")).size(), 8U);
     EXPECT_GE(elapsed(), 2s) << "longer than the time-out in all, never at a stretch";
+}
+
+TEST_F(HttpLimits, ShortWaitsAreNotHandedOver) {
+    static int handedOver = 0;
+    setBlockingCallRunner([](const std::function<void()>& call) {
+        ++handedOver;
+        std::thread(call).join();
+    });
+    constexpr int pieces = 100;
+    EXPECT_EQ(fetch(server.url("/slow/" + std::to_string(pieces) + "/1/3")).size(), std::size_t{pieces});
+    EXPECT_GT(handedOver, 0) << "so that the window lives";
+    EXPECT_LT(handedOver, pieces / 2);
 }
 
 TEST_F(HttpLimits, TimeTheCallerTakesIsNotTheServersSilence) {
