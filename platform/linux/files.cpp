@@ -1,21 +1,18 @@
 #include "platform/files.h"
 
-#include "platform/linux/base/descriptor_io.h"
 #include "platform/linux/base/file_error.h"
+#include "platform/linux/files/drive_io.h"
 #include "platform/linux/files/file_io.h"
 #include "platform/linux/files/path.h"
 
 #include <cerrno>
 #include <fcntl.h>
-#include <vector>
 
 namespace platform {
 
 using namespace linux;
 
 namespace {
-
-constexpr std::size_t blockSize = 256UL * 1024;
 
 /// A name that is a folder, a plain file, and nothing else: what is neither does not exist for the program.
 bool exists(std::string_view path, Place& place) {
@@ -26,26 +23,25 @@ bool exists(std::string_view path, Place& place) {
 /// new.
 template <class Fill>
 FileResult fillFile(const Place& place, UniqueFd& file, Fill fill) {
-    if (place.info && place.info->st_size != 0 && ftruncate(file.get(), 0) != 0) return fileResult(errno);
-    FileResult result = fill(file.get());
+    FileResult result = FileResult::Ok;
+    if (place.info && place.info->st_size != 0) result = emptyOnDrive(file.get());
+    if (result == FileResult::Ok) result = fill(file.get());
     if (result != FileResult::Ok) return result; // what was written stays
-    result = syncAndClose(file);
-    return result == FileResult::Ok && !place.info ? syncFolder(place.folder.get()) : result;
-}
-
-FileResult copyBytes(int from, int to) {
-    std::vector<char> block(blockSize);
-    for (;;) {
-        std::size_t count = 0;
-        FileResult result = readSome(from, block.data(), block.size(), count);
-        if (result != FileResult::Ok || count == 0) return result;
-        result = writeAll(to, {block.data(), count});
-        if (result != FileResult::Ok) return result;
-    }
+    result = syncAndCloseOnDrive(file);
+    return result == FileResult::Ok && !place.info ? syncFolderOnDrive(place.folder.get()) : result;
 }
 
 bool isSameFile(const Place& a, const Place& b) {
     return b.info && a.info->st_dev == b.info->st_dev && a.info->st_ino == b.info->st_ino;
+}
+
+/// Whether a file is already what a copy of the source, which has these contents, would be.
+bool isCopy(const Place& place, std::string_view contents, const Place& source, const UniqueFd& input) {
+    UniqueFd file;
+    return place.isFile() && static_cast<std::size_t>(place.info->st_size) == contents.size() &&
+           openToRead(place, file) == FileResult::Ok &&
+           hasCopiedAttributes(file.get(), input.get(), source) &&
+           compareOnDrive(file.get(), contents) == FileResult::Ok;
 }
 
 } // namespace
@@ -71,7 +67,7 @@ FileResult readWholeFile(std::string_view path, std::string& contents) {
     if (result != FileResult::Ok) return result;
 
     contents.reserve(static_cast<std::size_t>(place.info->st_size)); // growing would take longer than reading
-    result = readAll(file.get(), contents);
+    result = readFromDrive(file.get(), contents);
     if (result != FileResult::Ok) contents.clear();
     return result;
 }
@@ -82,10 +78,11 @@ FileResult writeWholeFile(std::string_view path, std::string_view contents, cons
     FileResult result = locate(path, place, drive);
     if (result == FileResult::Ok) result = openToWrite(place, file);
     if (result != FileResult::Ok) return result;
-    return fillFile(place, file, [contents](int target) { return writeAll(target, contents); });
+    return fillFile(place, file, [contents](int target) { return writeToDrive(target, contents); });
 }
 
-FileResult copyFile(std::string_view source, std::string_view target, const DriveIdentity& drive) {
+FileResult copyFile(std::string_view source, std::string_view target, const DriveIdentity& drive,
+                    bool* untouched) {
     Place from;
     Place to;
     UniqueFd input;
@@ -94,13 +91,28 @@ FileResult copyFile(std::string_view source, std::string_view target, const Driv
     if (result == FileResult::Ok) result = openToRead(from, input);
     if (result == FileResult::Ok) result = locate(target, to, drive);
     if (result == FileResult::Ok && isSameFile(from, to)) result = FileResult::PermissionDenied;
-    if (result == FileResult::Ok) clearAttributes(to);
-    if (result == FileResult::Ok) result = openToWrite(to, output);
+    std::string contents;
+    if (result == FileResult::Ok) result = readFromDrive(input.get(), contents);
     if (result != FileResult::Ok) return result;
-    return fillFile(to, output, [&from, &input](int file) {
-        const FileResult copied = copyBytes(input.get(), file);
+    if (untouched != nullptr && isCopy(to, contents, from, input)) {
+        *untouched = true;
+        return result;
+    }
+    clearAttributes(to);
+    result = openToWrite(to, output);
+    if (result != FileResult::Ok) return result;
+    return fillFile(to, output, [&](int file) {
+        const FileResult copied = writeToDrive(file, contents);
         return copied == FileResult::Ok ? copyAttributes(input.get(), from, file) : copied;
     });
+}
+
+FileResult compareFile(std::string_view path, std::string_view contents, const DriveIdentity& drive) {
+    Place place;
+    UniqueFd file;
+    FileResult result = locate(path, place, drive);
+    if (result == FileResult::Ok) result = openToRead(place, file);
+    return result == FileResult::Ok ? compareOnDrive(file.get(), contents) : result;
 }
 
 FileResult deleteFile(std::string_view path) {
@@ -112,7 +124,7 @@ FileResult deleteFile(std::string_view path) {
     if (!place.isFile()) return place.asksForFolder ? FileResult::PathNotFound : FileResult::PathFileAccess;
     if ((attributesOf(place) & FileReadOnly) != 0) return FileResult::PermissionDenied;
     if (unlinkat(place.folder.get(), place.name.c_str(), 0) != 0) return fileResult(errno);
-    return syncFolder(place.folder.get());
+    return syncFolderOnDrive(place.folder.get());
 }
 
 } // namespace platform

@@ -7,6 +7,8 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
+
 using namespace platform;
 using namespace conformance;
 namespace fs = std::filesystem;
@@ -351,6 +353,34 @@ TEST_F(Files, CopyingTellsWhatIsMissing) {
     EXPECT_EQ(entries(stick), 2);
 }
 
+TEST_F(Files, ACopyThatIsThereAlreadyMayBeLeftAlone) {
+    const auto longAgo = fs::file_time_type::clock::now() - std::chrono::hours(48);
+    bool untouched = false;
+    const auto copy = [&untouched] {
+        untouched = false;
+        return copyFile(R"(E:\from)", R"(E:\to)", {}, &untouched);
+    };
+    put(stick / "from", "contents");
+    EXPECT_EQ(copy(), FileResult::Ok);
+    EXPECT_FALSE(untouched) << "there was none";
+    fs::last_write_time(stick / "to", longAgo);
+    const auto before = fs::last_write_time(stick / "to");
+    EXPECT_EQ(copy(), FileResult::Ok);
+    EXPECT_TRUE(untouched);
+    EXPECT_EQ(fs::last_write_time(stick / "to"), before);
+
+    for (const char* other : {"contentS", "contents of more", "", "conten"}) {
+        put(stick / "to", other);
+        EXPECT_EQ(copy(), FileResult::Ok);
+        EXPECT_FALSE(untouched) << other;
+        EXPECT_EQ(get(stick / "to"), "contents");
+    }
+    const ReadOnly guard(stick / "to");
+    EXPECT_EQ(copy(), FileResult::Ok);
+    EXPECT_FALSE(untouched) << "a copy may be written";
+    EXPECT_EQ(fileAttributes(R"(E:\to)"), FileArchive);
+}
+
 TEST_F(Files, AFileIsNotCopiedOntoItself) {
     put(stick / "a", "text");
     EXPECT_EQ(copyFile(R"(E:\a)", R"(E:\A)"), FileResult::PermissionDenied);
@@ -409,4 +439,33 @@ TEST_F(Files, ADriveThatIsMeantIsNoFolderOfTheProgram) {
     const std::string own = programFolder() + "\\never.tmp";
     EXPECT_EQ(writeWholeFile(own, "x", drive), FileResult::DiskNotReady);
     EXPECT_EQ(fileAttributes(own), std::nullopt);
+}
+
+// Comparing with the medium
+
+TEST_F(Files, AFileIsComparedByteByByte) {
+    // Around a sector, a page, and the blocks that a backend reads at once.
+    for (const std::size_t size : {0UL, 1UL, 511UL, 512UL, 4096UL, 262143UL, 262144UL, 262145UL, 524288UL}) {
+        SCOPED_TRACE(size);
+        std::string contents(size, 'x');
+        ASSERT_EQ(writeWholeFile(R"(E:\a)", contents), FileResult::Ok);
+        EXPECT_EQ(compareFile(R"(E:\a)", contents), FileResult::Ok);
+        EXPECT_EQ(compareFile(R"(E:\a)", contents, driveIdentity(R"(E:\)")), FileResult::Ok);
+        EXPECT_EQ(compareFile(R"(E:\a)", contents + 'x'), FileResult::DeviceIo);
+        if (size == 0) continue;
+        EXPECT_EQ(compareFile(R"(E:\a)", contents.substr(1)), FileResult::DeviceIo);
+        contents.back() = 'y';
+        EXPECT_EQ(compareFile(R"(E:\a)", contents), FileResult::DeviceIo);
+    }
+    EXPECT_EQ(entries(stick), 1);
+}
+
+TEST_F(Files, WhatCannotBeReadCannotBeCompared) {
+    put(stick / "a", "x");
+    fs::create_directory(stick / "folder");
+    EXPECT_EQ(compareFile(R"(E:\missing)", ""), FileResult::FileNotFound);
+    EXPECT_EQ(compareFile(R"(E:\folder)", ""), FileResult::PathFileAccess);
+    EXPECT_EQ(compareFile(R"(X:\a)", "x"), FileResult::DiskNotReady);
+    drives.add('F', DriveRemovable);
+    EXPECT_EQ(compareFile(R"(E:\a)", "x", driveIdentity(R"(F:\)")), FileResult::DiskNotReady);
 }

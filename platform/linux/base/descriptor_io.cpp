@@ -2,16 +2,17 @@
 
 #include "platform/linux/base/file_error.h"
 
+#include <array>
 #include <cerrno>
 #include <fcntl.h>
 #include <unistd.h>
-#include <vector>
 
 namespace platform::linux {
 
 namespace {
 
-constexpr std::size_t blockSize = 256UL * 1024;
+/// What is read at once. Most files are settings of a few lines, and each is read before the window is shown.
+constexpr std::size_t blockSize = 16UL * 1024;
 
 } // namespace
 
@@ -27,7 +28,7 @@ FileResult readSome(int file, char* buffer, std::size_t size, std::size_t& count
 }
 
 FileResult readAll(int file, std::string& bytes, std::size_t most) {
-    std::vector<char> block(blockSize);
+    std::array<char, blockSize> block;
     for (std::size_t count = 1; count > 0 && bytes.size() < most;) {
         const FileResult result = readSome(file, block.data(), block.size(), count);
         if (result != FileResult::Ok) return result;

@@ -58,11 +58,28 @@ FileResult checkIsFile(const Place& place) {
     return !place.info || place.isFile() ? FileResult::Ok : FileResult::PathFileAccess;
 }
 
+/// What a copy of the source has on FAT.
+std::uint32_t copiedAttributes(const Place& source) {
+    return (attributesOf(source) | FileArchive) & ~std::uint32_t{FileReadOnly};
+}
+
+/// What a copy of the source, which is open, has elsewhere; no value when that cannot be told.
+std::optional<mode_t> copiedMode(int from) {
+    struct stat info {};
+    if (fstat(from, &info) != 0) return std::nullopt;
+    // On FAT the mount options give every file the right to be executed, which says nothing about it.
+    const mode_t kept = isFat(from) ? permissionBits & ~executeBits : permissionBits;
+    return (info.st_mode & kept) | S_IWUSR;
+}
+
 } // namespace
 
-std::uint32_t attributesOf(int folder, const char* name, const struct stat& info) {
-    if (isFat(folder)) {
-        const UniqueFd file(openat(folder, name, O_RDONLY | O_NONBLOCK | O_NOFOLLOW | O_NOCTTY | O_CLOEXEC));
+Folder::Folder(int number) : file(number), isFat(linux::isFat(number)) {}
+
+std::uint32_t attributesOf(const Folder& folder, const char* name, const struct stat& info) {
+    if (folder.isFat) {
+        const UniqueFd file(
+            openat(folder.file, name, O_RDONLY | O_NONBLOCK | O_NOFOLLOW | O_NOCTTY | O_CLOEXEC));
         if (file) {
             if (const auto attributes = fatAttributes(file.get())) return *attributes;
         }
@@ -72,7 +89,7 @@ std::uint32_t attributesOf(int folder, const char* name, const struct stat& info
 
 std::uint32_t attributesOf(const Place& place) {
     if (place.isRoot) return FileDirectory;
-    return attributesOf(place.folder.get(), place.name.c_str(), *place.info);
+    return attributesOf(Folder(place.folder.get()), place.name.c_str(), *place.info);
 }
 
 FileResult openToRead(const Place& place, UniqueFd& file) {
@@ -106,20 +123,23 @@ void clearAttributes(Place& place) {
 
 FileResult copyAttributes(int from, const Place& source, int to) {
     int result = 0;
-    struct stat info {};
     if (isFat(to)) {
-        std::uint32_t attributes = (attributesOf(source) | FileArchive) & ~std::uint32_t{FileReadOnly};
+        std::uint32_t attributes = copiedAttributes(source);
         result = ioctl(to, FAT_IOCTL_SET_ATTRIBUTES, &attributes);
-    } else if (fstat(from, &info) == 0) {
-        // On FAT the mount options give every file the right to be executed, which says nothing about it.
-        const mode_t kept = isFat(from) ? permissionBits & ~executeBits : permissionBits;
-        result = fchmod(to, (info.st_mode & kept) | S_IWUSR);
+    } else if (const auto mode = copiedMode(from)) {
+        result = fchmod(to, *mode);
     }
     // A file system without such attributes is no failure, one that cannot be written is.
     const FileResult outcome = result == 0 ? FileResult::Ok : fileResult(errno);
     const bool lost = outcome == FileResult::DeviceIo || outcome == FileResult::DiskFull ||
                       outcome == FileResult::DiskNotReady;
     return lost ? outcome : FileResult::Ok;
+}
+
+bool hasCopiedAttributes(int file, int from, const Place& source) {
+    if (isFat(file)) return fatAttributes(file) == copiedAttributes(source);
+    struct stat info {};
+    return fstat(file, &info) == 0 && copiedMode(from) == (info.st_mode & permissionBits);
 }
 
 } // namespace platform::linux

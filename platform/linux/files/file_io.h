@@ -9,10 +9,19 @@
 
 namespace platform::linux {
 
+/// An open folder, also one opened with O_PATH, which whoever opened it closes.
+struct Folder {
+    Folder() = default;
+    explicit Folder(int number);
+
+    int file = -1;
+    bool isFat = false;
+};
+
 /// Attributes of what `name` is in the folder; `info` are its facts. On FAT the stored ones, else made up
 /// from the permissions and the name.
 std::uint32_t attributesOf(const Place& place);
-std::uint32_t attributesOf(int folder, const char* name, const struct stat& info);
+std::uint32_t attributesOf(const Folder& folder, const char* name, const struct stat& info);
 
 /// Opens a plain file to read it. Never waits: what only looks like a file (a pipe, a device) is refused.
 FileResult openToRead(const Place& place, UniqueFd& file);
@@ -28,5 +37,8 @@ void clearAttributes(Place& place);
 /// Gives a file the attributes, or the permissions, of another, as far as its file system keeps them; its
 /// owner may write it, whatever the other one says.
 FileResult copyAttributes(int from, const Place& source, int to);
+
+/// Whether a file has what copyAttributes() would give it.
+bool hasCopiedAttributes(int file, int from, const Place& source);
 
 } // namespace platform::linux

@@ -62,6 +62,8 @@ std::string_view withoutTrailing(std::string_view text, std::string_view charact
 /// `NUL` and its like stand for devices whatever the extension.
 /// https://learn.microsoft.com/windows/win32/fileio/naming-a-file#naming-conventions
 bool isDevice(std::string_view name) {
+    constexpr std::string_view firstLetters = "CPANLcpanl"; // most names are done with here
+    if (firstLetters.find(name[0]) == std::string_view::npos) return false;
     static constexpr std::array<std::string_view, 6> devices = {"CON", "PRN",    "AUX",
                                                                 "NUL", "CONIN$", "CONOUT$"};
     static constexpr std::array<std::string_view, 12> numbers = {"1", "2", "3", "4", "5", "6",

@@ -1,7 +1,7 @@
 #include "platform/linux/files/file_replace.h"
 
-#include "platform/linux/base/descriptor_io.h"
 #include "platform/linux/base/file_error.h"
+#include "platform/linux/files/drive_io.h"
 #include "platform/linux/files/file_io.h"
 
 #include <cerrno>
@@ -106,14 +106,14 @@ FileResult FileReplacement::replace(std::string_view contents) {
     FileResult result = temporary.created();
     if (result != FileResult::Ok) return result;
     const int file = temporary.file().get();
-    result = writeAll(file, contents);
+    result = writeToDrive(file, contents);
     if (result == FileResult::Ok && exists()) result = takeOver(place_, file);
-    if (result == FileResult::Ok) result = syncFile(file);
+    if (result == FileResult::Ok) result = syncOnDrive(file);
     if (result == FileResult::Ok) result = temporary.rename(place_.name);
     // On FAT a name is where the length of its file stands, and a new one says 0 until the file is synced
     // once more.
-    if (result == FileResult::Ok) result = syncAndClose(temporary.file());
-    return result == FileResult::Ok ? syncFolder(place_.folder.get()) : result;
+    if (result == FileResult::Ok) result = syncAndCloseOnDrive(temporary.file());
+    return result == FileResult::Ok ? syncFolderOnDrive(place_.folder.get()) : result;
 }
 
 } // namespace platform::linux

@@ -32,7 +32,8 @@ constexpr std::array<std::string_view, 2> dotNames = {".", ".."};
 
 struct FileSearch::State {
     Place place;
-    UniqueFd folder;
+    UniqueFd opened;
+    Folder folder; ///< the same, asked once for what it is
     FolderReader reader;
     bool ofFolder = false;
     bool atEnd = true;
@@ -41,9 +42,12 @@ struct FileSearch::State {
     void startFolder(std::string_view path) {
         if (locate(path, place) != FileResult::Ok || !place.isFolder()) return;
         const int links = place.followsLinks ? 0 : O_NOFOLLOW;
-        folder = UniqueFd(
+        opened = UniqueFd(
             openat(place.folder.get(), place.name.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC | links));
-        if (folder) reader = FolderReader(folder.get());
+        if (opened) {
+            folder = Folder(opened.get());
+            reader = FolderReader(folder.file);
+        }
         ofFolder = true;
         atEnd = !reader.readable();
         const bool isDriveRoot = place.isRoot && !place.followsLinks;
@@ -66,10 +70,10 @@ struct FileSearch::State {
     bool describe(const char* name, FoundFile& found) const {
         if (usableName(name) != std::string_view(name)) return false;
         struct stat info {};
-        if (fstatat(folder.get(), name, &info, place.followsLinks ? 0 : AT_SYMLINK_NOFOLLOW) != 0)
+        if (fstatat(folder.file, name, &info, place.followsLinks ? 0 : AT_SYMLINK_NOFOLLOW) != 0)
             return false;
         if (!S_ISREG(info.st_mode) && !S_ISDIR(info.st_mode)) return false;
-        found = {name, attributesOf(folder.get(), name, info)};
+        found = {name, attributesOf(folder, name, info)};
         return true;
     }
 

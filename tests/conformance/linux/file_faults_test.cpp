@@ -1,6 +1,7 @@
 // Every system call on the way of a file to its medium fails, or the process ends there, once each.
 #include "platform/files.h"
 
+#include "platform/blocking.h"
 #include "platform/profile.h"
 #include "platform/program_folder.h"
 #include "tests/conformance/scratch_files.h"
@@ -10,15 +11,19 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
+#include <sys/vfs.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <chrono>
 #include <cstdarg>
+#include <functional>
 #include <set>
 #include <string_view>
+#include <thread>
 
 using namespace platform;
 using namespace conformance;
@@ -56,6 +61,28 @@ int failed(int error) {
     errno = error;
     return -1;
 }
+
+/// What a medium is told while a file is written, and how long it takes for what is waited for.
+struct Medium {
+    std::chrono::milliseconds delay{0}; ///< for each 256 KB
+    off_t sent = 0;
+    off_t arrived = 0;
+    off_t mostUnderWay = 0;
+
+    void told(off_t begin, off_t length, unsigned flags) {
+        if ((flags & SYNC_FILE_RANGE_WAIT_AFTER) == 0) {
+            sent = std::max(sent, begin + length);
+            return;
+        }
+        constexpr off_t block = 256L * 1024;
+        const off_t more = std::max<off_t>(begin + length - arrived, 0);
+        std::this_thread::sleep_for(delay * ((more + block - 1) / block));
+        arrived += more;
+        mostUnderWay = std::max(mostUnderWay, sent - arrived);
+    }
+};
+
+Medium medium;
 
 } // namespace
 
@@ -97,6 +124,16 @@ int close(int file) {
 int ftruncate(int file, off_t size) noexcept {
     if (const int error = fault.step("ftruncate")) return failed(error);
     return static_cast<int>(syscall(SYS_ftruncate, file, size));
+}
+
+int sync_file_range(int file, off_t begin, off_t length, unsigned flags) {
+    medium.told(begin, length, flags);
+    return static_cast<int>(syscall(SYS_sync_file_range, file, begin, length, flags));
+}
+
+int fstatfs(int file, struct statfs* info) noexcept {
+    if (const int error = fault.step("fstatfs")) return failed(error);
+    return static_cast<int>(syscall(SYS_fstatfs, file, info));
 }
 
 int fchmod(int file, mode_t mode) noexcept {
@@ -295,6 +332,57 @@ TEST_F(Faults, AReadThatFailsLeavesNothing) {
         EXPECT_EQ(with(wanted, [&] { return readWholeFile(filePath(), contents); }), FileResult::DeviceIo);
         EXPECT_EQ(contents, "");
     }
+}
+
+TEST_F(Faults, AFastDiskIsReadInLargeBlocks) {
+    static int handedOver = 0;
+    setBlockingCallRunner([](const std::function<void()>& call) {
+        ++handedOver;
+        std::thread(call).join();
+    });
+    const std::string data = pattern(32UL * 1024 * 1024);
+    put(file, data); // and so it is in the system's memory
+    std::string contents;
+    EXPECT_EQ(readWholeFile(filePath(), contents), FileResult::Ok);
+    EXPECT_EQ(contents, data);
+    EXPECT_LT(handedOver, 80) << "blocks of half a megabyte";
+}
+
+/// Whoever ends the program waits for as much.
+TEST_F(Faults, ASlowMediumGetsOneBlockAfterTheOther) {
+    medium = {};
+    medium.delay = std::chrono::milliseconds(120);
+    EXPECT_EQ(writeWholeFile(filePath(), pattern(1536UL * 1024)), FileResult::Ok);
+    EXPECT_EQ(medium.arrived, 1536L * 1024);
+    EXPECT_EQ(medium.mostUnderWay, 0);
+}
+
+TEST_F(Faults, AFastMediumHasFourBlocksUnderWayAndNoMore) {
+    medium = {};
+    EXPECT_EQ(writeWholeFile(filePath(), pattern(32UL * 1024 * 1024)), FileResult::Ok);
+    EXPECT_GT(medium.arrived, 16L * 1024 * 1024);
+    EXPECT_LE(medium.mostUnderWay, 2L * 1024 * 1024);
+}
+
+TEST_F(Faults, AFolderIsAskedOnceWhichFileSystemItHas) {
+    const fs::path listed = folder / "listed.tmp";
+    fs::create_directory(listed);
+    constexpr int files = 20;
+    for (int i = 0; i < files; ++i)
+        put(listed / std::to_string(i), "");
+    Fault count;
+    count.call = "fstatfs";
+    const int found = with(count, [] {
+        FileSearch search(programFolder() + R"(\listed.tmp\*.*)");
+        FoundFile entry;
+        int all = 0;
+        while (search.next(entry))
+            ++all;
+        return all;
+    });
+    fs::remove_all(listed);
+    EXPECT_EQ(found, files + 2);
+    EXPECT_EQ(fault.count, 1);
 }
 
 TEST_F(Faults, AFileThatIsNewIsSyncedWithItsFolder) {
