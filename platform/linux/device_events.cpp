@@ -35,6 +35,14 @@ WindowProcedure procedureOf(std::intptr_t window) {
     return found == state().procedures.end() ? firstProcedure : found->second;
 }
 
+void asEvent(const std::function<void()>& message) {
+    const DeviceEventDelivery delivery = state().delivery; // it may be exchanged meanwhile
+    if (delivery)
+        delivery(message);
+    else
+        message();
+}
+
 void deliver(linux::DriveChange change) {
     const std::uintptr_t wParam =
         change == linux::DriveChange::Arrival ? deviceArrival : deviceRemoveComplete;
@@ -43,11 +51,7 @@ void deliver(linux::DriveChange change) {
         windows.push_back(window);
     for (const std::intptr_t window : windows) {
         const auto message = [window, wParam] { sendWindowMessage(window, deviceChangeMessage, wParam, 0); };
-        const DeviceEventDelivery delivery = state().delivery;
-        if (delivery)
-            delivery(message);
-        else
-            message();
+        asEvent(message);
     }
 }
 
@@ -55,7 +59,7 @@ void watchAsNeeded() {
     const bool needed = !state().procedures.empty();
     QPointer<linux::DriveWatch>& watch = state().watch;
     if (needed && !watch && QCoreApplication::instance() != nullptr)
-        watch = new linux::DriveWatch(deliver, QCoreApplication::instance());
+        watch = new linux::DriveWatch(deliver, asEvent, QCoreApplication::instance());
     if (!needed && watch) {
         watch->stop();
         watch->deleteLater(); // this may be one of its messages

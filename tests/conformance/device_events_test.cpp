@@ -124,18 +124,24 @@ TEST_F(DeviceEvents, ADriveComesAndGoes) {
 }
 
 TEST_F(DeviceEvents, MessagesGoByTheDelivery) {
+    int looks = 0;
     int delivered = 0;
-    setDeviceEventDelivery([&delivered](const std::function<void()>& message) {
-        ++delivered;
+    setDeviceEventDelivery([&](const std::function<void()>& message) {
+        const int before = delivered;
         EXPECT_TRUE(received.empty());
         message();
         EXPECT_EQ(received.size(), 1U);
+        if (delivered == before)
+            ++delivered;
+        else
+            ++looks; // the message was delivered inside of it
     });
     put(noting);
     drives.add('E', DriveRemovable);
     window.announce(true);
     ASSERT_TRUE(waitForMessages(1));
     EXPECT_EQ(delivered, 1);
+    EXPECT_LE(looks, 1);
     setDeviceEventDelivery({});
 }
 

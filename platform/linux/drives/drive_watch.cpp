@@ -18,7 +18,7 @@ namespace {
 using namespace std::chrono_literals;
 
 /// Signals come in bursts: the disk, its partitions, the file systems on them.
-constexpr auto burst = 100ms;
+constexpr auto burst = 50ms;
 
 /// So long a disk may seem blank before its contents have been read.
 constexpr auto readingTime = 1500ms;
@@ -44,13 +44,14 @@ bool isAboutDrives(const QString& object) {
 
 } // namespace
 
-DriveWatch::DriveWatch(Listener listener, QObject* parent)
+DriveWatch::DriveWatch(Listener listener, Delivery delivery, QObject* parent)
     : QObject(parent),
       listener_(std::move(listener)),
+      delivery_(std::move(delivery)),
       file_(programFolder(), "Drives.ini"),
       fileNotifier_(QSocketNotifier::Read) {
     timer_.setSingleShot(true);
-    connect(&timer_, &QTimer::timeout, this, &DriveWatch::check);
+    connect(&timer_, &QTimer::timeout, this, &DriveWatch::deliverCheck);
     connect(&fileNotifier_, &QSocketNotifier::activated, this, &DriveWatch::fileChanged);
     if (file_.descriptor() >= 0) {
         fileNotifier_.setSocket(file_.descriptor());
@@ -110,6 +111,12 @@ void DriveWatch::fileChanged() {
 void DriveWatch::checkWithin(std::chrono::milliseconds delay) {
     if (stopped_) return;
     if (!timer_.isActive() || timer_.remainingTimeAsDuration() > delay) timer_.start(delay);
+}
+
+void DriveWatch::deliverCheck() {
+    delivery_([self = QPointer<DriveWatch>(this)] {
+        if (self && !self->stopped_) self->check();
+    });
 }
 
 void DriveWatch::check() {

@@ -28,8 +28,10 @@ public:
     /// `listener` is called from the event loop, once for all drives that came or went together, and may do
     /// anything, so also stop this watch.
     using Listener = std::function<void(DriveChange)>;
+    /// Runs a look at the drives as an event of the program; it may come later.
+    using Delivery = std::function<void(const std::function<void()>& look)>;
 
-    explicit DriveWatch(Listener listener, QObject* parent = nullptr);
+    explicit DriveWatch(Listener listener, Delivery delivery, QObject* parent = nullptr);
     DriveWatch(const DriveWatch&) = delete;
     DriveWatch& operator=(const DriveWatch&) = delete;
     ~DriveWatch() override;
@@ -44,6 +46,7 @@ private:
     Q_SLOT void ownerChanged(const QString& service, const QString& oldOwner, const QString& newOwner);
     void fileChanged();
     void checkWithin(std::chrono::milliseconds delay);
+    void deliverCheck();
     void check();
     void listed(const std::string& letters);
     void listenToBus();
@@ -51,6 +54,7 @@ private:
     bool isUsable(const PresentDrive& drive);
 
     Listener listener_;
+    Delivery delivery_;
     FileWatch file_;
     QSocketNotifier fileNotifier_;
     QTimer timer_;

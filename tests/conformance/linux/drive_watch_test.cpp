@@ -1,5 +1,6 @@
 // Messages about drives that come and go, and the window procedures that they reach.
 #include "platform/device_events.h"
+#include "platform/drive_identity.h"
 #include "platform/volumes.h"
 
 #include "tests/conformance/environment.h"
@@ -10,9 +11,15 @@
 
 #include <QDeadlineTimer>
 
+#include <sys/sysmacros.h>
+
+#include <chrono>
+#include <filesystem>
 #include <fstream>
 #include <optional>
 #include <string>
+#include <thread>
+#include <utility>
 #include <vector>
 
 using namespace conformance;
@@ -53,6 +60,22 @@ std::string letters() {
 
 std::size_t drivesThere() {
     return letters().size();
+}
+
+/// Number of a disk of this machine that the kernel has given a sequence number; 0 without one.
+std::uint64_t anyDisk() {
+    std::error_code error;
+    for (const auto& disk : std::filesystem::directory_iterator("/sys/dev/block", error)) {
+        std::uint64_t sectors = 0;
+        std::ifstream(disk.path() / "size") >> sectors;
+        if (sectors == 0 || !std::filesystem::exists(disk.path() / "diskseq", error)) continue;
+        unsigned major = 0;
+        unsigned minor = 0;
+        char colon = 0;
+        std::ifstream(disk.path() / "dev") >> major >> colon >> minor;
+        return makedev(major, minor);
+    }
+    return 0;
 }
 
 class DeviceEvents : public testing::Test {
@@ -111,7 +134,9 @@ TEST_F(DeviceEvents, StickComesAndGoes) {
 
 TEST_F(DeviceEvents, ArrivalAndItsScanAreOneRoundTrip) {
     std::vector<int> lists; // after each of two scans
-    setDeviceEventDelivery([this, &lists](const std::function<void()>& message) {
+    bool looking = false;   // the message is delivered inside of the look at the drives
+    setDeviceEventDelivery([&](const std::function<void()>& message) {
+        if (!std::exchange(looking, true)) return message();
         for (int scan = 0; scan < 2; ++scan) {
             EXPECT_EQ(drivesThere(), 1);
             lists.push_back(mock.takeLists());
@@ -123,6 +148,51 @@ TEST_F(DeviceEvents, ArrivalAndItsScanAreOneRoundTrip) {
     ASSERT_TRUE(waitForMessages(1));
     EXPECT_EQ(lists, (std::vector<int>{1, 1}))
         << "only the first is served by the list that told of the stick";
+}
+
+TEST_F(DeviceEvents, ArrivalAndWhatTheDriveIsAreOneRoundTrip) {
+    const std::uint64_t disk = anyDisk();
+    if (disk == 0) GTEST_SKIP() << "no disk here has a sequence number";
+    std::vector<int> lists; // after the scan and after each of two identities
+    bool looking = false;
+    setDeviceEventDelivery([&](const std::function<void()>& message) {
+        if (!std::exchange(looking, true)) return message();
+        const std::string root = letters() + ":\\";
+        lists.push_back(mock.takeLists());
+        std::vector<DriveIdentity> identities;
+        for (int look = 0; look < 2; ++look) {
+            identities.push_back(driveIdentity(root));
+            lists.push_back(mock.takeLists());
+        }
+        EXPECT_TRUE(identities[0]);
+        EXPECT_EQ(identities[0], identities[1]);
+        message();
+    });
+    mock.takeLists();
+    mock.add(blockPath("sdb1"), fileSystemBlock("sdb1", disk, "stick"));
+    ASSERT_TRUE(waitForMessages(1));
+    EXPECT_EQ(lists, (std::vector<int>{1, 0, 1}))
+        << "only the first is served by the list that told of the stick";
+    EXPECT_TRUE(driveIdentity(letters() + ":\\"));
+    EXPECT_EQ(mock.takeLists(), 2) << "a list and an identity, when nothing has just arrived";
+}
+
+TEST_F(DeviceEvents, WhatTheDriveIsIsAskedAnewLater) {
+    const std::uint64_t disk = anyDisk();
+    if (disk == 0) GTEST_SKIP() << "no disk here has a sequence number";
+    bool looking = false;
+    setDeviceEventDelivery([&](const std::function<void()>& message) {
+        if (!std::exchange(looking, true)) return message();
+        const std::string root = letters() + ":\\";
+        std::this_thread::sleep_for(
+            std::chrono::milliseconds(1100)); // as long as somebody may take to choose
+        mock.takeLists();
+        EXPECT_TRUE(driveIdentity(root));
+        EXPECT_EQ(mock.takeLists(), 1);
+        message();
+    });
+    mock.add(blockPath("sdb1"), fileSystemBlock("sdb1", disk, "stick"));
+    ASSERT_TRUE(waitForMessages(1));
 }
 
 TEST_F(DeviceEvents, DiskWithTwoPartitionsArrivesOnce) {
@@ -230,7 +300,18 @@ TEST_F(DeviceEvents, DeliveryStandsBetween) {
     });
     mock.add(blockPath("sdb1"), fileSystemBlock("sdb1", 17, "stick"));
     ASSERT_TRUE(waitForMessages(1));
-    EXPECT_EQ(delivered, 1);
+    EXPECT_EQ(delivered, 2) << "the look at the drives, and in it the message";
+}
+
+TEST_F(DeviceEvents, ALookAtTheDrivesMayWait) {
+    std::function<void()> look;
+    setDeviceEventDelivery([&look](const std::function<void()>& message) { look = message; });
+    mock.add(blockPath("sdb1"), fileSystemBlock("sdb1", 17, "stick"));
+    ASSERT_TRUE(waitFor([&look] { return static_cast<bool>(look); }));
+    EXPECT_EQ(received, Messages());
+    setDeviceEventDelivery([](const std::function<void()>& message) { message(); });
+    look();
+    EXPECT_EQ(received, Messages{deviceArrival});
 }
 
 TEST_F(DeviceEvents, SectionsOfTheFileComeAndGo) {
