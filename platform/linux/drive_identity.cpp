@@ -9,8 +9,8 @@ namespace platform {
 
 DriveIdentity driveIdentity(std::string_view root) {
     const char letter = linux::driveLetter(root);
+    linux::listToIdentify(letter);
     linux::DriveSource& drives = linux::driveSource();
-    drives.refresh();
     std::string identity = drives.identity(letter);
     if (identity.empty()) linux::driveMissed(drives);
     return {std::move(identity)};

@@ -5,11 +5,14 @@
 #include "platform/linux/drives/drives_ini.h"
 #include "platform/linux/drives/udisks_drives.h"
 
+#include <chrono>
 #include <utility>
 
 namespace platform::linux {
 
 namespace {
+
+using Clock = std::chrono::steady_clock;
 
 struct Table {
     IniDrives file;
@@ -17,6 +20,8 @@ struct Table {
     DriveLinks links;
     std::function<void(const std::string&)> listener;
     bool listAtHand = false;
+    bool identityAtHand = false;
+    Clock::time_point listed; ///< when listDrives() asked
 };
 
 Table& table() {
@@ -56,15 +61,26 @@ void mirrorDriveTable() {
 }
 
 void listDrives() {
-    if (!std::exchange(table().listAtHand, false)) driveSource().refresh();
+    if (std::exchange(table().listAtHand, false)) return;
+    table().listed = Clock::now();
+    driveSource().refresh();
+}
+
+void listToIdentify(char letter) {
+    constexpr auto young = std::chrono::seconds(1); // a question that is open meanwhile may stay so for long
+    DriveSource& drives = driveSource();
+    const bool atHand = std::exchange(table().identityAtHand, false) && Clock::now() - table().listed < young;
+    if (!atHand || !drives.isOnListedDisk(letter)) drives.refresh();
 }
 
 ListAtHand::ListAtHand() {
     table().listAtHand = true;
+    table().identityAtHand = true;
 }
 
 ListAtHand::~ListAtHand() {
     table().listAtHand = false;
+    table().identityAtHand = false;
 }
 
 void drivesListed(const std::string& letters) {

@@ -29,8 +29,13 @@ void mirrorDriveTable();
 /// Asks anew what drives there are.
 void listDrives();
 
+/// Asks anew what the drive is that has this letter.
+void listToIdentify(char letter);
+
 /// While it exists, the first listDrives() takes the list that has just been made: whoever is told of a new
-/// drive lists them all before anything else.
+/// drive lists them all before anything else. The first listToIdentify() takes it as well, while it is young
+/// and the disk is the same: what is about to be shown comes from that list, and the service, which has just
+/// been told to mount the drive, takes long to make another.
 class ListAtHand {
 public:
     ListAtHand();

@@ -1,5 +1,6 @@
 #include "platform/linux/drives/udisks_drives.h"
 
+#include "platform/blocking.h"
 #include "platform/linux/drives/disk_note.h"
 #include "platform/linux/drives/fat_label.h"
 
@@ -9,7 +10,6 @@
 #include <algorithm>
 #include <chrono>
 #include <functional>
-#include <thread>
 #include <utility>
 
 namespace platform::linux {
@@ -63,7 +63,7 @@ udisks::Outcome patiently(std::chrono::milliseconds patience, const std::functio
     const auto end = std::chrono::steady_clock::now() + patience;
     udisks::Outcome outcome = ask();
     while (outcome == udisks::Outcome::Busy && std::chrono::steady_clock::now() < end) {
-        std::this_thread::sleep_for(busyPause);
+        pauseFor(busyPause);
         outcome = ask();
     }
     return outcome;
@@ -159,6 +159,12 @@ std::string UdisksDrives::identity(char letter) {
            '\n' + diskSequence(volume->deviceNumber, devices_);
 }
 
+bool UdisksDrives::isOnListedDisk(char letter) {
+    const UdisksVolume* volume = find(letter);
+    if (volume == nullptr || volume->note.empty()) return false;
+    return volume->note == diskNote(volume->deviceNumber, volume->driveSerial.toStdString(), devices_);
+}
+
 /// Some file systems (btrfs) have a device number of their own making, of the kind that stands for no device.
 bool UdisksDrives::isRoot(char letter, const struct stat& folder) {
     if (standsForTree(letter)) return deviceOf(tree) == folder.st_dev;
@@ -202,7 +208,7 @@ bool UdisksDrives::mount(char letter) {
     QDBusPendingCall asked = udisks::startMount(volume->object);
     while (!asked.isFinished()) {
         if (use(*volume, asked)) return true;
-        std::this_thread::sleep_for(mountLook);
+        pauseFor(mountLook);
     }
     const udisks::MountAnswer answer = udisks::mountAnswer(asked);
     if (answer.outcome != udisks::Outcome::Done) return useDesktopMount(letter);
@@ -219,7 +225,7 @@ bool UdisksDrives::useDesktopMount(char letter) {
         if (volume == nullptr || !volume->hasFileSystem) return false;
         if (use(*volume)) return true;
         if (attempt == desktopAttempts) return false;
-        std::this_thread::sleep_for(desktopPause);
+        pauseFor(desktopPause);
     }
 }
 
@@ -247,6 +253,12 @@ std::optional<VolumeNames> UdisksDrives::names(char letter) {
     if (standsForTree(letter) && volume == nullptr) return VolumeNames{{}, mountedFileSystem(tree)};
     if (volume == nullptr || volume->size == 0 || !volume->hasFileSystem) return std::nullopt;
     return volume->names;
+}
+
+DiskDescription UdisksDrives::describe(char letter) {
+    const UdisksVolume* volume = find(letter);
+    if (volume == nullptr) return {};
+    return {volume->maker, volume->model, volume->size, volume->names.label};
 }
 
 /// Whoever mounted it, wherever. What has been written is on its way to the medium before the call that the
@@ -280,11 +292,13 @@ udisks::Outcome UdisksDrives::writeLabel(char letter, const std::string& meant, 
     if (!volume->isFat || isAscii(label))
         return udisks::setLabel(volume->object,
                                 QString::fromUtf8(label.data(), static_cast<qsizetype>(label.size())));
-    const udisks::OpenedDevice opened = udisks::openDevice(volume->object);
+    udisks::OpenedDevice opened = udisks::openDevice(volume->object);
     if (opened.outcome != udisks::Outcome::Done) return opened.outcome;
     if (!isDeviceOf(letter, meant, opened.device.get())) return udisks::Outcome::Failed;
-    return writeFatLabel(opened.device.get(), label) == FatLabel::Done ? udisks::Outcome::Done
-                                                                       : udisks::Outcome::Failed;
+    const FatLabel written = blocking([device = std::move(opened.device), label = std::string(label)] {
+        return writeFatLabel(device.get(), label);
+    });
+    return written == FatLabel::Done ? udisks::Outcome::Done : udisks::Outcome::Failed;
 }
 
 bool UdisksDrives::setLabel(char letter, std::string_view label) {
@@ -314,7 +328,7 @@ void UdisksDrives::waitForLabel(char letter, const std::string& before, std::str
         refresh();
         const UdisksVolume* volume = find(letter);
         if (volume == nullptr || volume->names.label != before || volume->names.label == wanted) return;
-        std::this_thread::sleep_for(labelPause);
+        pauseFor(labelPause);
     }
 }
 

@@ -36,10 +36,12 @@ public:
     std::string target(char letter) override;
     std::string disk(char letter) override;
     std::string identity(char letter) override;
+    bool isOnListedDisk(char letter) override;
     bool isRoot(char letter, const struct stat& folder) override;
     std::optional<std::string> folder(char letter) override;
     std::optional<VolumeSpace> space(char letter) override;
     std::optional<VolumeNames> names(char letter) override;
+    DiskDescription describe(char letter) override;
     /// Unmounts the volume for it, since most file systems take a label only then. A volume that someone else
     /// had mounted is mounted again. What is busy is tried again for 5 s. Nothing is written when another one
     /// has come into its place meanwhile.

@@ -1,5 +1,6 @@
 #include "platform/linux/drives/volume_folder.h"
 
+#include "platform/blocking.h"
 #include "platform/linux/base/unique_fd.h"
 
 #include <fcntl.h>
@@ -43,10 +44,13 @@ bool isFolder(const std::string& path) {
 }
 
 std::optional<VolumeSpace> folderSpace(const std::string& folder) {
-    struct statvfs volume = {};
-    if (statvfs(folder.c_str(), &volume) != 0) return std::nullopt;
-    const std::uint64_t block = volume.f_frsize;
-    return VolumeSpace{block * volume.f_bavail, block * volume.f_blocks, block * volume.f_bfree};
+    // The kernel may have to count what is free.
+    return blocking([folder]() -> std::optional<VolumeSpace> {
+        struct statvfs volume = {};
+        if (statvfs(folder.c_str(), &volume) != 0) return std::nullopt;
+        const std::uint64_t block = volume.f_frsize;
+        return VolumeSpace{block * volume.f_bavail, block * volume.f_blocks, block * volume.f_bfree};
+    });
 }
 
 std::optional<std::uint64_t> bytesBelow(const std::string& folder, std::chrono::milliseconds longest) {
@@ -70,8 +74,10 @@ std::optional<std::uint64_t> bytesBelow(const std::string& folder, std::chrono::
 }
 
 bool syncFileSystem(const std::string& folder) {
-    const UniqueFd opened(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    return opened && syncfs(opened.get()) == 0;
+    return blocking([folder] {
+        const UniqueFd opened(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+        return opened && syncfs(opened.get()) == 0;
+    });
 }
 
 std::optional<std::uint64_t> deviceOf(const std::string& folder) {

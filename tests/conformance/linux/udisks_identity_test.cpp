@@ -40,6 +40,32 @@ TEST_F(UdisksTable, IdentityOfCopiesThatFollowEachOther) {
     EXPECT_EQ(table.identity('D'), first);
 }
 
+TEST_F(UdisksTable, DiskThatIsStillTheListedOne) {
+    const TemporaryFolder devices;
+    std::filesystem::create_directories(devices.path() / "0:17");
+    const auto plugIn = [&devices](const char* sequence, const char* size) {
+        std::ofstream(devices.path() / "0:17" / "diskseq") << sequence << '\n';
+        std::ofstream(devices.path() / "0:17" / "size") << size << '\n';
+    };
+    UdisksDrives table("/proc/self/mounts", devices.path());
+    addStick("sdb1", 17);
+    plugIn("5", "1000");
+    table.refresh();
+    EXPECT_TRUE(table.isOnListedDisk('D'));
+    EXPECT_FALSE(table.isOnListedDisk('C'));
+    EXPECT_FALSE(table.isOnListedDisk('Z'));
+    plugIn("6", "1000");
+    EXPECT_FALSE(table.isOnListedDisk('D')) << "another stick";
+    plugIn("5", "2000");
+    EXPECT_FALSE(table.isOnListedDisk('D')) << "another card";
+    plugIn("5", "1000");
+    EXPECT_TRUE(table.isOnListedDisk('D'));
+    std::filesystem::remove(devices.path() / "0:17" / "diskseq");
+    EXPECT_FALSE(table.isOnListedDisk('D')) << "pulled, or a kernel without such numbers";
+    table.refresh();
+    EXPECT_FALSE(table.isOnListedDisk('D'));
+}
+
 /// A disk in the place of another one, which the service takes notice of later.
 TEST_F(UdisksTable, DiskIsTheOneThatWasListedFirst) {
     const TemporaryFolder devices;
