@@ -1,10 +1,15 @@
 #include "platform/linux/process/desktop_command.h"
 
+#include "platform/blocking.h"
+#include "platform/linux/base/unique_fd.h"
 #include "platform/linux/process/spawn.h"
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <csignal>
+#include <fcntl.h>
+#include <memory>
 #include <poll.h>
 #include <unistd.h>
 
@@ -17,10 +22,14 @@ using Clock = std::chrono::steady_clock;
 /// Reads until the other end closes; false when it has not at the deadline.
 bool readUntilClosed(int descriptor, Clock::time_point deadline, std::string& text) {
     std::array<char, 4096> piece = {};
+    const auto own = std::make_shared<UniqueFd>(fcntl(descriptor, F_DUPFD_CLOEXEC, 0));
     for (;;) {
         const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now()).count();
-        pollfd waiting = {descriptor, POLLIN, 0};
-        const int ready = poll(&waiting, 1, static_cast<int>(std::clamp<decltype(left)>(left, 0, 60000)));
+        const int longest = static_cast<int>(std::clamp<decltype(left)>(left, 0, 60000));
+        const int ready = blocking([own, longest] {
+            pollfd waiting = {own->get(), POLLIN, 0};
+            return poll(&waiting, 1, longest);
+        });
         if (ready == 0) return false;
         const ssize_t count = ready < 0 ? -1 : read(descriptor, piece.data(), piece.size());
         if (count == 0) return true;

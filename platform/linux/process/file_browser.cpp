@@ -1,5 +1,7 @@
 #include "platform/linux/process/file_browser.h"
 
+#include "platform/linux/base/bus_call.h"
+
 #include <QByteArray>
 #include <QDBusConnection>
 #include <QDBusError>
@@ -19,7 +21,7 @@ QString address(const std::string& path) {
 } // namespace
 
 bool askFileBrowserToShow(const std::string& folder) {
-    constexpr int patience = 2000; // milliseconds; the window does not answer meanwhile
+    constexpr auto patience = std::chrono::seconds(2);
     const QDBusConnection bus = QDBusConnection::sessionBus();
     if (!bus.isConnected()) return false;
     QDBusMessage request =
@@ -27,7 +29,7 @@ bool askFileBrowserToShow(const std::string& folder) {
                                        "org.freedesktop.FileManager1", "ShowFolders");
     const QString noStartupId = "";
     request << QStringList{address(folder)} << noStartupId;
-    const QDBusMessage reply = bus.call(request, QDBus::Block, patience);
+    const QDBusMessage reply = callBus(bus, request, patience);
     // One that starts slowly has been asked all the same; a second one must not open beside it.
     return reply.type() == QDBusMessage::ReplyMessage || QDBusError(reply).type() == QDBusError::NoReply;
 }

@@ -1,5 +1,7 @@
 #include "platform/linux/process/open_with_portal.h"
 
+#include "platform/linux/base/bus_call.h"
+
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusUnixFileDescriptor>
@@ -8,7 +10,7 @@
 namespace platform::linux {
 
 bool askPortalToOpen(int file) {
-    constexpr int patience = 2000; // milliseconds; the window does not answer meanwhile
+    constexpr auto patience = std::chrono::seconds(2);
     const QDBusConnection bus = QDBusConnection::sessionBus();
     if (!bus.isConnected()) return false;
     QDBusMessage request =
@@ -17,7 +19,7 @@ bool askPortalToOpen(int file) {
     const QString noParentWindow = "";
     request << noParentWindow << QVariant::fromValue(QDBusUnixFileDescriptor(file))
             << QVariantMap{{"ask", true}};
-    return bus.call(request, QDBus::Block, patience).type() == QDBusMessage::ReplyMessage;
+    return callBus(bus, request, patience).type() == QDBusMessage::ReplyMessage;
 }
 
 } // namespace platform::linux

@@ -7,7 +7,6 @@
 
 #include <gtest/gtest.h>
 
-#include <QCoreApplication>
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusVirtualObject>
@@ -20,7 +19,6 @@
 #include <thread>
 
 using conformance::Drives;
-using conformance::SessionBus;
 using conformance::TemporaryFolder;
 using namespace platform;
 namespace fs = std::filesystem;
@@ -58,21 +56,8 @@ private:
     QStringList requests_;
 };
 
-class FileBrowser : public testing::Test {
+class FileBrowser : public conformance::SessionBusTest {
 protected:
-    static void SetUpTestSuite() {
-        static int count = 1;
-        static std::array<char, 5> name = {'t', 'e', 's', 't', '\0'};
-        static std::array<char*, 2> arguments = {name.data(), nullptr};
-        application = std::make_unique<QCoreApplication>(count, arguments.data());
-        bus = std::make_unique<SessionBus>();
-    }
-    static void TearDownTestSuite() {
-        QDBusConnection::disconnectFromBus("qt_default_session_bus");
-        bus.reset();
-        application.reset();
-    }
-
     /// What xdg-open is given goes to a file.
     void SetUp() override {
         const fs::path command = commands_.path() / "xdg-open";
@@ -117,8 +102,6 @@ protected:
         return "file://" + QString::fromStdString((stick / name / "").string());
     }
 
-    static std::unique_ptr<QCoreApplication> application;
-    static std::unique_ptr<SessionBus> bus;
     const std::string path_ = getenv("PATH");
     TemporaryFolder commands_;
     QThread thread_;
@@ -126,9 +109,6 @@ protected:
     Drives drives;
     const fs::path stick = drives.add('E', DriveRemovable);
 };
-
-std::unique_ptr<QCoreApplication> FileBrowser::application;
-std::unique_ptr<SessionBus> FileBrowser::bus;
 
 const QString showFolders = "org.freedesktop.FileManager1.ShowFolders ass";
 

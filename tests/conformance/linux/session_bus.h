@@ -1,8 +1,14 @@
 #pragma once
 
+#include <gtest/gtest.h>
+
+#include <QCoreApplication>
+#include <QDBusConnection>
 #include <QProcess>
 #include <QString>
 
+#include <array>
+#include <memory>
 #include <stdexcept>
 
 namespace conformance {
@@ -28,6 +34,26 @@ public:
 
 private:
     QProcess daemon_;
+};
+
+/// Tests that share a session bus of their own, and what Qt needs for it.
+class SessionBusTest : public testing::Test {
+protected:
+    static void SetUpTestSuite() {
+        static int count = 1;
+        static std::array<char, 5> name = {'t', 'e', 's', 't', '\0'};
+        static std::array<char*, 2> arguments = {name.data(), nullptr};
+        application = std::make_unique<QCoreApplication>(count, arguments.data());
+        bus = std::make_unique<SessionBus>();
+    }
+    static void TearDownTestSuite() {
+        QDBusConnection::disconnectFromBus("qt_default_session_bus");
+        bus.reset();
+        application.reset();
+    }
+
+    static inline std::unique_ptr<QCoreApplication> application;
+    static inline std::unique_ptr<SessionBus> bus;
 };
 
 } // namespace conformance

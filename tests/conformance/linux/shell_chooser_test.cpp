@@ -6,7 +6,6 @@
 
 #include <gtest/gtest.h>
 
-#include <QCoreApplication>
 #include <QDBusArgument>
 #include <QDBusConnection>
 #include <QDBusMessage>
@@ -23,7 +22,6 @@
 #include <optional>
 
 using conformance::Drives;
-using conformance::SessionBus;
 using namespace platform;
 
 namespace {
@@ -83,21 +81,8 @@ private:
     std::optional<Request> request_;
 };
 
-class ShellChooser : public testing::Test {
+class ShellChooser : public conformance::SessionBusTest {
 protected:
-    static void SetUpTestSuite() {
-        static int count = 1;
-        static std::array<char, 5> name = {'t', 'e', 's', 't', '\0'};
-        static std::array<char*, 2> arguments = {name.data(), nullptr};
-        application = std::make_unique<QCoreApplication>(count, arguments.data());
-        bus = std::make_unique<SessionBus>();
-    }
-    static void TearDownTestSuite() {
-        QDBusConnection::disconnectFromBus("qt_default_session_bus");
-        bus.reset();
-        application.reset();
-    }
-
     void TearDown() override {
         QDBusConnection::disconnectFromBus("portal");
         thread_.quit();
@@ -113,16 +98,11 @@ protected:
         ASSERT_TRUE(connection.registerService("org.freedesktop.portal.Desktop"));
     }
 
-    static std::unique_ptr<QCoreApplication> application;
-    static std::unique_ptr<SessionBus> bus;
     QThread thread_;
     Portal portal;
     Drives drives;
     const std::filesystem::path stick = drives.add('E', DriveRemovable);
 };
-
-std::unique_ptr<QCoreApplication> ShellChooser::application;
-std::unique_ptr<SessionBus> ShellChooser::bus;
 
 } // namespace
 
