@@ -72,10 +72,11 @@ protected:
 
     static int open(std::string_view file) { return shellExecute(0, "open", file, "", "", showNormal); }
 
+    /// Whole lines: the command writes each in pieces, and is not waited for.
     std::vector<std::string> records(const char* name) const {
         std::ifstream file(folder_.path() / name);
         std::vector<std::string> lines;
-        for (std::string line; std::getline(file, line);)
+        for (std::string line; std::getline(file, line) && !file.eof();)
             lines.push_back(line);
         return lines;
     }
