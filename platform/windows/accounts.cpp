@@ -1,6 +1,8 @@
 #include "platform/accounts.h"
 
 #include "platform/windows/ansi_text.h"
+#include "platform/windows/com_apartment.h"
+#include "platform/windows/wide_text.h"
 
 #include <windows.h>
 
@@ -19,20 +21,6 @@
 namespace platform {
 
 namespace {
-
-/// While it lives this thread may use COM.
-class Com {
-public:
-    Com() : result_(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED)) {}
-    Com(const Com&) = delete;
-    Com& operator=(const Com&) = delete;
-    ~Com() {
-        if (SUCCEEDED(result_)) CoUninitialize();
-    }
-
-private:
-    HRESULT result_;
-};
 
 struct Release {
     void operator()(IUnknown* object) const { object->Release(); }
@@ -73,25 +61,14 @@ ComPointer<Interface> queried(IUnknown* object, REFIID id) {
         [&](Interface** result) { return object->QueryInterface(id, reinterpret_cast<void**>(result)); });
 }
 
-std::wstring wide(std::string_view utf8) {
-    std::wstring text(utf8.size(), L'\0');
-    text.resize(static_cast<std::size_t>(MultiByteToWideChar(
-        CP_UTF8, 0, utf8.data(), static_cast<int>(utf8.size()), text.data(), static_cast<int>(text.size()))));
-    return text;
-}
-
 std::string utf8(BSTR text) {
-    const int size = static_cast<int>(SysStringLen(text));
-    std::string result(static_cast<std::size_t>(size) * 3, '\0');
-    result.resize(static_cast<std::size_t>(WideCharToMultiByte(
-        CP_UTF8, 0, text, size, result.data(), static_cast<int>(result.size()), nullptr, nullptr)));
-    return result;
+    return windows::narrow({text, SysStringLen(text)});
 }
 
 /// Moniker of the group; no value for a name that would make another moniker of it.
 std::optional<std::wstring> moniker(std::string_view group) {
     if (group.empty() || group.find_first_of("/\\,") != std::string_view::npos) return std::nullopt;
-    return L"WinNT://./" + wide(group) + L",group";
+    return L"WinNT://./" + windows::wide(group) + L",group";
 }
 
 ComPointer<IEnumVARIANT> memberList(IADsGroup& group) {
@@ -119,7 +96,7 @@ std::vector<std::string> names(IEnumVARIANT& list) {
 std::optional<std::vector<std::string>> localGroupMembers(std::string_view group) {
     const auto path = moniker(group);
     if (!path) return std::nullopt;
-    const Com com;
+    const windows::ComApartment com;
     const auto object = obtained<IADsGroup>([&](IADsGroup** result) {
         return ADsGetObject(path->c_str(), IID_IADsGroup, reinterpret_cast<void**>(result));
     });

@@ -1,6 +1,7 @@
 #include "platform/console.h"
 
 #include "platform/windows/unique_handle.h"
+#include "platform/windows/wide_text.h"
 
 #include <string>
 
@@ -11,11 +12,8 @@ using namespace windows;
 namespace {
 
 std::wstring withWindowsLineEnds(std::string_view text) {
-    std::wstring wide(text.size(), L'\0');
-    wide.resize(static_cast<std::size_t>(MultiByteToWideChar(
-        CP_UTF8, 0, text.data(), static_cast<int>(text.size()), wide.data(), static_cast<int>(wide.size()))));
     std::wstring lines;
-    for (const wchar_t character : wide) {
+    for (const wchar_t character : wide(text)) {
         if (character == L'\n') lines += L'\r';
         lines += character;
     }

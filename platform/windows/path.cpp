@@ -107,7 +107,7 @@ std::wstring wideFromAnsi(std::string_view text) {
 }
 
 /// https://learn.microsoft.com/windows/win32/api/winternl/nf-winternl-ntcreatefile
-HANDLE openInRoot(const Place& place, DWORD access, DWORD share, DWORD disposition) {
+HANDLE openInRoot(const Place& place, DWORD access, DWORD share, DWORD disposition, ULONG options = 0) {
     std::wstring name = wideFromAnsi(std::string_view(place.native).substr(place.root.size()));
     UNICODE_STRING text{};
     text.Buffer = name.data();
@@ -119,7 +119,7 @@ HANDLE openInRoot(const Place& place, DWORD access, DWORD share, DWORD dispositi
     const NTSTATUS status =
         NtCreateFile(&file, access | SYNCHRONIZE | FILE_READ_ATTRIBUTES, &object, &outcome, nullptr,
                      FILE_ATTRIBUTE_ARCHIVE, share, disposition == OPEN_EXISTING ? FILE_OPEN : FILE_OPEN_IF,
-                     FILE_SYNCHRONOUS_IO_NONALERT | FILE_NON_DIRECTORY_FILE, nullptr, 0);
+                     FILE_SYNCHRONOUS_IO_NONALERT | FILE_NON_DIRECTORY_FILE | options, nullptr, 0);
     if (status >= 0) return file;
     SetLastError(RtlNtStatusToDosError(status));
     return nullptr;
@@ -178,6 +178,15 @@ FileResult locate(std::string_view path, Place& place, const DriveIdentity& driv
 FileResult checkIsFile(const Place& place) {
     if (place.isRoot || place.isFolder()) return FileResult::PathFileAccess;
     return place.asksForFolder ? FileResult::PathNotFound : FileResult::Ok;
+}
+
+UniqueHandle openFileUncached(const Place& place) {
+    constexpr DWORD share = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+    if (place.folder)
+        return UniqueHandle(
+            openInRoot(place, GENERIC_READ, share, OPEN_EXISTING, FILE_NO_INTERMEDIATE_BUFFERING));
+    return UniqueHandle(CreateFileA(place.native.c_str(), GENERIC_READ, share, nullptr, OPEN_EXISTING,
+                                    FILE_FLAG_NO_BUFFERING, nullptr));
 }
 
 UniqueHandle openFile(const Place& place, DWORD access, DWORD share, DWORD disposition) {

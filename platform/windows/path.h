@@ -44,4 +44,9 @@ FileResult checkIsFile(const Place& place);
 UniqueHandle openFile(const Place& place, unsigned long access, unsigned long share,
                       unsigned long disposition);
 
+/// Opens a file that is there to read it from its medium, past the cache: in blocks of whole sectors, into
+/// memory that is aligned as they are.
+/// https://learn.microsoft.com/windows/win32/fileio/file-buffering
+UniqueHandle openFileUncached(const Place& place);
+
 } // namespace platform::windows
