@@ -1,5 +1,6 @@
 #include "platform/windows/volume_identity.h"
 
+#include "platform/windows/storage_device.h"
 #include "platform/windows/unique_handle.h"
 
 #include <windows.h>
@@ -43,44 +44,18 @@ std::optional<std::string> volumeSerial(const std::string& root) {
     return std::to_string(serial);
 }
 
-template <typename Answer>
-bool ask(HANDLE device, DWORD question, Answer& answer) {
-    DWORD size = 0;
-    return DeviceIoControl(device, question, nullptr, 0, &answer, sizeof answer, &size, nullptr) != FALSE &&
-           size >= sizeof answer;
-}
-
 std::string deviceNumber(HANDLE device) {
     STORAGE_DEVICE_NUMBER number{};
-    if (!ask(device, IOCTL_STORAGE_GET_DEVICE_NUMBER, number)) return {};
+    if (!askDevice(device, IOCTL_STORAGE_GET_DEVICE_NUMBER, number)) return {};
     return std::to_string(number.DeviceType) + '.' + std::to_string(number.DeviceNumber) + '.' +
            std::to_string(number.PartitionNumber);
 }
 
 std::string geometry(HANDLE device) {
     DISK_GEOMETRY disk{};
-    if (!ask(device, IOCTL_DISK_GET_DRIVE_GEOMETRY, disk)) return {};
+    if (!askDevice(device, IOCTL_DISK_GET_DRIVE_GEOMETRY, disk)) return {};
     return std::to_string(disk.Cylinders.QuadPart) + '.' + std::to_string(disk.TracksPerCylinder) + '.' +
            std::to_string(disk.SectorsPerTrack) + '.' + std::to_string(disk.BytesPerSector);
-}
-
-/// The serial number that the manufacturer gave the disk; empty when it has none.
-std::string diskSerial(HANDLE device) {
-    STORAGE_PROPERTY_QUERY query{};
-    query.PropertyId = StorageDeviceProperty;
-    query.QueryType = PropertyStandardQuery;
-    alignas(STORAGE_DEVICE_DESCRIPTOR) std::array<char, 1024> answer{};
-    DWORD size = 0;
-    if (DeviceIoControl(device, IOCTL_STORAGE_QUERY_PROPERTY, &query, sizeof query, answer.data(),
-                        static_cast<DWORD>(answer.size()), &size, nullptr) == FALSE)
-        return {};
-    STORAGE_DEVICE_DESCRIPTOR descriptor{};
-    if (size < sizeof descriptor) return {};
-    std::memcpy(&descriptor, answer.data(), sizeof descriptor);
-    const std::size_t start = descriptor.SerialNumberOffset;
-    if (start == 0 || start >= size) return {};
-    const std::string_view text(answer.data() + start, std::min<std::size_t>(size, answer.size()) - start);
-    return std::string(text.substr(0, text.find('\0')));
 }
 
 } // namespace
@@ -89,14 +64,11 @@ std::string volumeIdentity(char letter) {
     const std::string root = {letter, ':', '\\'};
     const auto serial = volumeSerial(root);
     if (!serial) return {};
-    const std::string name = {'\\', '\\', '.', '\\', letter, ':'};
-    // Who only asks needs no right to read the device.
-    const UniqueHandle device(
-        CreateFileA(name.c_str(), 0, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING, 0, nullptr));
+    const UniqueHandle device = openToAsk(letter);
     std::string facts;
     if (device)
         for (const std::string& fact :
-             {deviceNumber(device.get()), geometry(device.get()), diskSerial(device.get())})
+             {deviceNumber(device.get()), geometry(device.get()), storageTexts(device.get()).serial})
             facts += '\n' + fact;
     const bool tellsNothing = *serial == noSerial && facts.find_first_not_of('\n') == std::string::npos;
     return tellsNothing ? std::string() : *serial + facts;

@@ -1,13 +1,18 @@
 #include "platform/volumes.h"
 
 #include "base/text.h"
+#include "platform/blocking.h"
 #include "platform/windows/ansi_text.h"
 #include "platform/windows/quiet_errors.h"
+#include "platform/windows/storage_device.h"
 #include "platform/windows/unique_handle.h"
+
+#include <winioctl.h>
 
 #include <algorithm>
 #include <array>
 #include <bit>
+#include <optional>
 #include <string>
 
 namespace platform {
@@ -56,39 +61,88 @@ std::uint32_t driveType(std::string_view root) {
 }
 
 bool diskFreeSpace(std::string_view root, DiskFreeSpace& space) {
-    const QuietErrors quiet;
-    ULARGE_INTEGER freeToCaller{};
-    ULARGE_INTEGER total{};
-    ULARGE_INTEGER totalFree{};
-    if (GetDiskFreeSpaceExA(upToNul(root).c_str(), &freeToCaller, &total, &totalFree) == FALSE) return false;
-    space = {bytesOf(freeToCaller), bytesOf(total), bytesOf(totalFree)};
-    return true;
+    const auto measured = blocking([root = upToNul(root)]() -> std::optional<DiskFreeSpace> {
+        const QuietErrors quiet;
+        ULARGE_INTEGER freeToCaller{};
+        ULARGE_INTEGER total{};
+        ULARGE_INTEGER totalFree{};
+        if (GetDiskFreeSpaceExA(root.c_str(), &freeToCaller, &total, &totalFree) == FALSE)
+            return std::nullopt;
+        return DiskFreeSpace{bytesOf(freeToCaller), bytesOf(total), bytesOf(totalFree)};
+    });
+    if (measured) space = *measured;
+    return measured.has_value();
 }
 
 bool volumeInformation(std::string_view root, std::span<char> label, std::span<char> fileSystem) {
-    const QuietErrors quiet;
-    std::array<char, nameSize> labelText{};
-    std::array<char, nameSize> fileSystemText{};
-    if (GetVolumeInformationA(upToNul(root).c_str(), labelText.data(), nameSize, nullptr, nullptr, nullptr,
-                              fileSystemText.data(), nameSize) == FALSE) {
-        return false;
-    }
-    store(utf8FromAnsi(labelText.data()), label);
-    store(utf8FromAnsi(fileSystemText.data()), fileSystem);
+    struct Names {
+        std::array<char, nameSize> label{};
+        std::array<char, nameSize> fileSystem{};
+    };
+    const auto names = blocking([root = upToNul(root)]() -> std::optional<Names> {
+        const QuietErrors quiet;
+        Names found;
+        if (GetVolumeInformationA(root.c_str(), found.label.data(), nameSize, nullptr, nullptr, nullptr,
+                                  found.fileSystem.data(), nameSize) == FALSE)
+            return std::nullopt;
+        return found;
+    });
+    if (!names) return false;
+    store(utf8FromAnsi(names->label.data()), label);
+    store(utf8FromAnsi(names->fileSystem.data()), fileSystem);
     return true;
+}
+
+namespace {
+
+/// Of a disk without a file system its own size is all there is.
+std::uint64_t deviceSize(HANDLE device) {
+    DISK_GEOMETRY disk{};
+    if (!askDevice(device, IOCTL_DISK_GET_DRIVE_GEOMETRY, disk)) return 0;
+    return static_cast<std::uint64_t>(disk.Cylinders.QuadPart) * disk.TracksPerCylinder *
+           disk.SectorsPerTrack * disk.BytesPerSector;
+}
+
+DiskDescription describe(const std::string& root) {
+    const QuietErrors quiet;
+    DiskDescription disk;
+    if (const UniqueHandle device = openToAsk(root[0])) {
+        const StorageTexts texts = storageTexts(device.get());
+        disk.maker = utf8FromAnsi(texts.maker);
+        disk.model = utf8FromAnsi(texts.model);
+        disk.size = deviceSize(device.get());
+    }
+    ULARGE_INTEGER total{};
+    if (GetDiskFreeSpaceExA(root.c_str(), nullptr, &total, nullptr) != FALSE) disk.size = total.QuadPart;
+    std::array<char, nameSize> label{};
+    if (GetVolumeInformationA(root.c_str(), label.data(), nameSize, nullptr, nullptr, nullptr, nullptr, 0) !=
+        FALSE)
+        disk.label = utf8FromAnsi(label.data());
+    return disk;
+}
+
+} // namespace
+
+DiskDescription diskDescription(std::string_view root) {
+    if (upToNul(root).empty()) return {};
+    return blocking([root = upToNul(root)] { return describe(root); });
 }
 
 bool setVolumeLabel(std::string_view root, std::string_view label, const DriveIdentity& drive) {
     const QuietErrors quiet;
     if (drive && driveIdentity(root) != drive) return false;
     const auto text = exactAnsi(label);
-    return text && SetVolumeLabelA(upToNul(root).c_str(), text->c_str()) != FALSE;
+    return text && blocking([root = upToNul(root), text = *text] {
+               const QuietErrors quietThere;
+               return SetVolumeLabelA(root.c_str(), text.c_str()) != FALSE;
+           });
 }
 
+namespace {
+
 /// A user who may not open the volume itself has to do with each file having been flushed by itself.
-bool settleVolume(std::string_view root) {
+bool settle(const std::string& rootPath) {
     const QuietErrors quiet;
-    const std::string rootPath = upToNul(root);
     if (GetFileAttributesA(rootPath.c_str()) == INVALID_FILE_ATTRIBUTES) return false;
     const std::string device = R"(\\.\)" + rootPath.substr(0, 2);
     const UniqueHandle volume(CreateFileA(device.c_str(), GENERIC_READ | GENERIC_WRITE,
@@ -97,6 +151,12 @@ bool settleVolume(std::string_view root) {
     if (!volume || FlushFileBuffers(volume.get()) != FALSE) return true;
     const DWORD error = GetLastError();
     return error == ERROR_ACCESS_DENIED || error == ERROR_INVALID_FUNCTION || error == ERROR_NOT_SUPPORTED;
+}
+
+} // namespace
+
+bool settleVolume(std::string_view root) {
+    return blocking([root = upToNul(root)] { return settle(root); });
 }
 
 std::string missingDriveService() {
