@@ -1,5 +1,7 @@
 #include "platform/device_events.h"
 
+#include "platform/blocking.h"
+
 #include <windows.h>
 
 #include <dbt.h>
@@ -53,9 +55,15 @@ WindowProcedure portable(LONG_PTR procedure) {
 /// delivered.
 std::intptr_t deliver(const Hook& hook, std::intptr_t window, std::uint32_t message, std::uintptr_t wParam,
                       std::intptr_t lParam) {
+    const DeviceEventDelivery delivery = state().delivery; // it may be exchanged meanwhile
+    if (isInBlockingCall()) {
+        // It comes once more, when that is over. What the message points to is gone by then, and nobody looks
+        // at it.
+        delivery([window, message, wParam] { sendWindowMessage(window, message, wParam, 0); });
+        return callWindowProcedure(hook.first, window, message, wParam, lParam);
+    }
     std::intptr_t result = 0;
     const bool outer = std::exchange(state().passedOn, false);
-    const DeviceEventDelivery delivery = state().delivery; // it may be exchanged meanwhile
     delivery([&] { result = hook.procedure(window, message, wParam, lParam); });
     const bool passedOn = std::exchange(state().passedOn, outer);
     return passedOn ? result : callWindowProcedure(hook.first, window, message, wParam, lParam);

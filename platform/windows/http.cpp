@@ -1,5 +1,6 @@
 #include "platform/http.h"
 
+#include "platform/blocking.h"
 #include "platform/http_address.h"
 #include "platform/http_pace.h"
 #include "platform/windows/ansi_text.h"
@@ -31,6 +32,8 @@ using Clock = std::chrono::steady_clock;
 constexpr std::size_t readAhead = 1024ULL * 1024;
 constexpr std::size_t blockSize = 16ULL * 1024;
 constexpr int maxRedirects = 10;
+constexpr auto longestLook =
+    std::chrono::milliseconds(100); // at one time, so that nobody waits for it for long
 constexpr DWORD longestAddress = 64 * 1024;
 
 /// An internet handle, closed when this object goes.
@@ -106,7 +109,7 @@ std::optional<std::uint64_t> announcedLengthOf(HINTERNET request) {
 /// What the thread that waits in the library and the one that waits for it have in common. The library's own
 /// time-outs end a silence and nothing else, and no call of it can be asked to come back earlier: so a thread
 /// makes the calls, and is left to itself when they take too long.
-struct Transfer {
+struct Transfer : std::enable_shared_from_this<Transfer> {
     // The thread's side.
 
     /// An address is asked for, the first one or that of a redirect; false when nobody waits for it any more.
@@ -120,11 +123,14 @@ struct Transfer {
 
     // The other side.
 
+    /// Waits until so many bytes are there or no more come, but no longer than until then.
+    void waitFor(std::size_t wanted, Clock::time_point end);
     std::size_t read(std::span<char> buffer);
     /// Leaves the thread to itself, which then closes what it has open as soon as the library lets it. True
     /// when it has, and has nothing left to do.
     bool abandon();
     bool isFinished() const;
+    std::optional<InternetRequest::Silence> silence() const;
 
     mutable std::mutex mutex;
     std::condition_variable changed;
@@ -132,6 +138,7 @@ struct Transfer {
     HttpPace pace{timeouts, Clock::now()};
     Clock::time_point opening = Clock::now();
     bool opened = false;
+    bool waitedFor = false;
     std::string received;
     std::size_t handedOut = 0;
     std::size_t limit = readAhead; ///< of what is received and not handed out; at least what is asked for
@@ -192,17 +199,29 @@ Clock::time_point Transfer::deadline() const {
     return opened ? pace.deadline() : opening + timeouts.connect + timeouts.silence;
 }
 
+void Transfer::waitFor(std::size_t wanted, Clock::time_point end) {
+    std::unique_lock lock(mutex);
+    changed.wait_until(lock, end, [this, wanted] { return ended || available() >= wanted; });
+}
+
 std::size_t Transfer::read(std::span<char> buffer) {
     std::unique_lock lock(mutex);
     limit = std::max(buffer.size(), readAhead);
     changed.notify_all();
     pace.resume(Clock::now());
+    waitedFor = true;
     while (!ended && available() < buffer.size()) {
-        if (Clock::now() < deadline())
-            changed.wait_until(lock, deadline());
-        else
+        if (Clock::now() < deadline()) {
+            const Clock::time_point end = std::min(deadline(), Clock::now() + longestLook);
+            lock.unlock();
+            blocking(
+                [self = shared_from_this(), wanted = buffer.size(), end] { self->waitFor(wanted, end); });
+            lock.lock();
+        } else {
             ended = abandoned = true;
+        }
     }
+    waitedFor = false;
     pace.suspend(Clock::now());
     return take(buffer);
 }
@@ -222,6 +241,16 @@ bool Transfer::abandon() {
     changed.notify_all();
     if (!tooLate) changed.wait_for(lock, grace, [this] { return finished; });
     return finished;
+}
+
+std::optional<InternetRequest::Silence> Transfer::silence() const {
+    using std::chrono::milliseconds;
+    const std::lock_guard lock(mutex);
+    if (!waitedFor) return std::nullopt;
+    const Clock::time_point now = Clock::now();
+    return InternetRequest::Silence{
+        std::chrono::duration_cast<milliseconds>(now - (opened ? pace.lastSign() : opening)),
+        std::max(std::chrono::duration_cast<milliseconds>(deadline() - now), milliseconds(0))};
 }
 
 bool Transfer::isFinished() const {
@@ -349,6 +378,10 @@ InternetRequest::~InternetRequest() {
 
 std::size_t InternetRequest::read(std::span<char> buffer) {
     return state_ ? state_->transfer().read(buffer) : 0;
+}
+
+std::optional<InternetRequest::Silence> InternetRequest::silence() const {
+    return state_ ? state_->transfer().silence() : std::nullopt;
 }
 
 bool InternetRequest::complete() const {
