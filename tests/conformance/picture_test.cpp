@@ -81,6 +81,19 @@ std::string jpegOf(std::size_t side, std::size_t scans) {
     return file + "\xFF\xD9";
 }
 
+/// Two by two pixels, red and green above blue and white.
+std::string bitmapOf(std::size_t bits, bool topFirst, std::size_t gap = 0) {
+    const std::string padding = bits == 24 ? "\0\0"s : "";
+    const std::string alpha = bits == 24 ? "" : "\xFF"s;
+    const std::string above = "\0\0\xFF"s + alpha + "\0\xFF\0"s + alpha + padding;
+    const std::string below = "\xFF\0\0"s + alpha + "\xFF\xFF\xFF"s + alpha + padding;
+    const std::string header = little(40, 4) + little(2, 4) + little(topFirst ? 0xFFFFFFFE : 2, 4) +
+                               little(1, 2) + little(bits, 2) + std::string(24, '\0');
+    const std::string pixels = topFirst ? above + below : below + above;
+    return "BM" + little(54 + gap + pixels.size(), 4) + little(0, 4) + little(54 + gap, 4) + header +
+           std::string(gap, '\0') + pixels;
+}
+
 class Pictures : public testing::Test {
 protected:
     void TearDown() override { std::remove(file().c_str()); }
@@ -125,6 +138,19 @@ TEST_F(Pictures, OfTheProgramAreDecodedAtOnce) {
         EXPECT_LT(timeFor([&] { picture = load(contents); }), longestOfTheProgram);
         EXPECT_GT(sizeOf(picture).width, 15);
         EXPECT_GT(sizeOf(picture).height, 15);
+    }
+}
+
+TEST_F(Pictures, OfABitmapEachPixelIsInItsPlace) {
+    for (const auto& file : {bitmapOf(24, false), bitmapOf(24, true), bitmapOf(32, false),
+                             bitmapOf(24, false, 10), bitmapOf(24, false) + "more"}) {
+        const base::Picture picture = load(file);
+        EXPECT_EQ(sizeOf(picture).width, 2);
+        EXPECT_EQ(sizeOf(picture).height, 2);
+        EXPECT_EQ(pixelOf(picture, 0, 0), red);
+        EXPECT_EQ(pixelOf(picture, 1, 0), green);
+        EXPECT_EQ(pixelOf(picture, 0, 1), blue);
+        EXPECT_EQ(pixelOf(picture, 1, 1), (Color{255, 255, 255}));
     }
 }
 
