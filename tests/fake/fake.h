@@ -3,6 +3,7 @@
 
 #include "platform/device_events.h"
 #include "platform/files.h"
+#include "platform/http.h"
 #include "platform/notify_icon.h"
 #include "platform/volumes.h"
 #include "toolkit/form.h"
@@ -25,6 +26,8 @@ struct Drive {
     std::uint64_t free = 0;
     std::string label;
     std::string fileSystem;
+    std::string maker = {}; ///< of the disk, as the next
+    std::string model = {};
     std::string medium = {}; ///< what tells it from others; empty: there is one for each root
 };
 
@@ -45,6 +48,11 @@ struct ShellCall {
     int showCommand = 0;
 };
 
+struct Notification {
+    std::intptr_t window = 0;
+    std::string title, text;
+};
+
 struct TrayCall {
     platform::NotifyIcon message{};
     platform::NotifyIconRecord record{};
@@ -58,7 +66,8 @@ struct Computer {
     std::map<std::string, std::string> web;       ///< contents by address; what is missing cannot be reached
     std::size_t longestRead = SIZE_MAX;           ///< bytes that one read from the web gives at the most
     std::optional<std::uint64_t> announcedLength; ///< of every download, true or not
-    std::chrono::milliseconds clockStep{4};       ///< between two looks at the clock; a pump is due by then
+    std::optional<platform::InternetRequest::Silence> silence; ///< of the server
+    std::chrono::milliseconds clockStep{4}; ///< between two looks at the clock; a pump is due by then
     std::string separator = ",";
     std::string folder = "/opt/tool";
     std::string settingsFolder = "/opt/tool";
@@ -67,6 +76,8 @@ struct Computer {
     std::function<int(const Message&)> answer;
     /// Runs in the pump, as events do.
     std::function<void()> onPump;
+    /// Runs while a wait paints.
+    std::function<void()> onPaint;
     /// Runs when a window is shown modally, in place of the user.
     std::function<void(toolkit::Form&)> onModal;
     /// Runs when a window gets a procedure, and when something is done to a tray icon.
@@ -77,6 +88,8 @@ struct Computer {
     /// What writing to a path comes to.
     std::map<std::string, platform::FileResult> writeResults;
     bool settles = true;
+    bool sparesCopies = false;  ///< a copy that is there already is left alone
+    bool active = true;         ///< the user works with one of the program's windows
     std::string missingService; ///< as missingDriveService() tells it
     /// Makes an operation fail; it is given as the journal has it. File operations come to `failure` then,
     /// and whatever is fetched ends there.
@@ -90,17 +103,21 @@ struct Computer {
     std::vector<ShellCall> shellCalls;
     std::vector<std::string> choosers;
     std::vector<TrayCall> trayCalls;
+    std::vector<Notification> notifications;
     std::vector<std::string> fetched; ///< addresses
     std::vector<std::uint32_t> fetchFlags;
     std::vector<std::string> agents;  ///< agent text and access type
     std::vector<std::string> writes;  ///< paths, in order
     std::vector<std::string> settled; ///< roots
     std::vector<std::string> windows; ///< "open frmMain", "modal frmAuswahl", "close frmMain"
-    /// All of it in order: "fetch address", "read address", "load path", "write path", "copy path", "delete
-    /// path", "settle root", "pump", "message title", "open file".
+    /// All of it in order: "fetch address", "read address", "load path", "write path", "copy path", "compare
+    /// path", "delete path", "settle root", "pump", "message title", "open file".
     std::vector<std::string> journal;
     std::map<std::string, std::string> owners; ///< name of the owner of a window that was shown, by its name
     int pumps = 0;
+    int paints = 0; ///< while something was waited for
+    int heldEventsAskedFor = 0;
+    int wakeUps = 0;                         ///< by jobs that were done; to be looked at when none runs
     std::chrono::milliseconds longestPump{}; ///< what the last one was given
     int quits = 0;
     int driveScans = 0;

@@ -4,8 +4,11 @@
 
 #include "platform/drive_identity.h"
 #include "platform/http.h"
+#include "platform/notification.h"
 #include "platform/program_folder.h"
 #include "platform/shell.h"
+#include "platform/system_path.h"
+#include "platform/taskbar.h"
 #include "platform/user_locale.h"
 
 #include <algorithm>
@@ -85,6 +88,12 @@ DriveIdentity driveIdentity(std::string_view root) {
     return {drive->total == 0 ? std::string() : untilNul(root)};
 }
 
+DiskDescription diskDescription(std::string_view root) {
+    const fake::Drive* const drive = driveOf(root);
+    if (drive == nullptr) return {};
+    return {drive->maker, drive->model, drive->total, drive->label};
+}
+
 bool setVolumeLabel(std::string_view root, std::string_view label, const DriveIdentity& drive) {
     if (driveOf(root) == nullptr || !fake::isOnDrive(root, drive)) return false;
     computer().drives[std::string(root)].label = label;
@@ -144,16 +153,30 @@ FileResult writeWholeFile(std::string_view path, std::string_view contents, cons
     return store("write ", std::string(path), contents);
 }
 
-FileResult copyFile(std::string_view source, std::string_view target, const DriveIdentity& drive) {
+FileResult copyFile(std::string_view source, std::string_view target, const DriveIdentity& drive,
+                    bool* untouched) {
     if (!fake::isOnDrive(target, drive)) return FileResult::DiskNotReady;
     std::string contents;
     const FileResult read = readWholeFile(source, contents);
     if (read != FileResult::Ok) return read;
+    if (computer().sparesCopies && untouched != nullptr && fileLength(target) &&
+        computer().files[std::string(target)].contents == contents) {
+        *untouched = true;
+        return FileResult::Ok;
+    }
     const FileResult result = store("copy ", std::string(target), contents);
     if (result != FileResult::Ok) return result;
     computer().files[std::string(target)] = computer().files[std::string(source)];
     computer().files[std::string(target)].attributes &= ~std::uint32_t{FileReadOnly};
     return result;
+}
+
+FileResult compareFile(std::string_view path, std::string_view contents, const DriveIdentity& drive) {
+    if (!fake::isOnDrive(path, drive)) return FileResult::DiskNotReady;
+    if (fake::enter("compare " + std::string(path))) return computer().failure;
+    const auto found = computer().files.find(std::string(path));
+    if (found == computer().files.end()) return FileResult::FileNotFound;
+    return found->second.contents == contents ? FileResult::Ok : FileResult::DeviceIo;
 }
 
 FileResult deleteFile(std::string_view path) {
@@ -188,12 +211,25 @@ bool FileSearch::next(FoundFile& found) {
     return true;
 }
 
+bool showNotification(std::intptr_t window, std::string_view title, std::string_view text) {
+    computer().notifications.push_back({window, std::string(title), std::string(text)});
+    return true;
+}
+
+bool showInTaskbar(std::intptr_t, TaskbarProgress, double) {
+    return false; // its windows have no bars that could tell
+}
+
 std::string programFolder() {
     return computer().folder;
 }
 
 std::string settingsFolder() {
     return computer().settingsFolder;
+}
+
+std::string systemPath(std::string_view path) {
+    return std::string(path);
 }
 
 std::string decimalSeparator() {
@@ -238,6 +274,10 @@ std::size_t InternetRequest::read(std::span<char> buffer) {
     state_->rest.remove_prefix(length);
     state_->read += length;
     return length;
+}
+
+std::optional<InternetRequest::Silence> InternetRequest::silence() const {
+    return computer().silence;
 }
 
 bool InternetRequest::complete() const {

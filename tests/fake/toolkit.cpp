@@ -10,6 +10,9 @@
 #include "toolkit/message_box.h"
 #include "toolkit/picture.h"
 
+#include <algorithm>
+#include <thread>
+
 namespace fake {
 
 namespace {
@@ -34,6 +37,7 @@ public:
     void close() override { computer().windows.push_back("close " + name_); }
     void restore() override { computer().windows.push_back("restore " + name_); }
     toolkit::WindowHandle handle() const override { return windowHandle; }
+    bool isProgramActive() const override { return computer().active; }
 
 private:
     void noteOwner(const FormView* owner) const {
@@ -117,6 +121,21 @@ void pumpEvents(std::chrono::milliseconds longest) {
     fake::enter("pump");
     const auto events = fake::computer().onPump;
     if (events) events();
+}
+
+void paintPending(std::chrono::milliseconds longest) {
+    ++fake::computer().paints;
+    const auto meanwhile = fake::computer().onPaint;
+    if (meanwhile) meanwhile();
+    std::this_thread::sleep_for(std::min(longest, std::chrono::milliseconds(1)));
+}
+
+void wakeUp() {
+    ++fake::computer().wakeUps;
+}
+
+void handleHeldEventsSoon() {
+    ++fake::computer().heldEventsAskedFor;
 }
 
 /// The tests are one after the other: the clock goes on from test to test.
