@@ -8,6 +8,7 @@
 #include <QWidget>
 
 #include <memory>
+#include <utility>
 
 namespace toolkit::qt {
 
@@ -20,10 +21,16 @@ public:
     using ControlView::ControlView;
 
 protected:
-    /// Hands an event to the core; the one way in.
+    /// Hands an event to the core; the one way in. It may be held for a while, so the handler owns what it
+    /// uses.
     template <typename Handler>
     void send(Handler handler) {
-        if (bound()) dispatch(handler);
+        if (bound())
+            dispatch(
+                [this, handler = std::move(handler)] {
+                    if (bound()) handler();
+                },
+                this);
     }
 };
 
@@ -37,8 +44,12 @@ protected:
     void adoptDesign() override;
 
 private:
+    void showToolTip();
+
     Control& control_;
     QWidget& widget_;
+    std::string designToolTip_;
+    QString designDescription_;
 };
 
 } // namespace toolkit::qt

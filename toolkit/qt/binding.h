@@ -20,6 +20,7 @@ std::unique_ptr<Adaptor> adaptListView(Control& control, QObject* part);
 std::unique_ptr<Adaptor> adaptMenuItem(Control& control, QObject* part);
 std::unique_ptr<Adaptor> adaptOptionButton(Control& control, QObject* part);
 std::unique_ptr<Adaptor> adaptPictureBox(Control& control, QObject* part);
+std::unique_ptr<Adaptor> adaptProgressBar(Control& control, QObject* part);
 std::unique_ptr<Adaptor> adaptStatusBar(Control& control, QObject* part);
 std::unique_ptr<Adaptor> adaptStatusPanel(Control& control, QObject* part);
 std::unique_ptr<Adaptor> adaptTextBox(Control& control, QObject* part);

@@ -1,5 +1,6 @@
 #include "toolkit/timer.h"
 
+#include "toolkit/held_events.h"
 #include "toolkit/qt/binding.h"
 
 #include <QTimer>
@@ -33,7 +34,9 @@ private:
         if (timer_.running() && !ticking_) clock_.start(timer_.interval());
     }
 
+    /// One that is held does not start the interval anew, which would make two of it.
     void timeout() {
+        if (eventsAreHeld()) return holdEvent(this, [this] { timeout(); });
         ticking_ = true;
         send([this] { timer_.tick(); });
         ticking_ = false;
