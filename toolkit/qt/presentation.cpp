@@ -61,7 +61,7 @@ void setGaps(QWidget& part) {
 
 void setProgramFont(QWidget& window) {
     const QString family = QStringLiteral("Tahoma");
-    if (!QFontDatabase::hasFamily(family)) return;
+    if (QFontDatabase::styles(family).isEmpty()) return; // without a list of all families
     QFont font = window.font();
     font.setFamilies({family});
     window.setFont(font);
