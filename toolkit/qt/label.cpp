@@ -1,6 +1,7 @@
 #include "toolkit/label.h"
 
 #include "toolkit/qt/binding.h"
+#include "toolkit/qt/colors.h"
 #include "toolkit/qt/texts.h"
 #include "toolkit/shown_text.h"
 
@@ -27,19 +28,13 @@ protected:
     }
 
 private:
-    void showCaption() {
-        const QString text = lines(shownText(label_.caption()));
-        widget_.setText(text);
-        // A bare figure says nothing to who cannot see what stands beside it.
-        const QString spokenPrefix = widget_.property("spokenPrefix").toString();
-        if (!spokenPrefix.isEmpty()) widget_.setAccessibleName(spokenPrefix + QLatin1Char(' ') + text);
-    }
+    void showCaption() { widget_.setText(lines(shownText(label_.caption()))); }
 
     void showBackColor() {
         if (!label_.backColor()) return;
         const Color color = *label_.backColor();
         QPalette palette = widget_.palette();
-        palette.setColor(QPalette::Window, QColor(color.red, color.green, color.blue));
+        palette.setColor(QPalette::Window, toQt(color));
         widget_.setPalette(palette);
         widget_.setAutoFillBackground(true);
     }

@@ -14,7 +14,7 @@ public:
         widget.onKeyPress = [this](char32_t character) {
             send([this, character] { box_.keyPress(character); });
         };
-        widget.onTyped = [this](const QString& text) { send([this, &text] { box_.typed(toUtf8(text)); }); };
+        widget.onTyped = [this](const QString& text) { send([this, text] { box_.typed(toUtf8(text)); }); };
         shows(Property::Text, [this] { widget_.setText(fromUtf8(box_.text())); });
         showsChanges({Property::Selection}, [this] { showSelection(); });
         showsChanges({Property::Focus}, [this] { widget_.setFocus(Qt::OtherFocusReason); });
