@@ -29,13 +29,7 @@ private:
     }
 
     /// Comes once for each of some hundred rectangles, so nothing is painted here.
-    void showDrawing() {
-        widget_.update();
-        QString spoken;
-        for (const PictureBox::Text& text : box_.texts())
-            spoken += fromUtf8(text.text);
-        if (spoken != widget_.accessibleDescription()) widget_.setAccessibleDescription(spoken);
-    }
+    void showDrawing() { widget_.update(); }
 
     PictureBox& box_;
     PictureBoxWidget& widget_;

@@ -11,7 +11,7 @@ namespace toolkit::qt {
 /// Paints what a picture box holds, scaled to the room inside of the border.
 class PictureBoxWidget : public QFrame {
 public:
-    using QFrame::QFrame;
+    explicit PictureBoxWidget(QWidget* parent = nullptr);
 
     /// Null when there is nothing to paint any more.
     void setSource(const PictureBox* box);
@@ -20,13 +20,19 @@ public:
     /// shown.
     PictureBox::Size textSize(const QString& text) const;
 
+    /// What is written into it.
+    QString text() const;
+
     QSize sizeHint() const override;
 
 protected:
     void paintEvent(QPaintEvent* event) override;
 
 private:
+    void tellScreenReaders();
+
     const PictureBox* box_ = nullptr;
+    QString told_; ///< what screen readers know to be written into it
 };
 
 } // namespace toolkit::qt

@@ -14,7 +14,10 @@ class StatusPanelAdaptor : public WidgetAdaptor {
 public:
     StatusPanelAdaptor(StatusPanel& panel, StatusPanelWidget& widget)
         : WidgetAdaptor(panel, widget), panel_(panel), widget_(widget) {
-        showsChanges({Property::Text}, [this] { widget_.textChanged(); });
+        showsChanges({Property::Text}, [this] {
+            widget_.setHead(panel_.head());
+            widget_.textChanged();
+        });
         // The layout's picture stays until the panel has one of its own.
         const auto hasOne = [this] { return panel_.picture() != nullptr; };
         const auto showPicture = [this] { this->showPicture(); };
