@@ -3,15 +3,17 @@
 #include "platform/device_events.h"
 #include "toolkit/backend.h"
 #include "toolkit/form.h"
+#include "toolkit/held_events.h"
 #include "toolkit/qt/binding.h"
 #include "toolkit/qt/form_window.h"
+#include "toolkit/qt/front_again.h"
 #include "toolkit/qt/layouts.h"
 #include "toolkit/qt/picture.h"
 #include "toolkit/qt/presentation.h"
 #include "toolkit/qt/texts.h"
 #include "toolkit/shown_properties.h"
 
-#include <QCoreApplication>
+#include <QApplication>
 #include <QEventLoop>
 #include <QPointer>
 #include <QPushButton>
@@ -53,7 +55,7 @@ public:
         if (form.caption().empty()) form.setCaption(toUtf8(window_->windowTitle()));
         properties_.showAll();
         window_->fitScreen();
-        window_->onCloseRequested = [&form] { dispatch([&form] { form.closeRequested(); }); };
+        window_->onCloseRequested = [this] { requestClose(); };
         window_->onEnter = [this](const QWidget* focus) { enter(focus); };
         window_->onFocusMoved = [this](const QWidget* focus) { showEnterButton(focus); };
         window_->watchEnter();
@@ -64,6 +66,7 @@ public:
     /// The controls may be gone. The window may be the sender of the event that is being handled.
     ~WindowView() override {
         std::erase(liveViews(), this);
+        forgetHeldEvents(this);
         if (window_ == nullptr) return;
         window_->hide();
         window_->deleteLater();
@@ -76,6 +79,7 @@ public:
     void open(FormView* owner) override { present(owner, Qt::NonModal); }
 
     void openModal(FormView* owner) override {
+        const FrontAgain frontAgain;
         present(owner, Qt::ApplicationModal);
         QEventLoop loop;
         modalLoop_ = &loop;
@@ -85,7 +89,10 @@ public:
 
     void close() override {
         releaseControls();
-        if (window_ != nullptr) window_->hide();
+        if (window_ != nullptr) {
+            window_->hide();
+            if (QWidget* const owner = window_->parentWidget()) comeBack(*owner);
+        }
         tellDestroyed();
         if (modalLoop_ != nullptr) modalLoop_->quit();
     }
@@ -98,6 +105,8 @@ public:
     }
 
     WindowHandle handle() const override { return handle_; }
+
+    bool isProgramActive() const override { return QApplication::activeWindow() != nullptr; }
 
     Form& form() { return form_; }
 
@@ -127,6 +136,7 @@ private:
 
     void present(FormView* owner, Qt::WindowModality modality) {
         auto* ownerView = static_cast<WindowView*>(owner);
+        nothingComesBack();
         if (window_ != nullptr)
             window_->present(ownerView == nullptr ? nullptr : ownerView->window_.data(), modality);
     }
@@ -139,15 +149,23 @@ private:
     }
 
     void enter(const QWidget* focus) {
-        dispatch([this, control = controlOf(focus)] { form_.enterPressed(control); });
+        dispatch([this, control = controlOf(focus)] { form_.enterPressed(control); }, this);
+    }
+
+    void requestClose() {
+        if (liveViews().front() == this)
+            requestProgramClose();
+        else
+            dispatch([this] { form_.closeRequested(); }, this);
     }
 
     /// It looks different, so that who presses Enter knows what it will do.
     void showEnterButton(const QWidget* focus) {
         const Button* const button = form_.enterButton(controlOf(focus));
         if (button == nullptr) return;
-        if (auto* widget = window_->findChild<QPushButton*>(fromUtf8(button->name())))
-            widget->setDefault(true);
+        const QString name = fromUtf8(button->name());
+        for (auto* widget : window_->findChildren<QPushButton*>())
+            widget->setDefault(widget->objectName() == name);
     }
 
     void releaseControls() {
@@ -176,7 +194,7 @@ void requestProgramClose() {
     if (liveViews().empty())
         endAfterClosing();
     else
-        dispatch([form = &liveViews().front()->form()] { form->closeRequested(); });
+        dispatchEndWish([form = &liveViews().front()->form()] { form->closeRequested(); });
 }
 
 void releaseAllWindows() {

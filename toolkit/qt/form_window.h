@@ -1,15 +1,24 @@
 #pragma once
 
-#include <QDialog>
+#include <QEvent>
+#include <QWidget>
 
 #include <functional>
 
 namespace toolkit::qt {
 
 /// The window of a form. It never closes by itself: a wish to close it is reported, and the form decides.
-class FormWindow : public QDialog {
+///
+/// It is no QDialog: Qt itself would put that on the screen, where the desktop knows a better place, and a
+/// screen reader would read all of the main window to its user after every box.
+class FormWindow : public QWidget {
 public:
-    FormWindow() = default;
+    FormWindow();
+    ~FormWindow() override;
+
+    /// The window that the user works with, or did before another program came to the front; null when none
+    /// is shown.
+    static QWidget* front();
 
     std::function<void()> onCloseRequested;
     /// Enter was pressed, while that part (null for none) had the keyboard.
@@ -17,7 +26,8 @@ public:
     /// Another part of the window has the keyboard.
     std::function<void(const QWidget* focus)> onFocusMoved;
 
-    /// Puts the window beside its owner (null for none) and on the screen.
+    /// Puts the window on the screen: over its owner; without one (null) where the desktop wants it. A modal
+    /// one whose owner is not shown yet is in the middle of the screen.
     void present(QWidget* owner, Qt::WindowModality modality);
 
     /// Has Enter reported wherever the keyboard is: some desktops' buttons take it as a click of their own.
@@ -25,10 +35,6 @@ public:
 
     /// Gives the contents the room they want, as far as the screen allows; never takes any.
     void fitScreen();
-
-    /// Escape; only a modal dialog takes it as a wish to close. The assistant has no way to cancel what it
-    /// does.
-    void reject() override;
 
 protected:
     void changeEvent(QEvent* event) override;
@@ -39,6 +45,12 @@ protected:
 private:
     bool handleEnter(const QKeyEvent& event);
     void requestClose();
+    void chooseFirstFocus();
+    void placeOver(const QRect& middle);
+    void appearingGoesOn(QEvent::Type step);
+    void keepOnScreen();
+
+    bool appearing_ = false; ///< the desktop is still about to place it
 };
 
 } // namespace toolkit::qt

@@ -11,13 +11,13 @@ namespace toolkit::qt {
 namespace {
 
 template <typename Layout>
-void setUp(QDialog& window) {
+void setUp(QWidget& window) {
     Layout().setupUi(&window);
 }
 
 struct Entry {
     std::string_view name;
-    void (*setUp)(QDialog&);
+    void (*setUp)(QWidget&);
 };
 
 constexpr std::array layouts = {

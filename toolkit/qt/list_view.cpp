@@ -1,5 +1,6 @@
 #include "toolkit/list_view.h"
 
+#include "toolkit/held_events.h"
 #include "toolkit/qt/binding.h"
 #include "toolkit/qt/captioned.h"
 #include "toolkit/qt/list_header.h"
@@ -119,11 +120,21 @@ private:
             const QSignalBlocker silence(widget_);
             widget_.clear();
             widget_.setColumnCount(static_cast<int>(list_.columns().size()));
-            for (const ListView::Item& item : list_.items())
-                widget_.addTopLevelItem(new QTreeWidgetItem(rowTexts(item)));
+            for (std::size_t row = 0; row < list_.items().size(); ++row)
+                widget_.addTopLevelItem(rowOf(row));
         }
         showColumns();
         showSelected();
+    }
+
+    QTreeWidgetItem* rowOf(std::size_t row) const {
+        auto* item = new QTreeWidgetItem(rowTexts(list_.items()[row]));
+        const std::string& tip = list_.itemToolTip(row);
+        for (int column = 0; column < item->columnCount(); ++column) {
+            item->setToolTip(column, plainToolTip(tip));
+            item->setData(column, Qt::AccessibleDescriptionRole, fromUtf8(tip));
+        }
+        return item;
     }
 
     void showColumns() {
@@ -155,6 +166,7 @@ private:
 
     /// A column that may not change does not even look as if it could be dragged.
     void askForColumns() {
+        if (eventsAreHeld()) return; // nobody would answer
         bool refused = false;
         send([this, &refused] { refused = list_.headerNotify(ListView::HeaderItemChanging); });
         const auto mode = refused ? QHeaderView::Fixed : QHeaderView::Interactive;

@@ -1,10 +1,11 @@
 #include "toolkit/message_box.h"
 
 #include "toolkit/backend.h"
+#include "toolkit/qt/form_window.h"
+#include "toolkit/qt/front_again.h"
 #include "toolkit/qt/texts.h"
 
 #include <QAbstractButton>
-#include <QApplication>
 #include <QMessageBox>
 #include <QPushButton>
 
@@ -68,30 +69,13 @@ QString withBreaks(const QString& text) {
     return broken;
 }
 
-int depth(const QWidget* window) {
-    int owners = 0;
-    for (; window != nullptr; window = window->parentWidget())
-        ++owners;
-    return owners;
-}
-
-/// The window in front. Right after a box has closed none is active yet: then the one that has the most
-/// owners is it.
-QWidget* frontWindow() {
-    if (QWidget* const active = QApplication::activeWindow()) return active;
-    QWidget* front = nullptr;
-    for (QWidget* const window : QApplication::topLevelWidgets())
-        if (window->isVisible() && window->inherits("QDialog") && depth(window) > depth(front))
-            front = window;
-    return front;
-}
-
 } // namespace
 
 } // namespace qt
 
 int backend::showMessage(std::string_view text, int style, std::string_view title) {
-    QMessageBox box(qt::frontWindow());
+    const qt::FrontAgain frontAgain;
+    QMessageBox box(qt::FormWindow::front());
     box.setObjectName(QStringLiteral("MessageBox"));
     box.setTextFormat(Qt::PlainText);
     box.setText(qt::withBreaks(qt::lines(text)));
