@@ -81,6 +81,8 @@
 #define lbl_news_2 1094
 #define lbl_news_3 1095
 #define StatusBar1 1096
+#define prgUpdate 1097
+#define prgUpdateText 1098
 
 // frmMain: the menu that belongs to the tray icon
 #define mnuPopup_0 1100
@@ -98,3 +100,6 @@
 #define Label2 1120
 #define Label3 1121
 #define Command2 1122
+#define lblDisk 1123
+#define prgFormat 1124
+#define prgFormatText 1125
