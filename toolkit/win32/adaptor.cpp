@@ -1,5 +1,7 @@
 #include "toolkit/win32/adaptor.h"
 
+#include "toolkit/shown_text.h"
+#include "toolkit/win32/accessible_text.h"
 #include "toolkit/win32/texts.h"
 #include "toolkit/win32/tool_tips.h"
 
@@ -10,8 +12,16 @@ PartAdaptor::PartAdaptor(Control& control, FormWindow& window, HWND part)
     const auto hidden = [this] { return !control_.visible(); };
     const auto showVisible = [this] { ShowWindow(part_, control_.visible() ? SW_SHOWNA : SW_HIDE); };
     shows(Property::Enabled, [this] { showEnabled(); });
-    shows(Property::ToolTip, [this] { showToolTip(); });
+    shows(Property::ToolTip, [this] {
+        showToolTip();
+        showDescription();
+    });
     shows(Property::Visible, showVisible, hidden);
+}
+
+void PartAdaptor::release() {
+    if (bound()) forgetSpoken(part_);
+    Adaptor::release();
 }
 
 void PartAdaptor::adoptDesign() {
@@ -21,6 +31,14 @@ void PartAdaptor::adoptDesign() {
 
 void PartAdaptor::showToolTip() {
     window().toolTips().set(part_, toolTip());
+}
+
+/// The mouse does not show the tip to everybody.
+void PartAdaptor::showDescription() {
+    const std::string& tip = control_.toolTip();
+    if (tip.empty() && !described_) return;
+    described_ = true;
+    speak(part_, Spoken::Description, fromUtf8(shownTip(tip)));
 }
 
 /// The keyboard must not stay where no key has an effect.

@@ -8,6 +8,7 @@
 #include <windows.h>
 
 #include <string>
+#include <utility>
 
 namespace toolkit::win32 {
 
@@ -22,12 +23,18 @@ public:
 protected:
     FormWindow& window() const noexcept { return window_; }
 
-    /// Hands an event to the core; the one way in.
+    /// Hands an event to the core; the one way in. It may be held for a while, so the handler owns what it
+    /// uses.
     template <typename Handler>
     void send(Handler handler) {
         if (!bound()) return;
         const FormWindow::Busy busy(window_);
-        dispatch(handler);
+        dispatch(
+            [this, handler = std::move(handler)] {
+                const FormWindow::Busy handling(window_);
+                if (bound()) handler();
+            },
+            this);
     }
 
     /// Has settle() called when the messages before it have been handled.
@@ -42,6 +49,8 @@ class PartAdaptor : public Adaptor {
 public:
     PartAdaptor(Control& control, FormWindow& window, HWND part);
 
+    void release() override;
+
 protected:
     void adoptDesign() override;
 
@@ -54,9 +63,11 @@ protected:
 
 private:
     void showEnabled();
+    void showDescription();
 
     Control& control_;
     HWND part_;
+    bool described_ = false;
 };
 
 } // namespace toolkit::win32

@@ -10,7 +10,7 @@ namespace {
 
 constexpr auto kinds = {adaptLabel,       adaptOptionButton, adaptButton,    adaptMenuItem, adaptTextBox,
                         adaptStatusPanel, adaptFrame,        adaptCheckBox,  adaptComboBox, adaptImage,
-                        adaptPictureBox,  adaptTimer,        adaptStatusBar, adaptListView};
+                        adaptPictureBox,  adaptTimer,        adaptStatusBar, adaptListView, adaptProgressBar};
 
 std::unique_ptr<Adaptor> adapt(Control& control, const Place& place) {
     for (const auto kind : kinds)

@@ -28,6 +28,7 @@ std::unique_ptr<Adaptor> adaptListView(Control& control, const Place& place);
 std::unique_ptr<Adaptor> adaptMenuItem(Control& control, const Place& place);
 std::unique_ptr<Adaptor> adaptOptionButton(Control& control, const Place& place);
 std::unique_ptr<Adaptor> adaptPictureBox(Control& control, const Place& place);
+std::unique_ptr<Adaptor> adaptProgressBar(Control& control, const Place& place);
 std::unique_ptr<Adaptor> adaptStatusBar(Control& control, const Place& place);
 std::unique_ptr<Adaptor> adaptStatusPanel(Control& control, const Place& place);
 std::unique_ptr<Adaptor> adaptTextBox(Control& control, const Place& place);

@@ -5,6 +5,7 @@
 #include "toolkit/win32/tool_tips.h"
 
 #include <algorithm>
+#include <array>
 #include <vector>
 
 namespace toolkit::win32 {
@@ -30,7 +31,7 @@ bool isDialogKey(HWND dialog, MSG& message) {
     return IsDialogMessageW(dialog, &message) != FALSE;
 }
 
-void handle(MSG& message) {
+void handleUnframed(MSG& message) {
     HWND const root = message.hwnd == nullptr ? nullptr : GetAncestor(message.hwnd, GA_ROOT);
     if (FormWindow* const window = FormWindow::of(root)) {
         window->toolTips().follow(message);
@@ -38,6 +39,11 @@ void handle(MSG& message) {
     }
     TranslateMessage(&message);
     DispatchMessageW(&message);
+}
+
+void handle(MSG& message) {
+    handleUnframed(message);
+    if (FormWindow* const window = FormWindow::of(GetActiveWindow())) window->frameFocus();
 }
 
 } // namespace
@@ -78,6 +84,59 @@ void handlePending(std::chrono::milliseconds longest) {
         handle(message);
         if (GetTickCount64() - start > static_cast<ULONGLONG>(longest.count())) return;
     }
+}
+
+namespace {
+
+/// Messages that are handled while something is waited for; timers tell those whom they belong to, who may
+/// wait.
+struct Kind {
+    UINT first;
+    UINT last;
+    UINT flags;
+};
+
+constexpr std::array paintingKinds = {
+    Kind{0, 0, PM_QS_SENDMESSAGE},
+    Kind{0, 0, PM_QS_PAINT},
+    Kind{WM_TIMER, WM_TIMER, 0},
+    Kind{WM_NCMOUSEMOVE, WM_NCXBUTTONDBLCLK, 0},
+    Kind{WM_NCMOUSEHOVER, WM_NCMOUSELEAVE, 0},
+    Kind{WM_SYSCOMMAND, WM_SYSCOMMAND, 0}, // from the taskbar
+    Kind{WM_CLOSE, WM_CLOSE, 0},           // from a task manager
+};
+
+HANDLE paintingEnded() {
+    static HANDLE const event = CreateEventW(nullptr, FALSE, FALSE, nullptr);
+    return event;
+}
+
+/// True when there was one.
+bool handlePaintingMessage() {
+    return std::any_of(paintingKinds.begin(), paintingKinds.end(), [](const Kind& kind) {
+        MSG message;
+        if (PeekMessageW(&message, nullptr, kind.first, kind.last, PM_REMOVE | kind.flags) == FALSE)
+            return false;
+        DispatchMessageW(&message);
+        return true;
+    });
+}
+
+} // namespace
+
+void handlePaintingOnly(std::chrono::milliseconds longest) {
+    const ULONGLONG end = GetTickCount64() + static_cast<ULONGLONG>(longest.count());
+    HANDLE const over = paintingEnded();
+    for (ULONGLONG now = GetTickCount64(); !ended && now < end; now = GetTickCount64()) {
+        if (handlePaintingMessage()) continue;
+        const DWORD result =
+            MsgWaitForMultipleObjects(1, &over, FALSE, static_cast<DWORD>(end - now), QS_ALLINPUT);
+        if (result != WAIT_OBJECT_0 + 1) return;
+    }
+}
+
+void endPainting() {
+    SetEvent(paintingEnded());
 }
 
 bool arrowKeyMoves() {

@@ -23,6 +23,13 @@ void loopUntil(const std::function<bool()>& done);
 /// Handles the messages that are there, for so long at the most.
 void handlePending(std::chrono::milliseconds longest);
 
+/// Handles what a window must not wait for, for so long or until endPainting(): painting, what other programs
+/// and the system ask it, its frame. All input of the user stays where it is, in its order.
+void handlePaintingOnly(std::chrono::milliseconds longest);
+
+/// Makes handlePaintingOnly() return, also one that has not begun yet. For every thread.
+void endPainting();
+
 /// Is an arrow key being handled? It chooses the option button that it leads to.
 bool arrowKeyMoves();
 

@@ -1,5 +1,6 @@
 #include "toolkit/timer.h"
 
+#include "toolkit/held_events.h"
 #include "toolkit/win32/binding.h"
 
 #include <map>
@@ -50,6 +51,7 @@ private:
 
     void timeout() {
         stop();
+        if (eventsAreHeld()) return holdEvent(this, [this] { timeout(); });
         const FormWindow::Busy busy(window());
         ticking_ = true;
         send([this] { timer_.tick(); });
