@@ -2,11 +2,35 @@
 
 #include "toolkit/win32/binding.h"
 #include "toolkit/win32/captioned.h"
+#include "toolkit/win32/painting.h"
 
 namespace toolkit::win32 {
 
+namespace {
+
+/// Of a disabled button the text tells what to do, so it is drawn to be read.
+/// https://learn.microsoft.com/windows/win32/controls/nm-customdraw-button
+class ButtonAdaptor : public ClickedAdaptor<Button> {
+public:
+    using ClickedAdaptor::ClickedAdaptor;
+
+    std::optional<LRESULT> notified(const NMHDR& header) override {
+        if (header.code != NM_CUSTOMDRAW || IsWindowEnabled(part()) != FALSE) return {};
+        const auto& drawing = reinterpret_cast<const NMCUSTOMDRAW&>(header);
+        if (drawing.dwDrawStage != CDDS_PREPAINT) return CDRF_DODEFAULT;
+        const bool hidden = (SendMessageW(part(), WM_QUERYUISTATE, 0, 0) & UISF_HIDEACCEL) != 0;
+        const UINT prefix = hidden ? DT_HIDEPREFIX : 0;
+        const ChosenFont font(drawing.hdc, part());
+        drawText(drawing.hdc, windowText(part()), drawing.rc, DT_CENTER | DT_VCENTER | DT_SINGLELINE | prefix,
+                 disabledTextColor());
+        return CDRF_SKIPDEFAULT;
+    }
+};
+
+} // namespace
+
 std::unique_ptr<Adaptor> adaptButton(Control& control, const Place& place) {
-    return adaptPart<ClickedAdaptor<Button>, Button>(control, place, WC_BUTTONW);
+    return adaptPart<ButtonAdaptor, Button>(control, place, WC_BUTTONW);
 }
 
 } // namespace toolkit::win32

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "toolkit/color.h"
+#include "toolkit/win32/colors.h"
 
 #include <windows.h>
 
@@ -9,10 +9,6 @@
 #include <string>
 
 namespace toolkit::win32 {
-
-inline COLORREF toNative(Color color) {
-    return RGB(color.red, color.green, color.blue);
-}
 
 /// Has a region painted in memory, in the target's own coordinates, and shows it when it is complete: nothing
 /// flickers.
