@@ -1,5 +1,6 @@
 #include "toolkit/list_view.h"
 
+#include "toolkit/held_events.h"
 #include "toolkit/scoped_flag.h"
 #include "toolkit/shown_text.h"
 #include "toolkit/win32/binding.h"
@@ -78,10 +79,12 @@ private:
 
     /// The header tells the list, its owner, what is to become of it.
     LRESULT received(UINT message, WPARAM wParam, LPARAM lParam) override {
+        if (message == WM_MOUSEMOVE && bound() && topRow() != shownTop_) showRowTips(); // it was scrolled
         if (message == WM_LBUTTONDOWN || message == WM_RBUTTONDOWN) reported_ = false;
         if (message != WM_NOTIFY) return next(message, wParam, lParam);
         const auto& notice = *reinterpret_cast<const NMHDR*>(lParam);
         if (notice.hwndFrom != header() || showing_) return next(message, wParam, lParam);
+        if (eventsAreHeld()) return TRUE; // nobody would answer
         bool refused = false;
         send([&] { refused = list_.headerNotify(narrowCode(notice.code)); });
         if (refused) return TRUE;
@@ -181,6 +184,7 @@ private:
             SendMessageW(part(), LVM_SETCOLUMNWIDTH, column, width);
         }
         showHeaderTips();
+        showRowTips();
     }
 
     /// A column may be too narrow for its header.
@@ -192,6 +196,17 @@ private:
                                           list_.columns()[column].header);
         }
     }
+
+    void showRowTips() {
+        shownTop_ = topRow();
+        for (std::size_t row = 0; row < list_.items().size(); ++row) {
+            RECT place{LVIR_BOUNDS, 0, 0, 0};
+            SendMessageW(part(), LVM_GETITEMRECT, row, reinterpret_cast<LPARAM>(&place));
+            window().toolTips().setRegion(part(), static_cast<int>(row) + 1, place, list_.itemToolTip(row));
+        }
+    }
+
+    LRESULT topRow() const { return SendMessageW(part(), LVM_GETTOPINDEX, 0, 0); }
 
     /// The other bits change with the state of the list.
     void showHeaderStyle() {
@@ -207,6 +222,7 @@ private:
     std::int32_t twips(int pixels) const { return MulDiv(pixels, twipsPerInch, dpi()); }
 
     ListView& list_;
+    LRESULT shownTop_ = 0;  ///< the first row in view, as the tool tips know it
     bool reported_ = false; ///< since the last press of a mouse button
     bool showing_ = false;  ///< the program changes the list, not the user
     bool reportingWidth_ = false;

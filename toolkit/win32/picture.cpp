@@ -46,7 +46,8 @@ const LoadedPicture* loaded(const base::Picture& picture) {
 
 base::Picture loadPicture(std::string_view path) {
     std::string contents;
-    platform::check(platform::readWholeFile(path, contents), path);
+    platform::check(platform::readWholeFile(path, contents), path,
+                    base::advice(base::ErrorNumber::InvalidPicture));
     std::optional<win32::Bitmap> bitmap = win32::decodePicture(contents);
     if (!bitmap) throw base::RuntimeError(base::ErrorNumber::InvalidPicture, std::string(path));
     return std::make_shared<win32::LoadedPicture>(std::move(*bitmap));

@@ -1,10 +1,13 @@
 #include "toolkit/picture_box.h"
 
+#include "toolkit/win32/accessible_text.h"
 #include "toolkit/win32/binding.h"
 #include "toolkit/win32/painting.h"
+#include "toolkit/win32/placement.h"
 #include "toolkit/win32/texts.h"
 
 #include <cmath>
+#include <utility>
 
 namespace toolkit::win32 {
 
@@ -44,6 +47,7 @@ public:
     PictureBoxAdaptor(PictureBox& box, FormWindow& window, HWND part)
         : PartAdaptor(box, window, part), box_(box) {
         box_.setMeasure(this);
+        speakAsProgressBar(part);
         shows(Property::Drawing, [this] { showDrawing(); });
     }
 
@@ -54,6 +58,14 @@ public:
 
     void draw(const DRAWITEMSTRUCT& item) override {
         paintBuffered(item.hDC, item.rcItem, [&](HDC context) { paint(context, item.rcItem); });
+        tellScreenReaders();
+    }
+
+protected:
+    /// Its text is a value, so its tip is its name.
+    void adoptDesign() override {
+        PartAdaptor::adoptDesign();
+        speak(part(), Spoken::Name, fromUtf8(box_.toolTip()));
     }
 
 private:
@@ -68,14 +80,20 @@ private:
                 size.cy * PictureBox::ScaleHeight / room.bottom};
     }
 
-    /// Comes once for each of some hundred rectangles, so nothing is painted here. The text is what a screen
-    /// reader says; the part does not paint it.
+    /// Comes once for each of some hundred rectangles, so nothing is painted here. The part does not paint
+    /// its text.
     void showDrawing() {
         redraw();
         std::string spoken;
         for (const PictureBox::Text& text : box_.texts())
             spoken += text.text;
         setWindowText(part(), fromUtf8(spoken));
+    }
+
+    /// A drawing is complete when it is painted.
+    void tellScreenReaders() {
+        const std::wstring text = windowText(part());
+        if (std::exchange(told_, text) != text) speak(part(), Spoken::Value, text);
     }
 
     void paint(HDC context, const RECT& room) const {
@@ -86,8 +104,20 @@ private:
             fill(context, scale.rectangle(r), r.color);
         const ChosenFont font(context, part());
         for (const PictureBox::Text& text : box_.texts())
-            drawText(context, fromUtf8(text.text), scale.around(text),
-                     DT_CENTER | DT_VCENTER | DT_SINGLELINE | DT_NOPREFIX, toNative(text.color));
+            drawEdgedText(context, fromUtf8(text.text), scale.around(text), text.color);
+    }
+
+    /// White letters may stand on any colour, so they have a dark edge.
+    void drawEdgedText(HDC context, const std::wstring& text, const RECT& place, Color color) const {
+        constexpr UINT flags = DT_CENTER | DT_VCENTER | DT_SINGLELINE | DT_NOPREFIX;
+        const int edge = color == white ? scaled(part(), 1) : 0;
+        for (int x = -edge; x <= edge; ++x)
+            for (int y = -edge; y <= edge; ++y) {
+                RECT beside = place;
+                OffsetRect(&beside, x, y);
+                if (x != 0 || y != 0) drawText(context, text, beside, flags, toNative(black));
+            }
+        drawText(context, text, place, flags, toNative(color));
     }
 
     static void fill(HDC context, const RECT& place, Color color) {
@@ -96,6 +126,7 @@ private:
     }
 
     PictureBox& box_;
+    std::wstring told_; ///< what screen readers were told last
 };
 
 } // namespace

@@ -13,13 +13,6 @@ namespace {
 constexpr int widestTip = 400;   ///< longer texts have several lines
 constexpr int longestShown = 30; ///< seconds
 
-RECT placeIn(HWND dialog, HWND part) {
-    RECT place{};
-    GetWindowRect(part, &place);
-    MapWindowPoints(nullptr, dialog, reinterpret_cast<POINT*>(&place), 2);
-    return place;
-}
-
 } // namespace
 
 ToolTips::ToolTips(HWND dialog)
