@@ -2,6 +2,7 @@
 
 #include "toolkit/backend.h"
 #include "toolkit/form.h"
+#include "toolkit/held_events.h"
 #include "toolkit/shown_properties.h"
 #include "toolkit/win32/binding.h"
 #include "toolkit/win32/form_window.h"
@@ -43,7 +44,8 @@ public:
         properties_.showAll();
         if (const Button* const button = form.enterButton(nullptr))
             window_->showEnterButton(resourceNumber(button->name()));
-        window_->onCloseRequested = [&form] { dispatch([&form] { form.closeRequested(); }); };
+        window_->onCloseRequested = [this] { requestClose(); };
+        window_->onSessionEnd = [&form] { dispatchEndNow([&form] { form.closeRequested(); }); };
         window_->onEnter = [this](int number) { enter(number); };
         window_->onRescaled = [this] { showIcon(); };
         window_->onDestroyed = [this] { window_ = nullptr; };
@@ -53,6 +55,7 @@ public:
     /// The controls may be gone. The window may be in the middle of a message.
     ~WindowView() override {
         std::erase(liveViews(), this);
+        forgetHeldEvents(this);
         if (window_ == nullptr) return;
         for (const auto& adaptor : window_->adaptors())
             adaptor->abandon();
@@ -69,11 +72,14 @@ public:
 
     void openModal(FormView* owner) override {
         if (window_ == nullptr) return;
+        HWND const before = FormWindow::front();
         window_->setModal(true);
         modal_.emplace(window_->handle());
         window_->present(handleOf(owner));
         loopUntil([this] { return !modal_.has_value(); });
         modal_.reset();
+        // The system takes the owner.
+        if (before != nullptr && IsWindowVisible(before) != FALSE) SetActiveWindow(before);
     }
 
     void close() override {
@@ -91,6 +97,12 @@ public:
 
     WindowHandle handle() const override {
         return window_ == nullptr ? 0 : reinterpret_cast<WindowHandle>(window_->handle());
+    }
+
+    bool isProgramActive() const override {
+        DWORD process = 0;
+        GetWindowThreadProcessId(GetForegroundWindow(), &process);
+        return process == GetCurrentProcessId();
     }
 
     void releaseControls() {
@@ -133,11 +145,20 @@ private:
             return number != 0 && resourceNumber(control->name()) == number;
         });
         Control* const focus = found == controls.end() ? nullptr : *found;
-        dispatch([this, focus] { form_.enterPressed(focus); });
+        dispatch([this, focus] { form_.enterPressed(focus); }, this);
+    }
+
+    /// The first window is the main window.
+    void requestClose() {
+        if (liveViews().front() == this)
+            dispatchEndWish([form = &form_] { form->closeRequested(); });
+        else
+            dispatch([this] { form_.closeRequested(); }, this);
     }
 
     FormWindow* forgetWindow() {
         window_->onCloseRequested = {};
+        window_->onSessionEnd = {};
         window_->onEnter = {};
         window_->onRescaled = {};
         window_->onDestroyed = {};

@@ -1,6 +1,7 @@
 #include "toolkit/win32/form_window.h"
 
 #include "toolkit/win32/dialog_template.h"
+#include "toolkit/win32/focus_frame.h"
 #include "toolkit/win32/placement.h"
 #include "toolkit/win32/presentation.h"
 #include "toolkit/win32/texts.h"
@@ -22,6 +23,12 @@ constexpr UINT focusMessage = WM_APP + 4;
 std::vector<std::unique_ptr<FormWindow>>& windows() {
     static std::vector<std::unique_ptr<FormWindow>> all;
     return all;
+}
+
+/// Handles of windows, the one that was active last at the end.
+std::vector<HWND>& recentWindows() {
+    static std::vector<HWND> handles;
+    return handles;
 }
 
 bool isPushButton(HWND part) {
@@ -72,15 +79,16 @@ FormWindow* FormWindow::of(HWND handle) {
     return found == windows().end() || handle == nullptr ? nullptr : found->get();
 }
 
-/// Right after a box has closed, or while another program is in front, none is active: then the newest one is
-/// it.
+/// Right after a box has closed, or while another program is in front, none is active: then the one that was
+/// it last is meant.
 HWND FormWindow::front() {
     if (HWND const active = GetActiveWindow(); active != nullptr && IsWindowEnabled(active) != FALSE)
         return active;
-    const auto found = std::find_if(windows().rbegin(), windows().rend(), [](const auto& w) {
-        return IsWindowVisible(w->handle_) != FALSE && IsWindowEnabled(w->handle_) != FALSE;
+    const auto& recent = recentWindows();
+    const auto found = std::find_if(recent.rbegin(), recent.rend(), [](HWND window) {
+        return IsWindowVisible(window) != FALSE && IsWindowEnabled(window) != FALSE;
     });
-    return found == windows().rend() ? nullptr : (*found)->handle_;
+    return found == recent.rend() ? nullptr : *found;
 }
 
 void FormWindow::destroyAll() {
@@ -90,8 +98,10 @@ void FormWindow::destroyAll() {
 
 void FormWindow::initialize(HWND handle) {
     handle_ = handle;
+    recentWindows().push_back(handle);
     toolTips_ = std::make_unique<ToolTips>(handle);
     presentation_ = std::make_unique<Presentation>(handle, name_);
+    focusFrame_ = std::make_unique<FocusFrame>(handle);
 }
 
 HMENU FormWindow::menu(const std::wstring& name) {
@@ -123,6 +133,10 @@ void FormWindow::present(HWND owner) {
     ShowWindow(handle_, IsIconic(handle_) != FALSE ? SW_RESTORE : SW_SHOW);
     SetForegroundWindow(handle_);
     if (first) SendMessageW(handle_, WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(firstPart(handle_)), TRUE);
+}
+
+void FormWindow::frameFocus() {
+    focusFrame_->surround(GetFocus());
 }
 
 void FormWindow::leave() {
@@ -166,6 +180,7 @@ INT_PTR CALLBACK FormWindow::procedure(HWND handle, UINT message, WPARAM wParam,
     if (window == nullptr) return FALSE;
     if (message != WM_NCDESTROY) return window->received(message, wParam, lParam);
     SetWindowLongPtrW(handle, DWLP_USER, 0);
+    std::erase(recentWindows(), handle);
     if (window->onDestroyed) window->onDestroyed();
     std::erase_if(windows(), [window](const auto& w) { return w.get() == window; });
     return FALSE;
@@ -180,7 +195,9 @@ INT_PTR FormWindow::received(UINT message, WPARAM wParam, LPARAM lParam) {
     case WM_DRAWITEM:
         return drawItem(*reinterpret_cast<const DRAWITEMSTRUCT*>(lParam));
     case WM_CTLCOLORSTATIC: {
-        const WindowPart* adaptor = adaptorOf(GetDlgCtrlID(reinterpret_cast<HWND>(lParam)));
+        auto* const part = reinterpret_cast<HWND>(lParam);
+        if (focusFrame_->has(part)) return reinterpret_cast<INT_PTR>(focusFrame_->brush());
+        const WindowPart* adaptor = adaptorOf(GetDlgCtrlID(part));
         return adaptor == nullptr ? FALSE : reinterpret_cast<INT_PTR>(adaptor->background());
     }
     case WM_CLOSE:
@@ -200,7 +217,7 @@ INT_PTR FormWindow::received(UINT message, WPARAM wParam, LPARAM lParam) {
         PostMessageW(handle_, rescaleMessage, 0, 0);
         return FALSE;
     case WM_ACTIVATE:
-        if (LOWORD(wParam) != WA_INACTIVE) PostMessageW(handle_, focusMessage, 0, 0);
+        if (LOWORD(wParam) != WA_INACTIVE) activated();
         return FALSE;
     case focusMessage:
         keepFocus();
@@ -217,6 +234,12 @@ INT_PTR FormWindow::received(UINT message, WPARAM wParam, LPARAM lParam) {
     default:
         return FALSE;
     }
+}
+
+void FormWindow::activated() {
+    std::erase(recentWindows(), handle_);
+    recentWindows().push_back(handle_);
+    PostMessageW(handle_, focusMessage, 0, 0);
 }
 
 INT_PTR FormWindow::answer(LRESULT result) const {
@@ -248,17 +271,20 @@ INT_PTR FormWindow::drawItem(const DRAWITEMSTRUCT& item) {
     return TRUE;
 }
 
-/// The first window is the main window. When this returns the system may end the process.
+/// The first window is the main window.
 INT_PTR FormWindow::sessionEnds() {
-    if (windows().front().get() == this) requestClose();
+    if (windows().front().get() == this) report(onSessionEnd);
     return TRUE;
 }
 
 void FormWindow::requestClose() {
+    report(onCloseRequested);
+}
+
+void FormWindow::report(const std::function<void()>& onWish) {
+    const auto wish = onWish; // a copy: the window may be closed while the wish is granted
     const Busy busy(*this);
-    // A copy: the window may be closed while the wish is granted.
-    const auto report = onCloseRequested;
-    if (report) report();
+    if (wish) wish();
 }
 
 /// Messages can be sent by anybody.

@@ -12,6 +12,7 @@
 namespace toolkit::win32 {
 
 class WindowPart;
+class FocusFrame;
 class Presentation;
 class ToolTips;
 
@@ -26,7 +27,8 @@ public:
     static FormWindow& create(const std::string& name);
     /// The form's window of that handle; null when it is none.
     static FormWindow* of(HWND handle);
-    /// The visible window in front that the user can work with; null for none.
+    /// The visible window that the user can work with, or did before another program came to the front; null
+    /// for none.
     static HWND front();
     /// Destroys all windows, the last one first: it may belong to an earlier one.
     static void destroyAll();
@@ -36,6 +38,8 @@ public:
     ~FormWindow();
 
     std::function<void()> onCloseRequested;
+    /// The session ends; when this returns the system may end the process.
+    std::function<void()> onSessionEnd;
     /// Enter was pressed, while the part of that number (0 for none) had the keyboard.
     std::function<void(int number)> onEnter;
     /// The resolution or the set of colours has changed.
@@ -58,6 +62,9 @@ public:
     void setModal(bool modal) noexcept { modal_ = modal; }
     /// Hides the window and destroys it as soon as no handler of it is running.
     void leave();
+
+    /// Frames the part that has the keyboard; another one may have it since the last time.
+    void frameFocus();
 
     /// Reports Enter; false when it means something to the part that gets it.
     bool handleEnter(const MSG& message);
@@ -92,7 +99,9 @@ private:
     INT_PTR drawItem(const DRAWITEMSTRUCT& item);
     INT_PTR sessionEnds();
     void initialize(HWND handle);
+    void activated();
     void requestClose();
+    void report(const std::function<void()>& onWish);
     void settle(const WindowPart* named);
     void keepFocus() const;
     void rescale();
@@ -104,6 +113,7 @@ private:
     std::vector<std::pair<std::wstring, HMENU>> menus_;
     std::unique_ptr<ToolTips> toolTips_;
     std::unique_ptr<Presentation> presentation_;
+    std::unique_ptr<FocusFrame> focusFrame_;
     std::vector<std::unique_ptr<WindowPart>> adaptors_;
     std::vector<std::pair<int, WindowPart*>> parts_;
     int busy_ = 0;

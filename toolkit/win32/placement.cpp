@@ -49,4 +49,11 @@ int scaled(HWND window, int pixels) {
     return MulDiv(pixels, static_cast<int>(GetDpiForWindow(window)), USER_DEFAULT_SCREEN_DPI);
 }
 
+RECT placeIn(HWND dialog, HWND part) {
+    RECT place{};
+    GetWindowRect(part, &place);
+    MapWindowPoints(nullptr, dialog, reinterpret_cast<POINT*>(&place), 2);
+    return place;
+}
+
 } // namespace toolkit::win32
