@@ -35,7 +35,7 @@ void MainWindow::addControls() {
              &cmdChoose,      &StatusBar1,     &Timer1,        &Frame2,          &lblLW,         &txtDT_Cap,
              &Command1,       &txtFAT,         &cmbSize,       &lblHDSize,       &lblHDFree,     &lblHDUsed,
              &lblHDFreeColor, &lblHDUsedColor, &Picture1,      &cmdSearch,       &cmdOpen,       &txtOpenPath,
-             &cmdSaveOnStick, &chkAuto,        &Frame4,        &cmdtest})
+             &cmdSaveOnStick, &chkAuto,        &Frame4,        &cmdtest,         &prgUpdate})
         add(*control);
     const auto addArray = [this](auto& array) {
         for (std::size_t i = 0; i < array.size(); ++i)
@@ -62,6 +62,26 @@ void MainWindow::showOnlineState(std::string_view text, std::string_view toolTip
     panel.setText(text);
     panel.setEnabled(true);
     panel.setToolTip(toolTip);
+}
+
+void MainWindow::allowUpdate() {
+    cmdChoose.setEnabled(true);
+    cmdChoose.setToolTip({});
+}
+
+void MainWindow::refuseUpdate(std::string_view reason) {
+    cmdChoose.setEnabled(false);
+    cmdChoose.setToolTip(reason);
+}
+
+void MainWindow::showStickResult(std::string_view text) {
+    stickResult_ = text;
+    prgUpdate.showText(text);
+}
+
+void MainWindow::stickChanged() {
+    const bool shown = prgUpdate.state() == toolkit::ProgressState::None && prgUpdate.text() == stickResult_;
+    if (shown) prgUpdate.clear();
 }
 
 } // namespace window

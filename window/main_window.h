@@ -11,6 +11,7 @@
 #include "toolkit/menu_item.h"
 #include "toolkit/option_button.h"
 #include "toolkit/picture_box.h"
+#include "toolkit/progress_bar.h"
 #include "toolkit/status_bar.h"
 #include "toolkit/text_box.h"
 #include "toolkit/timer.h"
@@ -50,6 +51,7 @@ public:
     toolkit::ControlArray<toolkit::Label, 4> lbl_news{"lbl_news"};
     toolkit::Button cmdChoose{"cmdChoose"};
     toolkit::StatusBar StatusBar1{"StatusBar1"};
+    toolkit::ProgressBar prgUpdate{"prgUpdate"}; ///< right of panel 2
     toolkit::Timer Timer1;
 
     // The stick.
@@ -90,10 +92,22 @@ public:
     /// Puts a text and a tool tip into panel 2 of the status bar and enables it.
     void showOnlineState(std::string_view text, std::string_view toolTip);
 
+    /// The main button can be pressed.
+    void allowUpdate();
+    /// It cannot, and its tool tip says why.
+    void refuseUpdate(std::string_view reason);
+
+    /// What a job came to, in the progress bar's place, until another stick is shown or none.
+    void showStickResult(std::string_view text);
+    /// Another stick is shown, or none.
+    void stickChanged();
+
 private:
     void addControls();
     void assignEnter();
     void disableAtFirst();
+
+    std::string stickResult_; ///< empty for none
 };
 
 } // namespace window
