@@ -103,8 +103,9 @@ public:
 private:
     void mp_EvaluateSticks();
     void readProfile(const std::string& file);
-    void showStandardPath(const std::string& root); // in stick_display.cpp
-    void clearCapacity();                           // in capacity.cpp
+    void showStandardPath(const std::string& root);            // in stick_display.cpp
+    void noteShownStick(const platform::DriveIdentity& stick); // in stick_display.cpp
+    void clearCapacity();                                      // in capacity.cpp
 
     window::MainWindow& window_;
     cTray& tray_;

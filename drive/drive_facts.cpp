@@ -1,8 +1,12 @@
 // Sizes, label and file system of a drive.
 
+#include "drive/drive_facts.h"
+
 #include "drive/cDrive.h"
+#include "platform/number_text.h"
 
 #include <array>
+#include <cmath>
 
 namespace {
 
@@ -42,4 +46,17 @@ std::string cDrive::mp_GetDriveName(const std::string& Drive) {
 
 bool cDrive::mp_SetDriveName(const std::string& Drive, const std::string& Name) {
     return !shownStick_ || platform::setVolumeLabel(Drive, Name, shownStick_);
+}
+
+std::string drive::factsOf(cDrive& drive, const std::string& root) {
+    constexpr double MB = 1024.0 * 1024.0;
+    constexpr double GB = 1024.0 * MB;
+    drive.mp_GetDiskSpace(root);
+    const double total = drive.TotalSpace();
+    const std::string size = total < GB ? std::to_string(std::llround(total / MB)) + " MB"
+                                        : platform::formatNumber(total / GB, 2) + " GB";
+    std::string facts = total > 0 ? "Größe: " + size : std::string();
+    const std::string fileSystem = drive.mp_FileSystem();
+    if (!facts.empty() && !fileSystem.empty()) facts += ", ";
+    return fileSystem.empty() ? facts : facts + "Dateisystem: " + fileSystem;
 }

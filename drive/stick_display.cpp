@@ -7,6 +7,7 @@
 #include "platform/program_path.h"
 #include "toolkit/picture.h"
 #include "window/main_window.h"
+#include "window/reasons.h"
 
 namespace {
 
@@ -20,28 +21,26 @@ void showStickState(window::MainWindow& window, const char* picture, const char*
     panel.setToolTip(toolTip);
 }
 
-/// Where the sticks cannot be seen at all, plugging one in helps nobody.
-std::string noStickToolTip() {
-    const std::string missing = platform::missingDriveService();
-    return "Kein USB-Stick gefunden. Schließen Sie den USB-Stick am PC an." +
-           (missing.empty() ? missing : "\n" + missing);
-}
-
 } // namespace
 
 void cDrive::SetUSB_Info() {
     const std::string root = p_GetDriveLetters("0");
-    shownStick_ = platform::driveIdentity(root);
+    noteShownStick(platform::driveIdentity(root));
     GetDriveCapacity();
     window_.lblLW.setCaption(root);
     showStandardPath(root);
-    window_.cmdChoose.setEnabled(true);
+    window_.allowUpdate();
     window_.cmdChoose.setCaption("Starte Update");
     showStickState(window_, "file.bmp", "USB Stick", true, "USB-Stick gefunden.");
     window_.txtDT_Cap.setText(mp_GetDriveName(root));
     window_.txtDT_Cap.setToolTip(drive::labelToolTip);
     window_.txtFAT.setText(mp_FileSystem());
     showTrayIcon(toolkit::stickIcon);
+}
+
+void cDrive::noteShownStick(const platform::DriveIdentity& stick) {
+    if (shownStick_ != stick) window_.stickChanged();
+    shownStick_ = stick;
 }
 
 /// Takes the value that the last evaluation with a profile file read; a stick chosen in the dialog has had
@@ -55,16 +54,16 @@ void cDrive::showStandardPath(const std::string& root) {
 }
 
 void cDrive::RemoveUSB_Info() {
-    shownStick_ = {};
+    noteShownStick({});
     window_.txtOpenPath.setText("");
     mp_StandardPfad("");
     window_.txtFAT.setText("");
     window_.txtDT_Cap.setText("");
     window_.txtDT_Cap.setToolTip(drive::labelToolTip);
     clearCapacity();
-    window_.cmdChoose.setEnabled(false);
+    window_.refuseUpdate(window::noStick());
     window_.cmdChoose.setCaption("USB Stick einstecken");
-    showStickState(window_, "nofile.bmp", "No Stick", false, noStickToolTip());
+    showStickState(window_, "nofile.bmp", "No Stick", false, window::noStick());
 }
 
 void cDrive::showTrayIcon(int icon) {
