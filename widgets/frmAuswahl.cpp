@@ -38,8 +38,11 @@ void frmAuswahl::Form_Load() {
     ListView1.addColumn("Laufwerksbezeichnung", labelColumnWidth);
     listHelper_->FlatListView(ListView1, *this);
 
-    for (const Candidate& candidate : candidates_)
-        ListView1.setSubItem(ListView1.addItem(candidate.root), 1, candidate.label);
+    for (const Candidate& candidate : candidates_) {
+        const std::size_t row = ListView1.addItem(candidate.root);
+        ListView1.setSubItem(row, 1, candidate.label);
+        ListView1.setItemToolTip(row, candidate.facts);
+    }
     if (!candidates_.empty()) selection_ = candidates_.front().root;
     ListView1.setSelected(0);
 

@@ -18,6 +18,7 @@ public:
     struct Candidate {
         std::string root; ///< `E:\`
         std::string label;
+        std::string facts; ///< what else tells it from others, for the tool tip of its row
     };
 
     explicit frmAuswahl(std::vector<Candidate> candidates);

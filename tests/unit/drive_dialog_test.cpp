@@ -45,6 +45,20 @@ TEST_F(DriveDialog, ShowsTheSticksInTheirOrder) {
     EXPECT_EQ(computer().windows.front(), "modal frmAuswahl");
 }
 
+TEST_F(DriveDialog, TellsSticksApartBySizeAndFileSystem) {
+    computer().drives["D:\\"].fileSystem = "FAT32";
+    computer().drives["E:\\"].fileSystem = "exFAT";
+    computer().drives["E:\\"].total = 512 * unit::MB;
+    computer().drives["F:\\"].fileSystem = "";
+    std::vector<std::string> tips;
+    search([&tips](frmAuswahl& dialog) {
+        for (std::size_t row = 0; row < dialog.ListView1.items().size(); ++row)
+            tips.push_back(dialog.ListView1.itemToolTip(row));
+    });
+    EXPECT_EQ(tips, (std::vector<std::string>{"Größe: 4,00 GB, Dateisystem: FAT32",
+                                              "Größe: 512 MB, Dateisystem: exFAT", "Größe: 4,00 GB"}));
+}
+
 TEST_F(DriveDialog, HasItsTexts) {
     search([](frmAuswahl& dialog) {
         EXPECT_EQ(dialog.caption(), "USB Stick Tool");
