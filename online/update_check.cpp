@@ -9,6 +9,7 @@
 #include "toolkit/dispatch.h"
 #include "toolkit/message_box.h"
 #include "window/main_window.h"
+#include "window/reasons.h"
 #include "window/title.h"
 
 #include <optional>
@@ -41,7 +42,7 @@ void reportNoConnection(window::MainWindow& window) {
     toolkit::messageBox(text, toolkit::Critical, "Verbindungs-Fehler");
     window.showOnlineState("Keine Internetverbindung", "Überprüfen Sie Ihren Internetanschluss.");
     window.cmdChoose.setCaption("Keine Verbindung");
-    window.cmdChoose.setEnabled(false);
+    window.refuseUpdate(window::noConnection);
 }
 
 void showNews(window::MainWindow& window, std::string_view text) {
@@ -54,22 +55,26 @@ void showNews(window::MainWindow& window, std::string_view text) {
 } // namespace
 
 void CheckForUpdates(window::MainWindow& window) {
-    window.cmdChoose.setEnabled(false);
+    window.refuseUpdate(window::searchGoesOn);
     const std::string url = downloadUrl();
-    const std::string version = OpenURL(window.StatusBar1.panel(2), url + "usb-version.txt", "0");
+    const std::string version =
+        OpenURL({window.StatusBar1.panel(2), window.prgUpdate}, url + "usb-version.txt", "0");
     if (version.empty()) return reportNoConnection(window);
     // A line end behind the number is a difference, too.
     if (version != window::programVersion) refuseOutdatedProgram();
 
-    const auto news = OpenTextFile(url + newsFile);
+    const auto news = OpenTextFile(window.prgUpdate, url + newsFile);
     if (!news) return reportNoConnection(window);
     showNews(window, *news);
-    const auto catalog = OpenTextFile(url + catalogFile);
+    const auto catalog = OpenTextFile(window.prgUpdate, url + catalogFile);
     if (!catalog) return reportNoConnection(window);
     LoadCatalog(window, *catalog);
 
     window.showOnlineState("Updates geladen.", "Updates wurden geladen.");
-    if (!window.lblHDSize.caption().empty()) window.cmdChoose.setEnabled(true);
+    if (window.lblHDSize.caption().empty())
+        window.refuseUpdate(window::noStick());
+    else
+        window.allowUpdate();
     window.cmdChoose.setCaption("Starte Update");
 }
 

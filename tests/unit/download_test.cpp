@@ -21,10 +21,10 @@ protected:
         computer().web[url] = std::string(reads * 2048 + more, 'x');
     }
 
-    toolkit::StatusPanel& statusPanel() { return window().StatusBar1.panel(2); }
+    Display display() { return {window().StatusBar1.panel(2), window().prgUpdate}; }
     std::string panel() { return window().StatusBar1.panel(2).text(); }
     std::string toolTip() { return window().StatusBar1.panel(2).toolTip(); }
-    std::string fetch(const char* downtype) { return OpenURL(statusPanel(), url, downtype); }
+    std::string fetch(const char* downtype) { return OpenURL(display(), url, downtype); }
 };
 
 TEST_F(Download, ReturnsTheBytesAsTheyAre) {
@@ -42,7 +42,7 @@ TEST_F(Download, NamesItsAgentAndGoesPastTheCache) {
     EXPECT_EQ(computer().agents, std::vector<std::string>{"Qentra:INET 0"});
     EXPECT_EQ(computer().fetched, std::vector<std::string>{url});
     EXPECT_EQ(computer().fetchFlags, std::vector<std::uint32_t>{0x80000000U});
-    OpenURL(statusPanel(), url, "0", 3);
+    OpenURL(display(), url, "0", 3);
     EXPECT_EQ(computer().agents[1], "Qentra:INET 3");
 }
 
@@ -70,7 +70,7 @@ TEST_F(Download, KeepsWhatCameBeforeTheConnectionWasLost) {
 
 TEST_F(Download, ATextCountsOnlyAsAWhole) {
     serve(10);
-    EXPECT_EQ(OpenTextFile(url).value_or("").size(), 10 * 2048U);
+    EXPECT_EQ(OpenTextFile(window().prgUpdate, url).value_or("").size(), 10 * 2048U);
     for (int last = 2; last <= 11; ++last) {
         computer().fails = [&, reads = 0](const std::string& operation) mutable {
             return operation.starts_with("read ") && ++reads == last;
@@ -79,7 +79,7 @@ TEST_F(Download, ATextCountsOnlyAsAWhole) {
         computer().fails = [&, reads = 0](const std::string& operation) mutable {
             return operation.starts_with("read ") && ++reads == last;
         };
-        EXPECT_FALSE(OpenTextFile(url)) << last;
+        EXPECT_FALSE(OpenTextFile(window().prgUpdate, url)) << last;
     }
 }
 
@@ -91,20 +91,20 @@ TEST_F(Download, ATextThatIsShorterThanAnnouncedWasCut) {
     }
     computer().announcedLength = 2049;
     EXPECT_EQ(fetch("0"), "");
-    EXPECT_FALSE(OpenTextFile(url));
+    EXPECT_FALSE(OpenTextFile(window().prgUpdate, url));
     EXPECT_EQ(fetch("1").size(), 2048U);
     computer().web[url] = "";
-    EXPECT_FALSE(OpenTextFile(url)) << "nothing of it came";
+    EXPECT_FALSE(OpenTextFile(window().prgUpdate, url)) << "nothing of it came";
 }
 
 TEST_F(Download, ATextThatCannotBeReachedIsEmptyAndWasNotCut) {
-    EXPECT_EQ(OpenTextFile(url), "");
+    EXPECT_EQ(OpenTextFile(window().prgUpdate, url), "");
 }
 
 TEST_F(Download, AFileMayFillTheRoomOfItsDestination) {
     serve(10, 7);
     const Destination exact{"D:\\a", 10 * 2048 + 7};
-    EXPECT_EQ(OpenURL(statusPanel(), url, "1", 0, exact).size(), exact.room);
+    EXPECT_EQ(OpenURL(display(), url, "1", 0, exact).size(), exact.room);
 }
 
 TEST_F(Download, AFileWithoutRoomEndsAsSoonAsThatIsKnown) {
@@ -112,7 +112,7 @@ TEST_F(Download, AFileWithoutRoomEndsAsSoonAsThatIsKnown) {
     const Destination small{"D:\\a", 3 * 2048};
     computer().journal.clear();
     try {
-        OpenURL(statusPanel(), url, "1", 0, small);
+        OpenURL(display(), url, "1", 0, small);
         FAIL() << "no error";
     } catch (const base::RuntimeError& error) {
         EXPECT_EQ(error.number(), base::ErrorNumber::DiskFull);
@@ -122,7 +122,7 @@ TEST_F(Download, AFileWithoutRoomEndsAsSoonAsThatIsKnown) {
               4);
     computer().announcedLength = 3 * 2048 + 1;
     computer().journal.clear();
-    EXPECT_EQ(errorOf([&] { OpenURL(statusPanel(), url, "1", 0, small); }), 61);
+    EXPECT_EQ(errorOf([&] { OpenURL(display(), url, "1", 0, small); }), 61);
     EXPECT_EQ(std::count(computer().journal.begin(), computer().journal.end(), std::string("read ") + url),
               1);
 }
@@ -257,6 +257,25 @@ TEST_F(FileRoutines, TheSameTextIsWrittenOnce) {
     EXPECT_EQ(computer().files[path].contents, "abde");
 }
 
+TEST_F(FileRoutines, WhatTheMediumHoldsDecidesNotWhatTheSystemRemembers) {
+    WriteFile(path, "abc");
+    computer().journal.clear();
+    EXPECT_FALSE(WriteFile(path, "abc"));
+    EXPECT_EQ(computer().journal, std::vector<std::string>{"compare D:\\a.txt"});
+}
+
+TEST_F(FileRoutines, WhatCannotBeReadIsWrittenAnew) {
+    WriteFile(path, "abc");
+    computer().failure = platform::FileResult::DeviceIo;
+    computer().fails = [](const std::string& operation) { return operation.starts_with("compare "); };
+    EXPECT_TRUE(WriteFile(path, "abc"));
+    computer().failure = platform::FileResult::FileNotFound;
+    EXPECT_TRUE(WriteFile(path, "abc")) << "gone since it was looked for";
+    computer().failure = platform::FileResult::DiskNotReady;
+    EXPECT_EQ(errorOf([] { WriteFile(path, "abc"); }), 71);
+    EXPECT_EQ(computer().writes.size(), 3U);
+}
+
 TEST_F(FileRoutines, AnEmptyFileIsCreatedButNotWrittenAgain) {
     WriteFile(path, "");
     WriteFile(path, "");
@@ -289,6 +308,6 @@ TEST_F(Download, WhatTheServerAnnouncesNeedNotBeTrue) {
          {std::uint64_t{0}, std::uint64_t{1}, std::uint64_t{9000}, ~std::uint64_t{0}}) {
         computer().announcedLength = announced;
         computer().web["http://h/a"] = contents;
-        EXPECT_EQ(OpenURL(window().StatusBar1.panel(2), "http://h/a", "1"), contents) << announced;
+        EXPECT_EQ(OpenURL(display(), "http://h/a", "1"), contents) << announced;
     }
 }

@@ -1,5 +1,6 @@
 // The one look at the update server.
 
+#include "drive/device_monitor.h"
 #include "main_window.h"
 
 #include "online/server_addresses.h"
@@ -80,6 +81,29 @@ TEST_F(UpdateCheck, TheButtonIsDisabledWhileItRuns) {
     };
     tick();
     EXPECT_FALSE(enabled);
+}
+
+TEST_F(UpdateCheck, TheButtonSaysWhyItIsDisabled) {
+    start();
+    EXPECT_NE(window().cmdChoose.toolTip().find("gesucht"), std::string::npos);
+    tick();
+    EXPECT_EQ(window().cmdChoose.toolTip(), "") << "it is enabled";
+    event([this] { drive::deviceRemoved(drive()); });
+    EXPECT_EQ(window().cmdChoose.toolTip(), "Kein USB-Stick gefunden. Schließen Sie den USB-Stick am PC an.");
+}
+
+TEST_F(UpdateCheck, WithoutAStickTheButtonSaysSoAfterTheCheck) {
+    pullOut("D:\\");
+    check();
+    EXPECT_FALSE(window().cmdChoose.enabled());
+    EXPECT_EQ(window().cmdChoose.toolTip(), window().StatusBar1.panel(1).toolTip());
+}
+
+TEST_F(UpdateCheck, WithoutAConnectionTheButtonSaysSo) {
+    computer().web.clear();
+    check();
+    EXPECT_FALSE(window().cmdChoose.enabled());
+    EXPECT_NE(window().cmdChoose.toolTip().find("Internetanschluss"), std::string::npos);
 }
 
 TEST_F(UpdateCheck, ShowsTheFourNewsFields) {
