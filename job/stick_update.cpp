@@ -4,11 +4,14 @@
 #include "base/runtime_error.h"
 #include "drive/cDrive.h"
 #include "drive/device_monitor.h"
+#include "job/shown_progress.h"
+#include "job/written_files.h"
 #include "online/download.h"
 #include "online/file_name.h"
 #include "online/server_addresses.h"
 #include "platform/file_check.h"
 #include "platform/files.h"
+#include "platform/notification.h"
 #include "platform/number_text.h"
 #include "platform/program_path.h"
 #include "platform/shell.h"
@@ -21,6 +24,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <utility>
 
 namespace job {
 
@@ -56,6 +60,10 @@ void checkNames(const Files& files) {
 void refreshCapacity(cDrive& drive) {
     drive.GetDriveCapacity();
     toolkit::DoEvents();
+}
+
+online::Display displayOf(window::MainWindow& window) {
+    return {window.StatusBar1.panel(2), window.prgUpdate};
 }
 
 /// What is written to, and how it is known again.
@@ -99,8 +107,17 @@ bool confirmed(const window::MainWindow& window) {
     return toolkit::messageBox(text, toolkit::OkCancel, "Wollen Sie updaten ?") == toolkit::Ok;
 }
 
-bool connected(toolkit::StatusPanel& panel) {
-    if (!online::OpenURL(panel, online::downloadUrl() + "usb-list.csv", "0").empty()) return true;
+/// Who works with something else need not look again and again whether the job is done.
+void tellWhoIsAway(const window::MainWindow& window, std::string_view title, std::string_view text) {
+    if (!window.isProgramActive()) platform::showNotification(window.handle(), title, text);
+}
+
+constexpr const char* failed = "Update fehlgeschlagen";
+
+bool connected(window::MainWindow& window) {
+    if (!online::OpenURL(displayOf(window), online::downloadUrl() + "usb-list.csv", "0").empty()) return true;
+    window.prgUpdate.clear(); // the box is shown while the job is still there
+    tellWhoIsAway(window, failed, "Es konnte keine Verbindung hergestellt werden!");
     toolkit::messageBox(
         base::joinLines({"Es konnte keine Verbindung hergestellt werden!",
                          "Prüfen Sie Ihre Internetverbindung oder versuchen es später nochmal."}),
@@ -119,24 +136,38 @@ std::uint64_t roomFor(cDrive& drive, const Stick& stick, const std::string& file
     return room < static_cast<double>(largestFile) ? static_cast<std::uint64_t>(room) : largestFile;
 }
 
+/// What is fetched, for OpenURL and for the user.
+struct Kind {
+    const char* downtype;
+    const char* name;
+};
+
+constexpr Kind firmware = {"1", "Firmware"};
+constexpr Kind settings = {"2", "Settings"};
+
 /// The file is called ".txt" on the server and not on the stick, and an empty download is written, too: both
 /// are intended.
-void transfer(cDrive& drive, const Stick& stick, const std::string& file, const char* downtype) {
+void transfer(cDrive& drive, const Stick& stick, const std::string& file, const Kind& kind,
+              ShownProgress& progress, WrittenFiles& written) {
     const online::Destination destination{stick.root + file, roomFor(drive, stick, file)};
-    const std::string contents =
-        online::OpenURL(drive.mainWindow().StatusBar1.panel(2), online::downloadUrl() + file + ".txt",
-                        downtype, 0, destination);
+    online::Received received = online::OpenFile(
+        displayOf(drive.mainWindow()), online::downloadUrl() + file + ".txt", kind.downtype, destination);
+    progress.received(kind.name, received);
+    progress.writing();
     checkPlace(stick);
-    online::WriteFile(stick.root + file, contents, stick.identity);
+    const bool wrote = online::WriteFile(stick.root + file, received.contents, stick.identity);
+    written.add(stick.root + file, std::move(received.contents), wrote);
 }
 
-void copyToStick(const Stick& stick, const std::string& file) {
+void copyToStick(const Stick& stick, const std::string& file, WrittenFiles& written) {
     const std::string source = platform::programPath() + file;
     const std::string target = stick.root + file;
     checkPlace(stick);
-    const platform::FileResult result = platform::copyFile(source, target, stick.identity);
+    bool untouched = false;
+    const platform::FileResult result = platform::copyFile(source, target, stick.identity, &untouched);
     if (result != platform::FileResult::Ok)
         throw RuntimeError(platform::errorNumber(result), online::FileExists(source) ? target : source);
+    written.add(target, online::ReadFile(source), !untouched);
 }
 
 /// From here on the stick may be pulled.
@@ -155,7 +186,32 @@ void showSuccess() {
                             "",
                         }),
                         toolkit::OkOnly, "Update erfolgreich");
+}
+
+void openSponsorPage() {
     platform::ShellOpenFile("open", online::sponsorPageUrl(), "", "", platform::showNormal, false);
+}
+
+void fetchAndWrite(cDrive& drive, const Files& files, const Stick& stick) {
+    window::MainWindow& window = drive.mainWindow();
+    ShownProgress progress(window);
+    WrittenFiles written;
+    if (!connected(window)) return;
+
+    transfer(drive, stick, files.firmware, firmware, progress, written);
+    if (files.settings) transfer(drive, stick, *files.settings, settings, progress, written);
+    window.showOnlineState("Update abgeschlossen", "Update abgeschlossen.");
+    refreshCapacity(drive);
+    copyToStick(stick, "autorun.inf", written);
+    copyToStick(stick, "orvantastick.ico", written);
+    progress.verifying();
+    written.verify(stick.identity);
+    settle(stick);
+    progress.finish(written.count());
+    tellWhoIsAway(window, "Update abgeschlossen", progress.result());
+    showSuccess();
+    progress.alert();
+    openSponsorPage();
 }
 
 } // namespace
@@ -175,16 +231,12 @@ void cmdChoose_Click(cDrive& drive) {
     if (!confirmed(window)) return;
     const Stick stick = shownStick(drive);
     checkNames(files);
-    if (!connected(window.StatusBar1.panel(2))) return;
-
-    transfer(drive, stick, files.firmware, "1");
-    if (files.settings) transfer(drive, stick, *files.settings, "2");
-    window.showOnlineState("Update abgeschlossen", "Update abgeschlossen.");
-    refreshCapacity(drive);
-    copyToStick(stick, "autorun.inf");
-    copyToStick(stick, "orvantastick.ico");
-    settle(stick);
-    showSuccess();
+    try {
+        fetchAndWrite(drive, files, stick);
+    } catch (const RuntimeError& error) {
+        tellWhoIsAway(window, failed, base::description(error.number()));
+        throw;
+    }
 }
 
 } // namespace job

@@ -24,7 +24,7 @@ public:
 
 bool isStickOperation(const std::string& step) {
     return step.starts_with("write ") || step.starts_with("copy ") || step.starts_with("load ") ||
-           step.starts_with("settle ");
+           step.starts_with("compare ") || step.starts_with("settle ");
 }
 
 bool isOperation(const std::string& step) {
@@ -70,7 +70,7 @@ void atPump(int number, const std::function<void()>& happening) {
 
 TEST(StickUpdateEveryFault, IsOneErrorReportAndNothingIsWrittenAfterIt) {
     const Texts operations = goodRun();
-    ASSERT_EQ(std::count_if(operations.begin(), operations.end(), isStickOperation), 7);
+    ASSERT_EQ(std::count_if(operations.begin(), operations.end(), isStickOperation), 13);
     for (const FileResult failure :
          {FileResult::DiskFull, FileResult::PermissionDenied, FileResult::DiskNotReady,
           FileResult::PathNotFound, FileResult::DeviceIo}) {
@@ -193,7 +193,7 @@ TEST(StickUpdateEveryPump, MayLoseTheStick) {
             JobRun::computer().failure = FileResult::DiskNotReady;
             JobRun::computer().fails = [](const std::string& step) {
                 return step.starts_with("write D:") || step.starts_with("copy D:") ||
-                       step.starts_with("settle D:");
+                       step.starts_with("compare D:") || step.starts_with("settle D:");
             };
         });
         run.update();

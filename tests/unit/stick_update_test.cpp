@@ -2,6 +2,7 @@
 
 #include "main_window.h"
 
+#include <algorithm>
 #include <functional>
 
 using base::ErrorNumber;
@@ -48,11 +49,27 @@ protected:
 
 TEST_F(StickUpdate, GoesInOrder) {
     update();
-    EXPECT_EQ(steps(), (Texts{"pump", "message Wollen Sie updaten ?", "fetch " + serverFile("usb-list.csv"),
-                              "fetch " + serverFile("fw0.bin.txt"), "pump", "write D:\\fw0.bin",
-                              "fetch " + serverFile("list0-0.txt.txt"), "pump", "write D:\\list0-0.txt",
-                              "pump", "load /opt/tool\\autorun.inf", "copy D:\\autorun.inf",
-                              "load /opt/tool\\orvantastick.ico", "copy D:\\orvantastick.ico", "settle D:\\",
+    EXPECT_EQ(steps(), (Texts{"pump",
+                              "message Wollen Sie updaten ?",
+                              "fetch " + serverFile("usb-list.csv"),
+                              "fetch " + serverFile("fw0.bin.txt"),
+                              "pump",
+                              "write D:\\fw0.bin",
+                              "fetch " + serverFile("list0-0.txt.txt"),
+                              "pump",
+                              "write D:\\list0-0.txt",
+                              "pump",
+                              "load /opt/tool\\autorun.inf",
+                              "copy D:\\autorun.inf",
+                              "load /opt/tool\\autorun.inf",
+                              "load /opt/tool\\orvantastick.ico",
+                              "copy D:\\orvantastick.ico",
+                              "load /opt/tool\\orvantastick.ico",
+                              "compare D:\\fw0.bin",
+                              "compare D:\\list0-0.txt",
+                              "compare D:\\autorun.inf",
+                              "compare D:\\orvantastick.ico",
+                              "settle D:\\",
                               "message Update erfolgreich",
                               "open http://www.brellix.example/index_link.php?ref=usbtool"}));
     EXPECT_FALSE(ended());
@@ -258,6 +275,35 @@ TEST_F(StickUpdate, IdenticalFilesAreNotWrittenAgainButCopiesAre) {
     computer().writes.clear();
     update();
     EXPECT_EQ(computer().writes, (Texts{"D:\\autorun.inf", "D:\\orvantastick.ico"}));
+}
+
+TEST_F(StickUpdate, AStickThatHasEverythingIsReadOnceAndNotWritten) {
+    update();
+    computer().sparesCopies = true;
+    computer().writes.clear();
+    computer().journal.clear();
+    update();
+    EXPECT_TRUE(computer().writes.empty());
+    Texts compared = steps();
+    std::erase_if(compared, [](const std::string& step) { return !step.starts_with("compare "); });
+    EXPECT_EQ(compared, (Texts{"compare D:\\fw0.bin", "compare D:\\list0-0.txt"}));
+    EXPECT_EQ(computer().messages.back().title, "Update erfolgreich");
+    EXPECT_EQ(window().prgUpdate.text(), "Geprüft: 4 Dateien stimmen überein.");
+}
+
+TEST_F(StickUpdate, WhatWasFoundBeforeAWriteIsReadBack) {
+    update();
+    computer().sparesCopies = true;
+    computer().web[serverFile("list0-0.txt.txt")] = "channels list1-1.txt"; // as long as the old one
+    computer().journal.clear();
+    update();
+    const Texts all = steps();
+    const auto written = std::find(all.begin(), all.end(), "write D:\\list0-0.txt");
+    ASSERT_NE(written, all.end());
+    Texts compared(written, all.end());
+    std::erase_if(compared, [](const std::string& step) { return !step.starts_with("compare "); });
+    EXPECT_EQ(compared, (Texts{"compare D:\\fw0.bin", "compare D:\\list0-0.txt"}))
+        << "the copies were found there after it";
 }
 
 TEST_F(StickUpdate, OldFilesAreReplaced) {
