@@ -2,6 +2,7 @@
 
 #include "base/lines.h"
 #include "format/admin_check.h"
+#include "format/disk_text.h"
 #include "format/process_runner.h"
 #include "platform/program_path.h"
 #include "platform/volumes.h"
@@ -56,8 +57,8 @@ constexpr const char* cancelQuestion = "Die Festplatte wird gerade formatiert. W
 } // namespace
 
 Form1::Form1(toolkit::Form& owner) : Form("Form1"), Timer1("Timer1", 4000ms, true), owner_(owner) {
-    for (Control* control :
-         std::initializer_list<Control*>{&Label1, &Label2, &Label3, &Command1, &Command2, &Timer1})
+    for (Control* control : std::initializer_list<Control*>{&Label1, &Label2, &Label3, &lblDisk, &prgFormat,
+                                                            &Command1, &Command2, &Timer1})
         add(*control);
     onLoad = [this] { Form_Load(); };
     onCloseRequested = [this] { return mayClose(); };
@@ -113,6 +114,7 @@ void Form1::Timer1_Timer() {
     state_ = DiskFound;
     Label3.setCaption(thirdStep);
     Label2.setCaption(thirdInstructions(drive_));
+    lblDisk.setCaption(format::diskText(platform::diskDescription(rootOf(drive_))));
     Command1.setEnabled(true);
 }
 
@@ -120,6 +122,7 @@ void Form1::showFirstStep() {
     state_ = WithoutDisk;
     Label3.setCaption(firstStep);
     Label2.setCaption(firstInstructions);
+    lblDisk.setCaption({});
 }
 
 void Form1::beginWaiting() {
@@ -132,6 +135,7 @@ void Form1::waitForDisk() {
     state_ = WaitingForDisk;
     Label3.setCaption(secondStep);
     Label2.setCaption(secondInstructions());
+    lblDisk.setCaption({});
     Command1.setEnabled(false);
     Command2.setEnabled(true);
 }
@@ -158,15 +162,18 @@ void Form1::askAndFormat() {
 }
 
 /// Events go on while the formatter runs. WEITER then starts no second one, which would write to the same
-/// disk, and closing the assistant ends the formatter, also when it has been opened anew since.
+/// disk, and closing the assistant ends the formatter, also when it has been opened anew since. A process
+/// that the formatter has started for its rights writes nothing then, or ends what it has begun to write.
 void Form1::formatDrive() {
     std::string output;
     closed_ = false;
     {
         const toolkit::ScopedFlag running(formatting_);
+        prgFormat.showBusy("Wird formatiert – Platte nicht abziehen");
         output = Module1::runConsoleProgram(platform::programPath() + "fat32format.exe -c64 " + drive_,
                                             [this] { return !closed_; });
     }
+    prgFormat.clear();
     const bool done = output.find("Done") != std::string::npos;
     toolkit::messageBox(done ? "Formatierung abgeschlossen." : "Formatierung fehlgeschlagen.",
                         toolkit::OkOnly);

@@ -5,6 +5,7 @@
 #include "toolkit/button.h"
 #include "toolkit/form.h"
 #include "toolkit/label.h"
+#include "toolkit/progress_bar.h"
 #include "toolkit/timer.h"
 
 #include <cstdint>
@@ -20,6 +21,8 @@ public:
     toolkit::Label Label1{"Label1"};
     toolkit::Label Label2{"Label2"};
     toolkit::Label Label3{"Label3"};
+    toolkit::Label lblDisk{"lblDisk"};           ///< which disk was found
+    toolkit::ProgressBar prgFormat{"prgFormat"}; ///< while the formatter runs
     toolkit::Button Command1{"Command1"};
     toolkit::Button Command2{"Command2"};
     toolkit::Timer Timer1;
