@@ -3,6 +3,7 @@
 #include "base/lines.h"
 #include "drive/cDrive.h"
 #include "drive/device_monitor.h"
+#include "drive/drive_facts.h"
 #include "drive/stick_actions.h"
 #include "format/Form1.h"
 #include "job/stick_update.h"
@@ -15,6 +16,7 @@
 #include "toolkit/dispatch.h"
 #include "toolkit/message_box.h"
 #include "widgets/frmAuswahl.h"
+#include "window/reasons.h"
 #include "window/title.h"
 
 #include <utility>
@@ -99,7 +101,7 @@ void frmMain::Form_Load() {
     basDeklare::HookWindow(handle());
     showOnlineState("Suche nach Updates...", "Updates werden gesucht.");
     cmdChoose.setCaption("Suche Updates...");
-    cmdChoose.setEnabled(false);
+    refuseUpdate(window::searchGoesOn);
 }
 
 void frmMain::Form_QueryUnload() {
@@ -140,7 +142,8 @@ void frmMain::chooseAmongSticks() {
     std::vector<frmAuswahl::Candidate> candidates;
     for (std::int32_t i = 0; i < drive.p_GetDL_Count(); ++i) {
         const std::string root = drive.p_GetDriveLetters(std::to_string(i));
-        candidates.push_back({root, drive.mp_GetDriveName(root)});
+        std::string label = drive.mp_GetDriveName(root);
+        candidates.push_back({root, std::move(label), drive::factsOf(drive, root)});
     }
     frmAuswahl dialog(std::move(candidates));
     dialog.onChosen = [&drive](const std::string& root) { drive.ChooseUSB_Info(root); };

@@ -2,9 +2,11 @@
 #include "app/frmMain.h"
 #include "app/program.h"
 #include "platform/console.h"
+#include "platform/system_path.h"
 #include "platform/volumes.h"
 #include "toolkit/backend.h"
 #include "toolkit/dispatch.h"
+#include "toolkit/worker.h"
 
 #include <cstdlib>
 #include <memory>
@@ -19,12 +21,13 @@ int main(int argc, char** argv) {
     const auto program = std::make_unique<app::Program>();
     std::unique_ptr<frmMain> mainWindow;
 
+    toolkit::writeSubjectsAs(platform::systemPath);
     const toolkit::Ending ending = toolkit::run(argv[0], [&] {
         mainWindow = std::make_unique<frmMain>(*program);
         mainWindow->show();
     });
 
     platform::releaseVolumes();
-    if (ending.atOnce) std::_Exit(ending.status);
+    if (ending.atOnce || toolkit::abandonedJobsRun()) std::_Exit(ending.status);
     return ending.status;
 }

@@ -8,6 +8,7 @@
 #include "platform/number_text.h"
 #include "platform/program_folder.h"
 #include "platform/program_path.h"
+#include "platform/system_path.h"
 
 #include <cstdio>
 
@@ -66,7 +67,8 @@ void frmMain::SaveSettings() {
     const bool saved = basINI::IniWriteFile(file, section,
                                             {{chkAuto.name(), std::to_string(chkAuto.value())},
                                              {cmbSize.name(), std::to_string(cmbSize.listIndex())}});
-    const std::string failure = file + ": Die Einstellungen konnten nicht gespeichert werden.\n";
+    const std::string failure =
+        platform::systemPath(file) + ": Die Einstellungen konnten nicht gespeichert werden.\n";
     if (!saved) std::fputs(failure.c_str(), stderr);
 }
 

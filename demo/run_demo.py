@@ -113,6 +113,7 @@ class Play:
         box = program.wait_message(timeout=60, title="Update erfolgreich")
         self.tell(f"{box['title']}: {box['text'].splitlines()[0]}", "success")
         program.answer("OK")
+        self.tell(program.text("prgUpdate"), "done")
 
         program.close()
         status = program.exit_status()
