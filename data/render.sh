@@ -1,6 +1,6 @@
 #!/bin/sh
 # Renders the drawings of svg/ into icons/ and program/. Only needed when a drawing changes: the results are kept.
-# Needs rsvg-convert (librsvg2-bin), icotool (icoutils), convert (imagemagick) and the font DejaVu Sans.
+# Needs rsvg-convert (librsvg2-bin), optipng, icotool (icoutils), convert (imagemagick) and the font DejaVu Sans.
 set -eu
 
 cd "$(dirname "$0")"
@@ -16,13 +16,24 @@ png() {
     rsvg-convert -w "$2" -h "$2" "$source" -o "$3"
 }
 
-# icon NAME FILE: 16 to 256 px; only the largest entry is stored as PNG, which old icon loaders do not read
+# icon NAME FILE LEAST: 16 to 256 px; entries from LEAST px on are stored as PNG, which is small, and which old icon
+# loaders do not read
 icon() {
+    drawing=$1
+    target=$2
+    least=$3
+    set --
     for size in 16 24 32 48 64 128 256; do
-        png "$1" "$size" "$work/$1-$size.png"
+        file=$work/$drawing-$size.png
+        png "$drawing" "$size" "$file"
+        optipng -quiet -o7 -nc -strip all "$file"
+        if [ "$size" -lt "$least" ]; then
+            set -- "$@" "$file"
+        else
+            set -- "$@" "--raw=$file"
+        fi
     done
-    icotool -c -o "$2" "$work/$1-16.png" "$work/$1-24.png" "$work/$1-32.png" "$work/$1-48.png" \
-        "$work/$1-64.png" "$work/$1-128.png" --raw="$work/$1-256.png"
+    icotool -c -o "$target" "$@"
 }
 
 # picture NAME FORMAT [WIDTH]: a receiver picture, 320 px wide unless told otherwise
@@ -40,10 +51,10 @@ picture() {
 mkdir -p icons program
 
 for name in 103 104; do
-    icon "$name" "icons/$name.ico"
+    icon "$name" "icons/$name.ico" 48
     cp "$work/$name"-*.png icons/
 done
-icon orvantastick program/orvantastick.ico
+icon orvantastick program/orvantastick.ico 256
 
 for name in file nofile; do
     rsvg-convert "svg/$name.svg" -o "$work/$name.png"
