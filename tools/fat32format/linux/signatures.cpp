@@ -1,4 +1,4 @@
-#include "tools/fat32format/signatures.h"
+#include "tools/fat32format/linux/signatures.h"
 
 #include "base/little_endian.h"
 #include "platform/linux/base/device_io.h"

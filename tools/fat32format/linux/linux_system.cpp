@@ -1,7 +1,7 @@
-#include "tools/fat32format/linux_system.h"
+#include "tools/fat32format/linux/linux_system.h"
 
-#include "tools/fat32format/held_device.h"
-#include "tools/fat32format/udisks_access.h"
+#include "tools/fat32format/linux/held_device.h"
+#include "tools/fat32format/linux/udisks_access.h"
 
 #include <cerrno>
 #include <cstdlib>
@@ -59,6 +59,11 @@ std::optional<Volume> LinuxSystem::inspect(const std::string& node) {
     const auto number = deviceNumber(node);
     if (!number) return std::nullopt;
     return readFacts(folders_, major(*number), minor(*number));
+}
+
+std::string LinuxSystem::systemsOwn() {
+    return "What is mounted outside of /media, /run/media and /mnt, swap space, "
+           "and volume groups and encrypted volumes in use are not touched.";
 }
 
 /// Whoever has the whole disk for itself has its partitions as well: in every namespace nothing of it can be

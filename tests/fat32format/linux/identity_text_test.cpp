@@ -1,4 +1,4 @@
-#include "tools/fat32format/disk_identity.h"
+#include "tools/fat32format/linux/identity_text.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "tools/fat32format/disk_facts.h"
+#include "tools/fat32format/linux/disk_facts.h"
 
 #include <gtest/gtest.h>
 
@@ -113,6 +113,20 @@ TEST_F(DiskFacts, WholeDisk) {
     EXPECT_FALSE(volume.isPartition);
     EXPECT_TRUE(volume.diskHasPartitions);
     EXPECT_NE(volume.deviceNumber, facts(17).deviceNumber);
+}
+
+TEST_F(DiskFacts, LabelOfWhatTheVolumeHolds) {
+    EXPECT_EQ(facts(17).label, "");
+    write("udev/b8:16", "E:ID_FS_LABEL_ENC=DISK");
+    EXPECT_EQ(facts(17).label, "") << "the disk's, not the partition's";
+    write("udev/b8:17", "E:ID_FS_LABEL=MY_DISK");
+    EXPECT_EQ(facts(17).label, "MY_DISK");
+    write("udev/b8:17", "E:ID_FS_LABEL_ENC=My\\x20Disk\\x5cx41\\xc3\\xa4", std::ios::app);
+    EXPECT_EQ(facts(17).label, "My Disk\\x41\xC3\xA4");
+    for (const char* broken : {"A\\", "A\\x", "A\\x4", "A\\xzz", "A\\n41"}) {
+        write("udev/b8:17", std::string("E:ID_FS_LABEL_ENC=") + broken);
+        EXPECT_EQ(facts(17).label, broken);
+    }
 }
 
 TEST_F(DiskFacts, BlankDisk) {

@@ -1,4 +1,4 @@
-#include "tools/fat32format/udisks_access.h"
+#include "tools/fat32format/linux/udisks_access.h"
 
 #include <QCoreApplication>
 #include <QDBusConnection>

@@ -1,8 +1,9 @@
-#include "tools/fat32format/link_table.h"
+#include "tools/fat32format/linux/link_table.h"
 
 #include "base/letters.h"
 #include "base/whole_number.h"
-#include "tools/fat32format/kernel_text.h"
+#include "tools/fat32format/linux/identity_text.h"
+#include "tools/fat32format/linux/kernel_text.h"
 
 #include <algorithm>
 #include <array>

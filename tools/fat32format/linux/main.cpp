@@ -2,7 +2,7 @@
 // answers its question and looks for "Done" in what it writes.
 #include "tools/fat32format/command_line.h"
 #include "tools/fat32format/formatter.h"
-#include "tools/fat32format/linux_system.h"
+#include "tools/fat32format/linux/linux_system.h"
 
 #include <exception>
 #include <fcntl.h>
@@ -28,6 +28,10 @@ int main(int argc, char** argv) {
     if (!secureStandardFiles()) return static_cast<int>(fat32format::Status::Failed);
     fat32format::LinuxSystem system;
     const std::vector<std::string> arguments(argv + (argc > 0 ? 1 : 0), argv + argc);
+    if (fat32format::asksForHelp(arguments)) {
+        system.print(std::string(fat32format::usage).append(fat32format::help));
+        return static_cast<int>(fat32format::Status::Done);
+    }
     const auto options = fat32format::parseArguments(arguments);
     if (!options) {
         system.print(std::string(fat32format::usage));

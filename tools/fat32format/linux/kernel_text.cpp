@@ -1,4 +1,4 @@
-#include "tools/fat32format/kernel_text.h"
+#include "tools/fat32format/linux/kernel_text.h"
 
 #include "platform/linux/base/folder_reader.h"
 #include "platform/linux/base/unique_fd.h"

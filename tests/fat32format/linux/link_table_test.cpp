@@ -1,5 +1,5 @@
 // Whose letters count, when programs run side by side.
-#include "tools/fat32format/link_table.h"
+#include "tools/fat32format/linux/link_table.h"
 
 #include <gtest/gtest.h>
 

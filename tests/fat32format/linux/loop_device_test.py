@@ -20,6 +20,7 @@ SKIPPED = 77
 BLKPG, ADD, DELETE = 0x1269, 1, 2  # linux/blkpg.h
 PROGRAM = None
 MEBIBYTE = 1024 * 1024
+SIZE = 260 * MEBIBYTE  # with clusters of 4 KiB hardly more than FAT32 has at least
 TOOLS = ("losetup", "fsck.fat", "mkswap", "swapon", "unshare")
 QUESTION = "Format drive E: (y/n)? "
 
@@ -55,7 +56,7 @@ class LoopDevice(unittest.TestCase):
         self.links = self.base / "orvanta-usbtool" / str(os.getpid())
         self.links.parent.mkdir(mode=0o700)
         self.links.mkdir(mode=0o700)
-        self.attach(256 * MEBIBYTE)
+        self.attach(SIZE)
 
     def attach(self, size):
         with open(self.image, "wb") as file:
@@ -133,7 +134,7 @@ class LoopDevice(unittest.TestCase):
 
     def add_partition(self):
         """Lets the kernel have a partition from the first mebibyte on, as if it had read it from the disk."""
-        tell_partition(ADD, self.device, 1, 2048, 256 * 2048 - 2048)
+        tell_partition(ADD, self.device, 1, 2048, SIZE // 512 - 2048)
         self.addCleanup(tell_partition, DELETE, self.device, 1)
         return self.device + "p1"
 
@@ -147,7 +148,7 @@ class LoopDevice(unittest.TestCase):
         self.assertEqual(struct.unpack_from("<H", boot, 11)[0], 512, "bytes a sector")
         self.assertEqual(boot[13], 8, "sectors a cluster")
         self.assertEqual(struct.unpack_from("<I", boot, 28)[0], hidden, "sectors in front of it")
-        self.assertEqual(struct.unpack_from("<I", boot, 32)[0], 256 * 2048 - 2048, "sectors")
+        self.assertEqual(struct.unpack_from("<I", boot, 32)[0], SIZE // 512 - 2048, "sectors")
         self.assertEqual(boot[82:90], b"FAT32   ")
         volume = self.base / "volume"
         with open(self.image, "rb") as source, open(volume, "wb") as target:
@@ -159,11 +160,11 @@ class LoopDevice(unittest.TestCase):
         result = self.format("--any-bus")
         self.assertEqual(result.returncode, 0, result.stdout)
         self.assertTrue(result.stdout.endswith("\n100 percent completed.\nDone\n"), result.stdout)
-        self.assertIn("the whole of " + self.device + ", 268.4 MB", result.stdout)
+        self.assertIn("the whole of " + self.device + ", 272.6 MB", result.stdout)
         table = self.read(0, 512)
         self.assertEqual(table[510:], b"\x55\xaa")
         self.assertEqual(table[446 + 4], 0x0C, "type")
-        self.assertEqual(struct.unpack_from("<II", table, 446 + 8), (2048, 256 * 2048 - 2048))
+        self.assertEqual(struct.unpack_from("<II", table, 446 + 8), (2048, SIZE // 512 - 2048))
         self.assertFalse(any(table[462:510]), "no other partition")
         self.check_file_system(hidden=2048)
 
@@ -182,6 +183,13 @@ class LoopDevice(unittest.TestCase):
 
     def test_wrong_arguments(self):
         self.assert_refused(self.format("--force"), 2, "usage:")
+
+    def test_help(self):
+        for argument in ("--help", "-?", "/?"):
+            told = subprocess.run([PROGRAM, argument], stdin=subprocess.DEVNULL, capture_output=True, text=True,
+                                  check=False)
+            self.assertEqual(told.returncode, 0)
+            self.assertIn("exit status", told.stdout)
 
     def test_letter_that_is_not_in_the_table(self):
         self.assert_refused(self.format("--any-bus", drive="F:"), 3, "There is no drive F:.")
@@ -265,10 +273,10 @@ class LoopDevice(unittest.TestCase):
     def test_identity_of_another_disk(self):
         sequence, size, _ = self.identity().split(",")
         number = int(sequence.removeprefix("sequence="))
-        for disk in (f"sequence={number - 1},{size},serial=", f"{sequence},size=268435968,serial=",
+        for disk in (f"sequence={number - 1},{size},serial=", f"{sequence},size=272630272,serial=",
                      f"{sequence},{size},serial=0815"):
             self.link(self.device, disk)
-            self.assert_refused(self.format("--any-bus"), 14, "another disk than the table of drives tells of")
+            self.assert_refused(self.format("--any-bus"), 14, "another disk than it was known for")
         self.assertTrue(self.is_untouched())
 
     def test_identity_that_is_missing(self):
@@ -287,7 +295,7 @@ class LoopDevice(unittest.TestCase):
         first, device, identity = self.image, self.device, self.identity()
         before = hashlib.sha256(first.read_bytes()).hexdigest()
         self.image = self.base / "second"
-        self.attach(256 * MEBIBYTE)
+        self.attach(SIZE)
         self.assertNotEqual(self.device, device)
         return process, first, before, identity
 
@@ -295,7 +303,7 @@ class LoopDevice(unittest.TestCase):
         for knows, status in ((True, 13), (False, 14)):
             with self.subTest("the table of drives " + ("knows" if knows else "does not know")):
                 self.image = self.base / "first"
-                self.attach(256 * MEBIBYTE)
+                self.attach(SIZE)
                 process, first, before, identity = self.exchange_while_it_asks()
                 self.link(self.device, None if knows else identity)
                 self.assert_refused(self.say_yes(process), status, "another disk")
@@ -339,10 +347,12 @@ class LoopDevice(unittest.TestCase):
         self.assertEqual(self.fingerprint(), before)
 
     def test_other_partition_mounted_in_another_namespace(self):
+        self.image = self.base / "larger"
+        self.attach(2 * SIZE)
         first = self.add_partition()
         tell_partition(DELETE, self.device, 1)
         tell_partition(ADD, self.device, 1, 2048, 100 * 2048)
-        tell_partition(ADD, self.device, 2, 120 * 2048, 100 * 2048)
+        tell_partition(ADD, self.device, 2, 120 * 2048, SIZE // 512)
         self.addCleanup(tell_partition, DELETE, self.device, 2)
         run("mkfs.ext4", "-q", first)
         self.link(self.device + "p2")
@@ -374,7 +384,7 @@ class LoopDevice(unittest.TestCase):
         }
         for name, pieces in marks.items():
             with self.subTest(name=name):
-                self.attach(256 * MEBIBYTE)
+                self.attach(SIZE)
                 self.put_signature(*pieces)
                 before = self.fingerprint()
                 result = self.format("--any-bus")
@@ -523,7 +533,10 @@ class LoopDevice(unittest.TestCase):
 
     def test_disk_too_small(self):
         self.attach(MEBIBYTE)
-        self.assert_refused(self.format("--any-bus"), 1, "too small")
+        self.assert_refused(self.format("--any-bus"), 1, "Drive E: is too small for FAT32")
+        self.attach(128 * MEBIBYTE)
+        self.assert_refused(self.format("--any-bus"), 1, "too small for clusters of 8 sectors (-c8). What fits it: -c1, -c2")
+        self.assertTrue(self.is_untouched())
 
 
 if __name__ == "__main__":

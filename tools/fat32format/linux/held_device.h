@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/linux/base/unique_fd.h"
-#include "tools/fat32format/disk_facts.h"
+#include "tools/fat32format/linux/disk_facts.h"
 #include "tools/fat32format/system.h"
 
 namespace fat32format {
@@ -25,6 +25,8 @@ public:
     bool write(std::uint64_t offset, std::span<const unsigned char> bytes) override;
     bool flush() override;
     void tableHasChanged() override;
+    /// Linux tells a file system by what it holds, and leaves the table to whoever made it.
+    bool setPartitionType() override { return true; }
 
 private:
     int volume() const { return partition_ ? partition_.get() : disk_.get(); }

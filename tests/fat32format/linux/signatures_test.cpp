@@ -1,4 +1,4 @@
-#include "tools/fat32format/signatures.h"
+#include "tools/fat32format/linux/signatures.h"
 
 #include "platform/linux/base/unique_fd.h"
 

@@ -1,7 +1,7 @@
-#include "tools/fat32format/held_device.h"
+#include "tools/fat32format/linux/held_device.h"
 
 #include "platform/linux/base/device_io.h"
-#include "tools/fat32format/signatures.h"
+#include "tools/fat32format/linux/signatures.h"
 
 #include <fcntl.h>
 #include <linux/fs.h>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "tools/fat32format/disk_facts.h"
-#include "tools/fat32format/link_table.h"
+#include "tools/fat32format/linux/disk_facts.h"
+#include "tools/fat32format/linux/link_table.h"
 #include "tools/fat32format/system.h"
 
 namespace fat32format {
@@ -14,6 +14,7 @@ public:
     std::string tableProblem() override;
     std::optional<Target> targetOf(char letter) override;
     std::optional<Volume> inspect(const std::string& node) override;
+    std::string systemsOwn() override;
     Opened open(const Volume& volume, Access access) override;
     bool unmount(const Mount& mount) override;
     std::uint32_t randomNumber() override;

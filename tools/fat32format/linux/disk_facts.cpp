@@ -1,14 +1,15 @@
-#include "tools/fat32format/disk_facts.h"
+#include "tools/fat32format/linux/disk_facts.h"
 
 #include "base/trim.h"
 #include "base/whole_number.h"
-#include "tools/fat32format/kernel_text.h"
+#include "tools/fat32format/linux/kernel_text.h"
 
 #include <algorithm>
 #include <cctype>
 #include <cerrno>
 #include <map>
 #include <sstream>
+#include <string_view>
 #include <sys/stat.h>
 #include <sys/sysmacros.h>
 
@@ -115,6 +116,29 @@ std::string udevProperty(const FactFolders& folders, const std::string& number, 
     for (std::string line; std::getline(lines, line);)
         if (line.starts_with(start)) return trimmed(line.substr(start.size()));
     return {};
+}
+
+bool isHexadecimal(std::string_view text) {
+    return text.size() == 2 &&
+           std::all_of(text.begin(), text.end(), [](unsigned char c) { return std::isxdigit(c) != 0; });
+}
+
+/// "\\x20" and the like in udev's properties, the reverse of libudev's udev_util_encode_string().
+std::string decoded(const std::string& text) {
+    std::string result;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const std::string digits = text.substr(std::min(i + 2, text.size()), 2);
+        const bool encoded = text.compare(i, 2, "\\x") == 0 && isHexadecimal(digits);
+        result += encoded ? static_cast<char>(std::stoi(digits, nullptr, 16)) : text[i];
+        if (encoded) i += 3;
+    }
+    return result;
+}
+
+/// Of the file system on the device; the plain property has other characters in the place of special ones.
+std::string labelOf(const FactFolders& folders, const std::string& number) {
+    const std::string encoded = udevProperty(folders, number, "ID_FS_LABEL_ENC");
+    return encoded.empty() ? udevProperty(folders, number, "ID_FS_LABEL") : trimmed(decoded(encoded));
 }
 
 /// "usb" and a number: the host controller that the device hangs on.
@@ -303,6 +327,7 @@ std::optional<Volume> readFacts(const FactFolders& folders, unsigned major, unsi
     volume.readOnly = reader.number(*folder / "ro") != 0 || reader.number(disk / "ro") != 0;
     volume.onUsb = hangsOnUsb(disk) || udevProperty(folders, optionalLine(disk / "dev"), "ID_BUS") == "usb";
     readDiskNames(folders, disk, volume);
+    volume.label = labelOf(folders, numberText(major, minor));
     readUse(reader, folders, disk, volume);
     return volume;
 }
