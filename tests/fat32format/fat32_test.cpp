@@ -16,7 +16,21 @@ std::uint32_t number(const Bytes& bytes, std::size_t place, int length) {
 }
 
 Fat32Wish diskOf500Gigabytes() {
-    return {512, 976'771'120, 64, 2048, 0x12345678};
+    Fat32Wish wish;
+    wish.sectors = 976'771'120;
+    wish.sectorsPerCluster = 64;
+    wish.sectorsBefore = 2048;
+    wish.serial = 0x12345678;
+    return wish;
+}
+
+std::optional<Fat32Layout> layoutOf(std::uint32_t sectorSize, std::uint64_t sectors,
+                                    std::uint32_t sectorsPerCluster) {
+    Fat32Wish wish;
+    wish.sectorSize = sectorSize;
+    wish.sectors = sectors;
+    wish.sectorsPerCluster = sectorsPerCluster;
+    return fat32Layout(wish);
 }
 
 /// The clusters fit into the volume and into the tables, and no sector of a table is there in vain.
@@ -38,8 +52,8 @@ TEST(Fat32, LayoutIsSoundWhateverTheSize) {
     int made = 0;
     for (const std::uint32_t sectorSize : {512U, 4096U}) {
         for (std::uint32_t perCluster = 1; perCluster <= 128; perCluster *= 2) {
-            for (std::uint64_t sectors = 33; sectors < (1ULL << 33U); sectors = sectors * 5 / 4 + 7) {
-                const auto layout = fat32Layout({sectorSize, sectors, perCluster, 0, 0});
+            for (std::uint64_t sectors = 33; sectors < (1ULL << 33U); sectors = sectors * 11 / 10 + 7) {
+                const auto layout = layoutOf(sectorSize, sectors, perCluster);
                 if (!layout) continue;
                 ++made;
                 expectSound(*layout);
@@ -50,12 +64,81 @@ TEST(Fat32, LayoutIsSoundWhateverTheSize) {
 }
 
 TEST(Fat32, VolumeTooSmallOrTooLarge) {
-    EXPECT_FALSE(fat32Layout({512, 0, 1, 0, 0}).has_value());
-    EXPECT_FALSE(fat32Layout({512, 34, 1, 0, 0}).has_value());
-    EXPECT_TRUE(fat32Layout({512, 35, 1, 0, 0}).has_value());
-    EXPECT_FALSE(fat32Layout({512, 100, 128, 0, 0}).has_value());
-    EXPECT_FALSE(fat32Layout({512, 300'000'000, 1, 0, 0}).has_value()) << "more than 2^28 clusters";
-    EXPECT_EQ(fat32Layout({512, 1ULL << 40U, 64, 0, 0})->sectors, 0xFFFFFFFFU);
+    EXPECT_FALSE(layoutOf(512, 0, 1).has_value());
+    EXPECT_FALSE(layoutOf(512, 35, 1).has_value());
+    EXPECT_FALSE(layoutOf(512, 65'000ULL * 128, 128).has_value());
+    EXPECT_FALSE(layoutOf(512, 300'000'000, 1).has_value()) << "more than 2^28 clusters";
+    EXPECT_EQ(layoutOf(512, 1ULL << 40U, 64)->sectors, 0xFFFFFFFFU);
+}
+
+/// With one sector more there is one cluster more, unless the tables take it.
+TEST(Fat32, FewestAndMostClusters) {
+    for (const std::uint32_t sectorSize : {512U, 1024U, 2048U, 4096U}) {
+        std::uint64_t sectors = fewestClusters;
+        while (!layoutOf(sectorSize, sectors, 1))
+            ++sectors;
+        EXPECT_EQ(layoutOf(sectorSize, sectors, 1)->clusters, 65'525U) << sectorSize;
+        EXPECT_EQ(layoutOf(sectorSize, sectors + 1, 1)->clusters, 65'526U) << sectorSize;
+        sectors = mostClusters + 32 + 2 * ((mostClusters + 2) * 4 / sectorSize);
+        while (layoutOf(sectorSize, sectors, 1))
+            ++sectors;
+        EXPECT_EQ(layoutOf(sectorSize, sectors - 1, 1)->clusters, 0x0FFF'FFF4U) << sectorSize;
+    }
+}
+
+TEST(Fat32, SectorsThatFatDoesNotKnow) {
+    for (const std::uint32_t sectorSize : {0U, 256U, 520U, 4160U, 8192U})
+        EXPECT_FALSE(layoutOf(sectorSize, 1'000'000, 1).has_value()) << sectorSize;
+    for (const std::uint32_t sectorSize : {512U, 1024U, 2048U, 4096U})
+        EXPECT_TRUE(layoutOf(sectorSize, 1'000'000, 1).has_value()) << sectorSize;
+}
+
+TEST(Fat32, LabelAsFatKeepsIt) {
+    EXPECT_EQ(fatLabel("Backup 1"), "BACKUP 1");
+    EXPECT_EQ(fatLabel("  blanks "), "BLANKS");
+    EXPECT_EQ(fatLabel("ELEVEN-CHAR"), "ELEVEN-CHAR");
+    EXPECT_EQ(fatLabel("$%'-_@~`!(){}").size(), 0U) << "13 characters";
+    EXPECT_EQ(fatLabel("$%'-_@~`!()"), "$%'-_@~`!()");
+    for (const char* other : {"", "   ", "TWELVE-CHARS", "\xC3\x84PFEL", "A\tB", "A\x7F", "No Name"})
+        EXPECT_EQ(fatLabel(other), "") << other;
+    for (const char c : std::string("\"*+,./:;<=>?[\\]|"))
+        EXPECT_EQ(fatLabel(std::string("A") + c), "") << c;
+}
+
+TEST(Fat32, LabelStandsInTheBootSectorAndInTheRootFolder) {
+    Fat32Wish wish = diskOf500Gigabytes();
+    wish.label = "BACKUP";
+    wish.labelled.tm_year = 126;
+    wish.labelled.tm_mon = 11;
+    wish.labelled.tm_mday = 31;
+    wish.labelled.tm_hour = 12;
+    wish.labelled.tm_min = 34;
+    wish.labelled.tm_sec = 59;
+    const auto layout = fat32Layout(wish);
+    const Bytes boot = bootSector(*layout);
+    EXPECT_EQ(std::string(boot.begin() + 71, boot.begin() + 90), "BACKUP     FAT32   ");
+    const Bytes root = firstRootSector(*layout);
+    EXPECT_EQ(std::string(root.begin(), root.begin() + 12), "BACKUP     \b");
+    EXPECT_EQ(number(root, 12, 4) + number(root, 16, 4) + number(root, 20, 2) + number(root, 26, 2), 0U)
+        << "a label has neither clusters nor other times";
+    EXPECT_EQ(number(root, 22, 2), (12U << 11U) + (34U << 5U) + 29U);
+    EXPECT_EQ(number(root, 24, 2), (46U << 9U) + (12U << 5U) + 31U);
+    EXPECT_EQ(number(root, 28, 4) + number(root, 32, 4), 0U) << "nothing behind it";
+}
+
+TEST(Fat32, NoLabel) {
+    const auto layout = fat32Layout(diskOf500Gigabytes());
+    EXPECT_EQ(firstRootSector(*layout), Bytes(512));
+}
+
+TEST(Fat32, DatesThatFatCannotKeep) {
+    Fat32Wish wish = diskOf500Gigabytes();
+    wish.label = "BACKUP";
+    EXPECT_EQ(number(firstRootSector(*fat32Layout(wish)), 22, 4), 0x0021'0000U) << "the first day of 1980";
+    wish.labelled.tm_year = 300;
+    wish.labelled.tm_mday = 1;
+    wish.labelled.tm_sec = 60;
+    EXPECT_EQ(number(firstRootSector(*fat32Layout(wish)), 22, 4), 0xFE21'001DU) << "2107; a leap second";
 }
 
 TEST(Fat32, BootSector) {

@@ -1,20 +1,23 @@
 #include "tools/fat32format/fat32.h"
 
+#include "base/letters.h"
 #include "base/little_endian.h"
+#include "base/trim.h"
 
 #include <algorithm>
+#include <bit>
 #include <limits>
-#include <string_view>
 
 namespace fat32format {
 
 namespace {
 
 constexpr std::uint32_t fewestReserved = 32;
-constexpr std::uint32_t entrySize = 4;            // bytes, of a table
-constexpr std::uint32_t unusedEntries = 2;        // in front of the first cluster's
-constexpr std::uint64_t mostClusters = 0xFFFFFF4; // higher numbers are marks
-constexpr std::size_t sectorMark = 510;
+constexpr std::uint32_t entrySize = 4;     // bytes, of a table
+constexpr std::uint32_t unusedEntries = 2; // in front of the first cluster's
+constexpr std::size_t sectorMark = 510;    // whatever the size of the sector
+constexpr std::size_t labelLength = 11;
+constexpr std::string_view noLabel = "NO NAME"; // stands in the boot sector of a volume without one
 
 constexpr std::uint32_t tracksOfHeads = 255; // what every disk is said to have that counts in blocks
 constexpr std::uint32_t sectorsOfTrack = 63;
@@ -68,9 +71,45 @@ void writeOldPlace(SectorWriter& sector, std::size_t at, std::uint64_t place) {
     sector.byte(at + 2, low);
 }
 
+bool isSectorOfFat(std::uint32_t size) {
+    return size >= 512 && size <= 4096 && std::has_single_bit(size);
+}
+
+/// Whether a label may have it; small letters have become capitals.
+bool isOfLabel(char c) {
+    constexpr std::string_view others = "\"*+,./:;<=>?[\\]|";
+    return c >= ' ' && c <= '~' && others.find(c) == std::string_view::npos;
+}
+
+std::string padded(std::string text) {
+    text.resize(labelLength, ' ');
+    return text;
+}
+
+/// Days count from 1980 on, and years up to 2107.
+std::uint32_t fatDate(const std::tm& time) {
+    const int year = std::clamp(time.tm_year - 80, 0, 127);
+    const int day = std::max(time.tm_mday, 1); // 0 where no time is given at all
+    return static_cast<std::uint32_t>(year * 512 + (time.tm_mon + 1) * 32 + day);
+}
+
+/// In steps of two seconds.
+std::uint32_t fatTime(const std::tm& time) {
+    return static_cast<std::uint32_t>(time.tm_hour * 2048 + time.tm_min * 32 + std::min(time.tm_sec, 59) / 2);
+}
+
 } // namespace
 
+std::string fatLabel(std::string_view label) {
+    std::string kept(base::trim(label, " "));
+    std::transform(kept.begin(), kept.end(), kept.begin(), [](char c) { return base::upper(c); });
+    const bool canBeKept =
+        kept.size() <= labelLength && std::all_of(kept.begin(), kept.end(), isOfLabel) && kept != noLabel;
+    return canBeKept ? kept : std::string();
+}
+
 std::optional<Fat32Layout> fat32Layout(const Fat32Wish& wish) {
+    if (!isSectorOfFat(wish.sectorSize)) return std::nullopt;
     const std::uint64_t sectors =
         std::min<std::uint64_t>(wish.sectors, std::numeric_limits<std::uint32_t>::max());
     if (sectors <= fewestReserved) return std::nullopt;
@@ -78,7 +117,7 @@ std::optional<Fat32Layout> fat32Layout(const Fat32Wish& wish) {
     const std::uint64_t reserved = reservedSectors(wish, table);
     if (reserved + 2 * table + wish.sectorsPerCluster > sectors) return std::nullopt;
     const std::uint64_t clusters = (sectors - reserved - 2 * table) / wish.sectorsPerCluster;
-    if (clusters > mostClusters) return std::nullopt;
+    if (clusters < fewestClusters || clusters > mostClusters) return std::nullopt;
     Fat32Layout layout;
     layout.wish = wish;
     layout.sectors = static_cast<std::uint32_t>(sectors);
@@ -109,7 +148,7 @@ Bytes bootSector(const Fat32Layout& layout) {
     sector.byte(64, 0x80); // number of the disk
     sector.byte(66, 0x29); // the next three are there
     sector.number(67, layout.wish.serial);
-    sector.text(71, "NO NAME    ");
+    sector.text(71, padded(layout.wish.label.empty() ? std::string(noLabel) : layout.wish.label));
     sector.text(82, "FAT32   ");
     sector.text(90, "\xCD\x18\xEB\xFE"); // a computer that starts from it goes on with its next disk
     return sector.marked();
@@ -129,6 +168,17 @@ Bytes firstTableSector(const Fat32Layout& layout) {
     sector.number(0, 0x0FFFFFF8); // the medium, as in the boot sector
     sector.number(4, 0x0FFFFFFF); // in order
     sector.number(8, 0x0FFFFFFF); // the root directory ends with its first cluster
+    return sector.plain();
+}
+
+Bytes firstRootSector(const Fat32Layout& layout) {
+    constexpr std::uint32_t labelOfVolume = 0x08;
+    SectorWriter sector(layout.wish.sectorSize);
+    if (layout.wish.label.empty()) return sector.plain();
+    sector.text(0, padded(layout.wish.label));
+    sector.byte(11, labelOfVolume);
+    sector.word(22, fatTime(layout.wish.labelled));
+    sector.word(24, fatDate(layout.wish.labelled));
     return sector.plain();
 }
 

@@ -40,6 +40,10 @@ bool VolumeWriter::put(std::uint64_t offset, const Bytes& bytes) {
     return volume_.write(offset, bytes);
 }
 
+bool VolumeWriter::store(std::uint64_t offset, const Bytes& bytes) {
+    return put(offset, bytes) && flush() && verify(offset, bytes);
+}
+
 bool VolumeWriter::verify(std::uint64_t offset, const Bytes& bytes) {
     Bytes found(bytes.size());
     return volume_.read(offset, found) && found == bytes;
@@ -73,19 +77,30 @@ std::uint64_t Fat32Writer::clearedBytes(const Fat32Layout& layout) {
     return (std::uint64_t{layout.firstData()} + layout.wish.sectorsPerCluster) * layout.wish.sectorSize;
 }
 
+/// What Windows has behind each sector of information belongs to its own code for the start of a computer:
+/// nothing reads it from a volume without that code, and here it stays empty.
 bool Fat32Writer::writeTables() {
     if (!writer_.clear(base_, base_ + clearedBytes(layout_))) return false;
     const Bytes first = firstTableSector(layout_);
     const Bytes information = informationSector(layout_);
     return writer_.put(placeOf(layout_.reserved), first) &&
            writer_.put(placeOf(layout_.reserved + layout_.table), first) &&
+           writer_.put(placeOf(layout_.firstData()), firstRootSector(layout_)) &&
            writer_.put(placeOf(informationPlace), information) &&
-           writer_.put(placeOf(copyPlace + informationPlace), information);
+           writer_.put(placeOf(copyPlace + informationPlace), information) && writer_.flush();
 }
 
 bool Fat32Writer::writeBoot() {
     const Bytes boot = bootSector(layout_);
-    return writer_.put(placeOf(copyPlace), boot) && writer_.put(placeOf(0), boot);
+    return writer_.store(placeOf(copyPlace), boot) && writer_.store(placeOf(0), boot);
+}
+
+/// The first one first: nothing goes by the copy alone.
+bool Fat32Writer::clearBoot() {
+    const Bytes nothing(layout_.wish.sectorSize);
+    const bool first = writer_.store(placeOf(0), nothing);
+    const bool copy = writer_.store(placeOf(copyPlace), nothing);
+    return first && copy;
 }
 
 } // namespace fat32format
