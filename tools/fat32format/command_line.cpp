@@ -9,14 +9,12 @@ namespace fat32format {
 
 namespace {
 
-constexpr unsigned mostSectors = 128;
-
 /// N of "-cN"; 0 when it is none.
 unsigned clusterOption(std::string_view argument) {
     if (!argument.starts_with("-c")) return 0;
     argument.remove_prefix(2);
     const unsigned sectors = base::wholeNumber<unsigned>(argument).value_or(0);
-    return sectors <= mostSectors && std::has_single_bit(sectors) ? sectors : 0;
+    return sectors <= mostSectorsPerCluster && std::has_single_bit(sectors) ? sectors : 0;
 }
 
 /// X of "X:", in upper case; 0 when it is none.
@@ -26,6 +24,11 @@ char driveLetter(std::string_view argument) {
 }
 
 } // namespace
+
+bool asksForHelp(std::span<const std::string> arguments) {
+    return arguments.size() == 1 &&
+           (arguments[0] == "--help" || arguments[0] == "-?" || arguments[0] == "/?");
+}
 
 std::optional<Options> parseArguments(std::span<const std::string> arguments) {
     Options options;

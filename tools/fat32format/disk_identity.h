@@ -1,9 +1,7 @@
 #pragma once
 
 #include <cstdint>
-#include <optional>
 #include <string>
-#include <string_view>
 
 namespace fat32format {
 
@@ -14,9 +12,5 @@ struct DiskIdentity {
     std::string serial;         ///< may be empty
     friend bool operator==(const DiskIdentity&, const DiskIdentity&) = default;
 };
-
-/// Reads "sequence=7,size=500107862016,serial=0123%20A": decimal numbers, the serial in UTF-8 with everything
-/// that is special as "%XX". No value when the text is anything else, or names no disk at all.
-std::optional<DiskIdentity> parseIdentity(std::string_view text);
 
 } // namespace fat32format

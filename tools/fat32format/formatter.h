@@ -22,8 +22,9 @@ enum class Status : int {
     InUse = 11,
     HasPartitions = 12,
     DiskChanged = 13,
-    OtherDisk = 14,   ///< another disk than the table of drives tells of, or it tells of none
+    OtherDisk = 14,   ///< another disk than the drive was known for, or the table of drives tells of none
     MemberOfSet = 15, ///< a part of a RAID, a volume group or the like
+    Encrypted = 16,   ///< with BitLocker
 };
 
 /// Formats the drive with FAT32 after the user has agreed. The last line it prints is "Done" when, and only

@@ -5,6 +5,7 @@
 #include "tools/fat32format/disk_identity.h"
 
 #include <cstdint>
+#include <ctime>
 #include <memory>
 #include <optional>
 #include <span>
@@ -33,12 +34,15 @@ struct Volume {
     std::uint64_t start = 0; ///< where it begins on the disk, in bytes
     std::uint64_t bytes = 0;
     std::uint32_t sectorSize = 512; ///< logical, in bytes
+    std::string label; ///< of what the volume holds, UTF-8; empty when it has none, or none is known
     bool isPartition = false;
     bool diskHasPartitions = false;
     bool onUsb = false;
     bool readOnly = false;
     /// Something of the disk is mounted as part of the system, or in its use otherwise.
     bool systemUse = false;
+    std::string set;           ///< what it is a part of together with other disks; empty when of nothing
+    std::string shownNode;     ///< what people call it; empty when that is its device
     std::vector<Mount> mounts; ///< where the user has something of the disk mounted, in the order of mounting
     std::string unreadable;    ///< what could not be read of all this, the first of it; else empty
 
@@ -46,6 +50,7 @@ struct Volume {
     bool isSameAs(const Volume& other) const;
     DiskIdentity identity() const { return {diskSequence, diskBytes, serial}; }
     const std::string& shownSerial() const { return serial.empty() ? deviceSerial : serial; }
+    const std::string& name() const { return shownNode.empty() ? node : shownNode; }
 };
 
 /// What a letter means in the table of drives.
@@ -84,6 +89,9 @@ public:
     virtual bool flush() = 0;
     /// Lets the system take notice of a new partition table, now or when the disk is let go.
     virtual void tableHasChanged() = 0;
+    /// The volume is a partition that FAT32 has been written to, all of it: what a partition table says of it
+    /// is made to suit that, on systems that care. Whether it does.
+    virtual bool setPartitionType() = 0;
 };
 
 enum class Access {
@@ -92,7 +100,7 @@ enum class Access {
 };
 
 struct Opened {
-    enum class Outcome { Done, InUse, NotAllowed, Failed };
+    enum class Outcome { Done, InUse, NotAllowed, Encrypted, Failed };
     Outcome outcome = Outcome::Failed;
     std::unique_ptr<HeldVolume> volume; ///< there when, and only when, it is done
     std::string reason;                 ///< why not, in the system's words; may be empty
@@ -112,15 +120,22 @@ public:
     /// No value when the path is no block device.
     virtual std::optional<Volume> inspect(const std::string& node) = 0;
 
+    /// Which disks count as the system's, or in its use: a sentence.
+    virtual std::string systemsOwn() = 0;
     /// May ask the user for a password.
     virtual Opened open(const Volume& volume, Access access) = 0;
     virtual bool unmount(const Mount& mount) = 0;
     virtual std::uint32_t randomNumber() = 0;
+    /// The user's clock.
+    virtual std::tm localTime();
 
     /// Shows a text to the user at once.
     virtual void print(const std::string& text) = 0;
     /// A line that the user types, without its end; no value at the end of the input.
     virtual std::optional<std::string> readLine() = 0;
+    /// Whether who gave the answer still waits for what comes of it. Where the question is this process's
+    /// own, it ends together with who was asked.
+    virtual bool isAskerThere() { return true; }
 };
 
 } // namespace fat32format
