@@ -60,3 +60,21 @@ TEST(CommandLine, EverythingElseIsRefused) {
     for (const auto& arguments : wrong)
         EXPECT_FALSE(parse(arguments)) << testing::PrintToString(arguments);
 }
+
+TEST(CommandLine, HelpIsAskedForInThreeWays) {
+    const auto asks = [](const std::vector<std::string>& arguments) {
+        return fat32format::asksForHelp(arguments);
+    };
+    for (const char* const argument : {"/?", "-?", "--help"}) {
+        EXPECT_TRUE(asks({argument})) << argument;
+        EXPECT_FALSE(parse({argument})) << argument;
+        EXPECT_FALSE(asks({"-c64", "E:", argument})) << argument;
+    }
+    EXPECT_FALSE(asks({}));
+    EXPECT_FALSE(asks({"/h"}));
+}
+
+// Who looks for it takes the help for a success of formatting.
+TEST(CommandLine, TheHelpDoesNotSpeakTheWordOfSuccess) {
+    EXPECT_EQ(std::string(fat32format::usage).append(fat32format::help).find("Done"), std::string::npos);
+}

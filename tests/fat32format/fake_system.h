@@ -19,6 +19,8 @@ public:
     std::map<std::uint64_t, Bytes> sectors; ///< by offset, in bytes of the disk; those that are not all zeros
     int flushed = 0;
     bool tableRead = false;
+    int typeSet = 0;   ///< how often
+    Bytes whenTypeSet; ///< the first sector of the volume at that moment
 
     void write(std::uint64_t offset, std::span<const unsigned char> bytes, std::size_t size) {
         sectors.erase(sectors.lower_bound(offset), sectors.lower_bound(offset + bytes.size()));
@@ -51,6 +53,7 @@ public:
     std::string problemOfTable;
     std::map<std::string, Volume> volumes;
     std::optional<std::string> answer = "y";
+    bool askerStays = true; ///< until the first write
     bool unmounts = true;
     bool mountsAgain = false;
     std::map<Access, Opened::Outcome> outcomes; ///< of opening; done where nothing else is said
@@ -90,6 +93,7 @@ public:
         volume.unreadable = "/proc/self/mountinfo";
         return volume;
     }
+    std::string systemsOwn() override { return "Its own disks are not touched."; }
     Opened open(const Volume& volume, Access access) override;
     bool unmount(const Mount& mount) override {
         if (fails()) return false;
@@ -107,6 +111,7 @@ public:
         if (fails()) return std::nullopt;
         return answer;
     }
+    bool isAskerThere() override { return !fails() && askerStays; }
 };
 
 class FakeHeld : public HeldVolume {
@@ -144,6 +149,12 @@ public:
         return !system_.fails();
     }
     void tableHasChanged() override { system_.disk.tableRead = true; }
+    bool setPartitionType() override {
+        if (system_.fails()) return false;
+        ++system_.disk.typeSet;
+        system_.disk.whenTypeSet = system_.disk.read(volume_.start, volume_.sectorSize);
+        return true;
+    }
 
 private:
     std::optional<std::vector<Signature>> unlessItFails(const std::vector<Signature>& found) {

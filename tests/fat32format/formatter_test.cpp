@@ -1,66 +1,7 @@
-#include "tools/fat32format/formatter.h"
-
-#include "tests/fat32format/fake_system.h"
-#include "tools/fat32format/size_text.h"
-
-#include <gtest/gtest.h>
-
-#include <algorithm>
+// What is said and asked, and which drives are left alone.
+#include "tests/fat32format/formatter_fixture.h"
 
 using namespace fat32format;
-
-namespace {
-
-class Fat32Format : public testing::Test {
-protected:
-    Fat32Format() { system.volumes["/dev/sdb1"] = usbPartition(); }
-
-    Volume& partition() { return system.volumes["/dev/sdb1"]; }
-
-    Volume& useBlankDisk() {
-        system.table['E'].node = "/dev/sdb";
-        return system.volumes["/dev/sdb"] = blankDisk();
-    }
-    /// What the table of drives tells is true again, after a change of the volumes.
-    void tellTheTable() {
-        Target& target = system.table['E'];
-        target.disk = system.volumes[target.node].identity();
-    }
-
-    Status run() { return format(system, options); }
-
-    bool said(const std::string& text) const { return system.output.find(text) != std::string::npos; }
-
-    /// It says so, does not say it has worked, and has not touched the disk.
-    void expectRefusal(Status status, const std::string& reason) {
-        EXPECT_EQ(run(), status);
-        EXPECT_TRUE(said(reason)) << system.output;
-        EXPECT_FALSE(said("Done")) << system.output;
-        EXPECT_TRUE(system.disk.sectors.empty());
-        EXPECT_EQ(system.disk.flushed, 0);
-    }
-    /// That there is a file system, and nothing else, from that place on; returns its first sector.
-    Bytes expectFileSystem(std::uint64_t place, std::uint32_t size = 512) {
-        const auto& sectors = system.disk.sectors;
-        Bytes boot = system.disk.read(place, size);
-        EXPECT_EQ(std::string(boot.begin() + 82, boot.begin() + 90), "FAT32   ");
-        const auto count = std::distance(sectors.lower_bound(place), sectors.end());
-        EXPECT_EQ(count, 6) << "two boot sectors, two of information, two tables";
-        return boot;
-    }
-
-    FakeSystem system;
-    Options options{'E', 64, false};
-};
-
-Bytes littleEndian(std::uint32_t number) {
-    Bytes bytes;
-    for (unsigned shift = 0; shift < 32; shift += 8)
-        bytes.push_back(static_cast<unsigned char>(number >> shift & 0xFFU));
-    return bytes;
-}
-
-} // namespace
 
 TEST_F(Fat32Format, FormatsAPartition) {
     EXPECT_EQ(run(), Status::Done);
@@ -93,6 +34,25 @@ TEST_F(Fat32Format, DiskWithoutNames) {
     EXPECT_TRUE(said("Model:  unknown\n  Serial: unknown\n"));
 }
 
+TEST_F(Fat32Format, LabelIsToldAndKept) {
+    partition().label = "Backup";
+    EXPECT_EQ(run(), Status::Done);
+    EXPECT_TRUE(said("  Size:   500.1 GB\n  Label:  Backup\nEverything")) << system.output;
+    const Bytes boot = system.disk.read(1'048'576, 512);
+    EXPECT_EQ(std::string(boot.begin() + 71, boot.begin() + 82), "BACKUP     ");
+    const Bytes root = expectRootSector(boot);
+    EXPECT_EQ(std::string(root.begin(), root.begin() + 12), "BACKUP     \b");
+    EXPECT_NE(root[24], 0) << "the day";
+}
+
+TEST_F(Fat32Format, LabelThatFatCannotKeep) {
+    partition().label = "Fotos \xC3\xA4lter als 2020\nDone";
+    EXPECT_EQ(run(), Status::Done);
+    EXPECT_TRUE(said("\n  Label:  Fotos \xC3\xA4lter als 2020 DONE\n")) << system.output;
+    const Bytes boot = expectFileSystem(1'048'576);
+    EXPECT_EQ(std::string(boot.begin() + 71, boot.begin() + 82), "NO NAME    ");
+}
+
 TEST_F(Fat32Format, SerialThatOnlyTheDeviceTellsIsShown) {
     partition().serial.clear();
     partition().deviceSerial = "4711";
@@ -100,6 +60,12 @@ TEST_F(Fat32Format, SerialThatOnlyTheDeviceTellsIsShown) {
     EXPECT_EQ(system.table['E'].disk->serial, "") << "what the table tells is compared, and nothing else";
     EXPECT_EQ(run(), Status::Done);
     EXPECT_TRUE(said("Serial: 4711\n")) << system.output;
+}
+
+TEST_F(Fat32Format, NameThatPeopleKnowIsShown) {
+    partition().shownNode = "1 of disk 2";
+    EXPECT_EQ(run(), Status::Done);
+    EXPECT_TRUE(said("Drive E: is partition 1 of disk 2, 500.1 GB")) << system.output;
 }
 
 TEST_F(Fat32Format, NameOfADiskCannotPassForSuccess) {
@@ -114,17 +80,6 @@ TEST_F(Fat32Format, ShowsProgress) {
     for (int percent = 10; percent <= 100; percent += 10)
         steps += std::to_string(percent) + " percent completed.\n";
     EXPECT_TRUE(said(steps)) << system.output;
-}
-
-TEST_F(Fat32Format, ClusterSizeIsInSectorsOf512BytesWhateverTheDiskHas) {
-    partition().sectorSize = 4096;
-    EXPECT_EQ(run(), Status::Done);
-    EXPECT_EQ(expectFileSystem(1'048'576, 4096)[13], 8);
-    EXPECT_TRUE(said("32768 bytes a cluster"));
-    options.sectorsPerCluster = 1;
-    EXPECT_EQ(run(), Status::Done);
-    EXPECT_EQ(expectFileSystem(1'048'576, 4096)[13], 1);
-    EXPECT_TRUE(said("4096 bytes a cluster"));
 }
 
 TEST_F(Fat32Format, LetterThatIsNotInTheTable) {
@@ -159,6 +114,17 @@ TEST_F(Fat32Format, DiskInTheUseOfTheSystem) {
     EXPECT_EQ(run(), Status::SystemVolume);
 }
 
+TEST_F(Fat32Format, UseThatCannotBeTold) {
+    partition().unreadable = "/proc/self/mountinfo";
+    expectRefusal(Status::SystemVolume, "cannot be told: /proc/self/mountinfo cannot be read.");
+}
+
+TEST_F(Fat32Format, WhatCannotBeToldIsNoMissingMedium) {
+    partition().bytes = 0;
+    partition().unreadable = "its place on the disk";
+    expectRefusal(Status::SystemVolume, "cannot be told: its place on the disk cannot be read.");
+}
+
 TEST_F(Fat32Format, DiskThatIsNotOnUsb) {
     partition().onUsb = false;
     expectRefusal(Status::NotOnUsb, "not connected by USB");
@@ -182,6 +148,11 @@ TEST_F(Fat32Format, AnythingButYesIsNo) {
         expectRefusal(Status::Declined, "Nothing has been changed.");
     }
     EXPECT_TRUE(system.unmounted.empty());
+}
+
+TEST_F(Fat32Format, NobodyWaitsForWhatWasAgreed) {
+    system.askerStays = false;
+    expectRefusal(Status::Declined, "Nothing has been changed.");
 }
 
 // Mounts.
@@ -214,12 +185,6 @@ TEST_F(Fat32Format, VolumeThatIsChangedThroughItsMount) {
     expectRefusal(Status::DiskChanged, "another disk");
 }
 
-TEST_F(Fat32Format, DiskThatIsExchangedWhileItIsUnmounted) {
-    partition().mounts = {{"/dev/sdb1", "/media/anna/DISK"}};
-    system.onUnmount = [this] { partition().diskSequence = 8; };
-    expectRefusal(Status::OtherDisk, "another disk");
-}
-
 // What is open, and what it holds.
 
 TEST_F(Fat32Format, DiskInUseThatNoTableTellsOf) {
@@ -238,23 +203,6 @@ TEST_F(Fat32Format, RefusedAuthorisation) {
     system.outcomes[Access::Alone] = Opened::Outcome::NotAllowed;
     expectRefusal(Status::NotAuthorised, "authorisation");
     EXPECT_FALSE(said("(y/n)"));
-}
-
-TEST_F(Fat32Format, DiskThatIsExchangedWhileThePasswordIsAsked) {
-    const std::vector<std::function<void()>> changes = {
-        [this] { partition().diskSequence = 8; },
-        [this] { partition().serial = "another"; },
-        [this] { partition().diskBytes -= 512; },
-        [this] { system.volumes.clear(); },
-    };
-    for (const bool isMounted : {false, true}) {
-        for (const auto& change : changes) {
-            partition() = usbPartition();
-            if (isMounted) partition().mounts = {{"/dev/sdb1", "/media/anna/DISK"}};
-            system.onOpen = change;
-            expectRefusal(Status::DiskChanged, "another disk");
-        }
-    }
 }
 
 TEST_F(Fat32Format, DiskThatCannotBeOpened) {
@@ -277,157 +225,15 @@ TEST_F(Fat32Format, MemberOfASetIsLeftAlone) {
     EXPECT_FALSE(said("(y/n)"));
 }
 
-// Which disk the user was shown.
-
-TEST_F(Fat32Format, TableThatDoesNotTellWhichDiskItIs) {
-    system.table['E'].disk.reset();
-    expectRefusal(Status::OtherDisk, "does not tell which disk drive E: is.\n");
+TEST_F(Fat32Format, VolumeOnSeveralDisks) {
+    partition().set = "a volume on several disks";
+    partition().onUsb = false;
+    expectRefusal(Status::MemberOfSet,
+                  "Drive E: belongs to a set of devices: a volume on several disks. It is");
 }
 
-TEST_F(Fat32Format, SystemThatDoesNotNumberDisks) {
-    partition().diskSequence = 0;
-    system.table['E'].disk.reset();
-    expectRefusal(Status::OtherDisk,
-                  "does not tell which disk drive E: is. Linux numbers disks from 5.15 on.\n");
-}
-
-TEST_F(Fat32Format, AnotherDiskThanTheTableTellsOf) {
-    const std::vector<std::function<void(DiskIdentity&)>> changes = {
-        [](DiskIdentity& disk) { ++disk.sequence; },
-        [](DiskIdentity& disk) { disk.bytes -= 512; },
-        [](DiskIdentity& disk) { disk.serial += '0'; },
-    };
-    for (const auto& change : changes) {
-        tellTheTable();
-        change(*system.table['E'].disk);
-        expectRefusal(Status::OtherDisk, "another disk than the table of drives tells of");
-    }
-}
-
-TEST_F(Fat32Format, UseThatCannotBeTold) {
-    partition().unreadable = "/proc/self/mountinfo";
-    expectRefusal(Status::SystemVolume, "cannot be told: /proc/self/mountinfo cannot be read.");
-}
-
-// What changes while the user thinks.
-
-TEST_F(Fat32Format, AnotherDiskBehindTheLetter) {
-    system.onQuestion = [this] { partition().serial = "another"; };
-    expectRefusal(Status::OtherDisk, "another disk");
-}
-
-TEST_F(Fat32Format, AnotherDiskBehindTheLetterThatTheTableKnows) {
-    system.onQuestion = [this] {
-        partition().serial = "another";
-        tellTheTable();
-    };
-    expectRefusal(Status::DiskChanged, "another disk");
-}
-
-TEST_F(Fat32Format, SameDiskPluggedInAgain) {
-    system.onQuestion = [this] {
-        partition().diskSequence = 8;
-        tellTheTable();
-    };
-    expectRefusal(Status::DiskChanged, "another disk");
-}
-
-TEST_F(Fat32Format, EveryFactOfTheDiskCounts) {
-    const Volume volume = usbPartition();
-    EXPECT_TRUE(volume.isSameAs(usbPartition()));
-    const std::vector<std::function<void(Volume&)>> changes = {
-        [](Volume& v) { v.node = "/dev/sdc1"; }, [](Volume& v) { v.deviceNumber = 33; },
-        [](Volume& v) { v.diskSequence = 8; },   [](Volume& v) { v.model = "x"; },
-        [](Volume& v) { v.serial = "x"; },       [](Volume& v) { v.diskBytes -= 512; },
-        [](Volume& v) { v.bytes -= 512; },       [](Volume& v) { v.isPartition = false; },
-        [](Volume& v) { v.start += 512; },       [](Volume& v) { v.sectorSize = 4096; },
-        [](Volume& v) { v.deviceSerial = "x"; },
-    };
-    for (std::size_t i = 0; i < changes.size(); ++i) {
-        Volume other = volume;
-        changes[i](other);
-        EXPECT_FALSE(volume.isSameAs(other)) << i;
-    }
-}
-
-TEST_F(Fat32Format, LetterThatGoes) {
-    system.onQuestion = [this] { system.table.erase('E'); };
-    expectRefusal(Status::UnknownLetter, "There is no drive E:.");
-}
-
-TEST_F(Fat32Format, DiskThatIsPulled) {
-    system.onQuestion = [this] { system.volumes.clear(); };
-    expectRefusal(Status::NoDisk, "Drive E: is no disk.");
-}
-
-TEST_F(Fat32Format, DiskThatTheSystemTakes) {
-    system.onQuestion = [this] { partition().systemUse = true; };
-    expectRefusal(Status::SystemVolume, "The system uses");
-}
-
-// Disks without a partition table.
-
-TEST_F(Fat32Format, BlankDiskGetsATableWithOnePartition) {
-    useBlankDisk();
-    EXPECT_EQ(run(), Status::Done);
-    const Bytes boot = expectFileSystem(1'048'576);
-    EXPECT_EQ(boot[28] + (boot[29] << 8), 2048) << "sectors in front of it";
-    EXPECT_EQ(system.disk.read(0, 512), partitionTable(512, 2048, 976'771'120, 0x12345678));
-    EXPECT_EQ(system.disk.sectors.size(), 7U);
-    EXPECT_TRUE(system.disk.tableRead);
-    EXPECT_TRUE(said("Drive E: is the whole of /dev/sdb, 500.1 GB"));
-    EXPECT_TRUE(said("The disk gets a partition table with one partition.\n"));
-}
-
-TEST_F(Fat32Format, PartitionIsNoLargerThanTheTableCanTell) {
-    Volume& disk = useBlankDisk();
-    for (const std::uint64_t sectors : {0xFFFF'FFFEUL, 0xFFFF'FFFFUL, 0x1'0000'0000UL, 0x2'0000'0000UL}) {
-        disk.bytes = disk.diskBytes = sectors * 512;
-        tellTheTable();
-        EXPECT_EQ(run(), Status::Done);
-        const auto end = static_cast<std::uint32_t>(std::min(sectors, 0xFFFF'FFFFUL));
-        EXPECT_EQ(system.disk.read(0, 512), partitionTable(512, 2048, end - 2048, 0x12345678)) << sectors;
-        const Bytes boot = system.disk.read(1'048'576, 512);
-        EXPECT_EQ(Bytes(boot.begin() + 32, boot.begin() + 36), littleEndian(end - 2048)) << sectors;
-        system.disk.sectors.clear();
-    }
-}
-
-TEST_F(Fat32Format, TableCountsInTheDisksOwnSectors) {
-    Volume& disk = useBlankDisk();
-    disk.sectorSize = 4096;
-    disk.bytes = disk.diskBytes = 4096ULL * 1'000'000;
-    tellTheTable();
-    EXPECT_EQ(run(), Status::Done);
-    EXPECT_EQ(system.disk.read(0, 4096), partitionTable(4096, 256, 999'744, 0x12345678));
-    expectFileSystem(1'048'576, 4096);
-}
-
-TEST_F(Fat32Format, DiskTooSmallForAPartition) {
-    Volume& disk = useBlankDisk();
-    for (const std::uint64_t size : {512U, 1'048'576U, 1'048'576U + 512U}) {
-        disk.bytes = disk.diskBytes = size;
-        tellTheTable();
-        expectRefusal(Status::Failed, "too small");
-    }
-}
-
-TEST_F(Fat32Format, DiskTooLargeForTheClusters) {
-    options.sectorsPerCluster = 1;
-    expectRefusal(Status::Failed, "too large for clusters of this size");
-}
-
-TEST_F(Fat32Format, WholeDiskWithPartitionsIsLeftAlone) {
-    useBlankDisk().diskHasPartitions = true;
-    expectRefusal(Status::HasPartitions, "has partitions");
-}
-
-TEST(SizeText, IsAsDisksAreSold) {
-    EXPECT_EQ(sizeText(0), "0.0 kB");
-    EXPECT_EQ(sizeText(512), "0.5 kB");
-    EXPECT_EQ(sizeText(999'999), "999.9 kB");
-    EXPECT_EQ(sizeText(1'000'000), "1.0 MB");
-    EXPECT_EQ(sizeText(500'107'862'016), "500.1 GB");
-    EXPECT_EQ(sizeText(18'000'207'937'536), "18.0 TB");
-    EXPECT_EQ(sizeText(18'446'744'073'709'551'615U), "18446.7 PB");
+TEST_F(Fat32Format, EncryptedVolume) {
+    system.outcomes[Access::Alone] = Opened::Outcome::Encrypted;
+    expectRefusal(Status::Encrypted, "Drive E: is encrypted with as the test wants it. Turn");
+    EXPECT_FALSE(said("(y/n)"));
 }
