@@ -1,13 +1,18 @@
 #include "tests/driver/commands.h"
 
+#include "tests/driver/heartbeat.h"
 #include "tests/driver/input.h"
 #include "tests/driver/inspect.h"
+#include "tests/driver/mark.h"
 #include "tests/driver/screenshot.h"
+#include "tests/driver/watch.h"
 
 #include <QApplication>
 #include <QClipboard>
 #include <QHash>
 #include <QJsonArray>
+
+#include <malloc.h>
 
 namespace driver {
 
@@ -106,6 +111,12 @@ Outcome composeText(const QJsonObject& request) {
     return {{}, [shown = textOf(request, "shown"), text = textOf(request, "text")] { compose(shown, text); }};
 }
 
+Outcome drop(const QJsonObject& request) {
+    return onPart(request, [&request](QWidget& part) {
+        return Outcome{{{QStringLiteral("taken"), dropText(part, textOf(request, "text"))}}, {}};
+    });
+}
+
 Outcome messageBox(const QJsonObject&) {
     return {{{QStringLiteral("box"), describeMessageBox()}}, {}};
 }
@@ -137,6 +148,47 @@ Outcome screenshot(const QJsonObject& request) {
     return {};
 }
 
+/// How the window has been painted since the first time that this was asked.
+Outcome heartbeat(const QJsonObject& request) {
+    QWidget* window = findWindow(textOf(request, "window"));
+    if (window == nullptr) return failure(QStringLiteral("no such window"));
+    auto* mark = window->findChild<Heartbeat*>();
+    if (mark == nullptr) mark = new Heartbeat(window);
+    return {{{QStringLiteral("paints"), mark->paints()},
+             {QStringLiteral("longestGap"), static_cast<double>(mark->longestGap()) / 1000}},
+            {}};
+}
+
+/// Bytes that the program has asked of its heap and not given back.
+Outcome allocated(const QJsonObject&) {
+    const struct mallinfo2 heap = mallinfo2();
+    return {{{QStringLiteral("bytes"), static_cast<double>(heap.uordblks + heap.hblkhd)}}, {}};
+}
+
+QPointer<Watch> lastWatch;
+
+Outcome watch(const QJsonObject& request) {
+    return onPart(request, [&request](QWidget& part) {
+        delete lastWatch;
+        lastWatch = new Watch(part, textOf(request, "key"), request[QLatin1String("value")]);
+        return Outcome{};
+    });
+}
+
+Outcome watched(const QJsonObject&) {
+    if (lastWatch == nullptr) return failure(QStringLiteral("nothing is watched"));
+    const std::optional<double> painted = lastWatch->painted();
+    return {{{QStringLiteral("time"), painted ? QJsonValue(*painted) : QJsonValue()}}, {}};
+}
+
+Outcome mark(const QJsonObject&) {
+    return {{{QStringLiteral("mark"), setMark()}}, {}};
+}
+
+Outcome marked(const QJsonObject&) {
+    return {{{QStringLiteral("mark"), lastMark()}}, {}};
+}
+
 Outcome clipboard(const QJsonObject& request) {
     QApplication::clipboard()->setText(textOf(request, "text"));
     return {};
@@ -156,6 +208,12 @@ Outcome appearance(const QJsonObject& request) {
 
 Outcome perform(const QJsonObject& request) {
     static const QHash<QString, Outcome (*)(const QJsonObject&)> commands = {
+        {QStringLiteral("allocated"), allocated},
+        {QStringLiteral("heartbeat"), heartbeat},
+        {QStringLiteral("watch"), watch},
+        {QStringLiteral("watched"), watched},
+        {QStringLiteral("mark"), mark},
+        {QStringLiteral("marked"), marked},
         {QStringLiteral("windows"), listWindows},
         {QStringLiteral("get"), get},
         {QStringLiteral("all"), all},
@@ -167,6 +225,7 @@ Outcome perform(const QJsonObject& request) {
         {QStringLiteral("compose"), composeText},
         {QStringLiteral("messageBox"), messageBox},
         {QStringLiteral("mouse"), mouse},
+        {QStringLiteral("drop"), drop},
         {QStringLiteral("answer"), answer},
         {QStringLiteral("close"), close},
         {QStringLiteral("resize"), resize},

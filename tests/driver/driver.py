@@ -146,6 +146,10 @@ class Program(PluginWindow, LocalProgram):
             time.sleep(POLL)
         self._use(connection)
 
+    def drop(self, name, text, window=None):
+        """Drops a text from another program onto a part; tells whether it was taken."""
+        return self.request("drop", name=name, text=text, window=window)["taken"]
+
     def terminate(self, number=signal.SIGTERM):
         """The end of the session, as a service manager tells it."""
         self.process.send_signal(number)

@@ -3,8 +3,10 @@
 #include <QAbstractItemView>
 #include <QApplication>
 #include <QCheckBox>
+#include <QDragEnterEvent>
 #include <QInputMethodEvent>
 #include <QKeySequence>
+#include <QMimeData>
 #include <QRadioButton>
 #include <QScrollArea>
 #include <QWindow>
@@ -150,6 +152,18 @@ void compose(const QString& shownFirst, const QString& text) {
     committed.setCommitString(text);
     if (focus != nullptr) QCoreApplication::sendEvent(focus, &shown);
     if (focus != nullptr) QCoreApplication::sendEvent(focus, &committed);
+}
+
+bool dropText(QWidget& part, const QString& text) {
+    QMimeData data;
+    data.setText(text);
+    const QPoint point = part.mapTo(part.window(), part.rect().center());
+    QDragEnterEvent enter(point, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+    QDropEvent drop(point, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+    QWindow* const window = part.window()->windowHandle();
+    for (QEvent* event : {static_cast<QEvent*>(&enter), static_cast<QEvent*>(&drop)})
+        QCoreApplication::sendEvent(window, event);
+    return drop.isAccepted();
 }
 
 } // namespace driver

@@ -35,6 +35,10 @@ void chooseEntry(const Target& box, int index);
 /// Types a text, then presses keys ("Tab", "Ctrl+V"), into whatever has the focus.
 void typeKeys(const QString& text, const QStringList& keys);
 
+/// Drags a text onto a part and drops it there, as from another program, which then keeps it no longer. True
+/// when it was taken.
+bool dropText(QWidget& part, const QString& text);
+
 /// Writes a text as an input method does, which shows what it is made of first, into whatever has the focus.
 void compose(const QString& shownFirst, const QString& text);
 

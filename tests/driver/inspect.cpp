@@ -99,7 +99,9 @@ void describeList(const QWidget& part, QJsonObject& result) {
         if (header != nullptr) widths.append(header->sectionSize(column));
     }
     QJsonArray rows;
+    QJsonArray rowToolTips;
     for (int row = 0; row < model.rowCount(); ++row) {
+        rowToolTips.append(plain(model.index(row, 0).data(Qt::ToolTipRole).toString()));
         QJsonArray cells;
         for (int column = 0; column < model.columnCount(); ++column)
             cells.append(model.index(row, column).data().toString());
@@ -108,6 +110,7 @@ void describeList(const QWidget& part, QJsonObject& result) {
     result[QLatin1String("headers")] = headers;
     result[QLatin1String("columnWidths")] = widths;
     result[QLatin1String("rows")] = rows;
+    result[QLatin1String("rowToolTips")] = rowToolTips;
     result[QLatin1String("row")] = view->currentIndex().row();
 }
 

@@ -33,12 +33,15 @@ Server::Server(const QString& path) {
     QCoreApplication::instance()->installEventFilter(this);
 }
 
-/// Notes when a window is painted first, then gets out of the way.
+/// Notes when a window has been painted first, then gets out of the way.
 bool Server::eventFilter(QObject* object, QEvent* event) {
     if (event->type() == QEvent::Paint && object->isWidgetType()) {
-        using namespace std::chrono;
-        firstPaint_ = duration_cast<nanoseconds>(steady_clock::now().time_since_epoch()).count();
         QCoreApplication::instance()->removeEventFilter(this);
+        const auto painted = [this] {
+            using namespace std::chrono;
+            firstPaint_ = duration_cast<nanoseconds>(steady_clock::now().time_since_epoch()).count();
+        };
+        QMetaObject::invokeMethod(this, painted, Qt::QueuedConnection); // behind what is being painted
     }
     return false;
 }

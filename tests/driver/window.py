@@ -105,6 +105,12 @@ class Window:
     def close(self, window="frmMain"):
         self.request("close", window=window)
 
+    def heartbeat(self, window="frmMain"):
+        """Since it was asked first: how often a mark that changes every 40 ms was painted, and the longest time without,
+        in seconds."""
+        answer = self.request("heartbeat", window=window)
+        return answer["paints"], answer["longestGap"]
+
     def resize(self, width, height, window="frmMain"):
         self.request("resize", width=width, height=height, window=window)
 
@@ -150,6 +156,11 @@ class Window:
             return box if box is not None and title in (None, box["title"]) else None
 
         return self._until(shown, timeout, lambda: f"no message box {title or ''} within {timeout} s")
+
+    def settle(self):
+        """Waits until what was done to the program has been handled, or has opened a box or a dialog."""
+        mark = self.request("mark")["mark"]
+        self.wait_until(lambda: self.request("marked")["mark"] >= mark, what="the end of what was done")
 
     def wait_window(self, name, timeout=DEADLINE):
         return self._until(lambda: self.windows().get(name), timeout, lambda: f"no window {name} within {timeout} s")
