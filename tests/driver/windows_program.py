@@ -13,7 +13,7 @@ from pathlib import Path
 
 from driver import server_ini
 from window import DEADLINE, DriverError, LocalProgram, ProgramEnded, given
-from wine_machine import BUILD
+from wine_machine import BUILD, WINE
 
 PROGRAM = Path(os.environ.get("USBTOOL_PROGRAM", BUILD / "program" / "orvanta-usbtool.exe"))
 ARRIVAL = 0x8000  # DBT_DEVICEARRIVAL
@@ -77,7 +77,7 @@ class WindowsProgram(LocalProgram):
                                                   if value is not None}
         for name in (name for name, value in self._environment.items() if value is None):
             environment.pop(name, None)
-        self._launch(["wine", str(self.executable)], environment)
+        self._launch([WINE, str(self.executable)], environment)
         self.wait_until(self._shown, what="a window")
 
     def _shown(self):
@@ -122,6 +122,12 @@ class WindowsProgram(LocalProgram):
     def menu(self, name):
         """An item of the menu that belongs to the tray icon."""
         self.request("menu", name=name)
+
+    def longest_answer(self, seconds, window="frmMain"):
+        """How many seconds the window takes to answer at the worst, asked for so long."""
+        answer = self.request("longestAnswer", timeout=DEADLINE + seconds, window=window,
+                              milliseconds=int(seconds * 1000))
+        return answer["milliseconds"] / 1000
 
     def minimize(self, window="frmMain"):
         self.request("minimize", window=window)

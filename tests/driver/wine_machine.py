@@ -27,11 +27,13 @@ from window import DEADLINE, POLL, DriverError
 ROOT = Path(__file__).resolve().parents[2]
 BUILD = Path(os.environ.get("USBTOOL_BUILD", ROOT / "build" / "windows")).resolve()
 TOOLS = BUILD / "tests" / "tools"
+WINE = str(ROOT / "tests" / "wine" / "start")
 PREFIXES = Path(os.environ.get("USBTOOL_WINE", BUILD / "window-prefixes")).resolve()
 SCREEN = (1366, 768)  # the smallest one that the window has to fit
 
 # A desktop in a window of its own needs no window manager. Z:, which is this machine's root folder, is no hard disk:
-# one that is plugged in has the last letter of those. The directory service has a provider of these tests.
+# one that is plugged in has the last letter of those. The directory service has a provider of these tests, and so has
+# the service that keeps what screen readers say.
 REGISTRY = r"""REGEDIT4
 
 [HKEY_CURRENT_USER\Software\Wine\Explorer]
@@ -50,6 +52,10 @@ REGISTRY = r"""REGEDIT4
 @="{{6d0e9c1e-5d0c-4b8e-9a53-2f6a1f7f3b10}}"
 
 [HKEY_CLASSES_ROOT\CLSID\{{6d0e9c1e-5d0c-4b8e-9a53-2f6a1f7f3b10}}\InprocServer32]
+@="{provider}"
+"ThreadingModel"="Both"
+
+[HKEY_CLASSES_ROOT\CLSID\{{b5f8350b-0548-48b1-a6ee-88bd00b4a5e7}}\InprocServer32]
 @="{provider}"
 "ThreadingModel"="Both"
 """
@@ -78,7 +84,7 @@ class Machine:
         self._start_screen()
         self.environment = wine_environment(prefix, DISPLAY=self.display)
         self._log = open(prefix / "probe.log", "ab")
-        self._probe = subprocess.Popen(["wine", str(TOOLS / "usbtool_probe.exe")], env=self.environment,
+        self._probe = subprocess.Popen([WINE, str(TOOLS / "usbtool_probe.exe")], env=self.environment,
                                        stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=self._log)
         self.undefine_all()
 
@@ -148,6 +154,9 @@ class Machine:
         self._probe.wait()
         self._probe.stdout.close()
         self._log.close()
+        self._end_screen()
+
+    def _end_screen(self):
         self._screen.terminate()
         self._screen.wait()
 
@@ -170,8 +179,8 @@ def make_base():
     shutil.rmtree(base, ignore_errors=True)
     base.mkdir(parents=True)
     settings.write_text(wanted, encoding="ascii")
-    run = ["xvfb-run", "-a", "sh", "-c", 'wineboot -i && wine regedit /S "$1" && wineserver -w', "sh",
-           windows_path(settings)]
+    run = ["xvfb-run", "-a", "sh", "-c", '"$1" wineboot -i && "$1" regedit /S "$2" && wineserver -w',
+           "sh", WINE, windows_path(settings)]
     subprocess.run(run, env=wine_environment(base), check=True, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
     (base / "ready").touch()
     return base

@@ -5,6 +5,7 @@
 #include "tests/driver/windows/inspect.h"
 #include "tests/driver/windows/json.h"
 #include "tests/driver/windows/names.h"
+#include "tests/driver/windows/said.h"
 #include "tests/driver/windows/screen.h"
 #include "tests/driver/windows/text.h"
 #include "tests/support/wine_drives.h"
@@ -127,6 +128,22 @@ std::string minimize(const Request& request) {
     return done;
 }
 
+/// How long the window takes to answer at the worst, asked again and again for that many milliseconds.
+std::string longestAnswer(const Request& request) {
+    constexpr UINT patience = 60'000;
+    const HWND window = findWindow(request.text("window"));
+    const ULONGLONG end = GetTickCount64() + static_cast<ULONGLONG>(request.number("milliseconds"));
+    ULONGLONG longest = 0;
+    while (GetTickCount64() < end) {
+        const ULONGLONG asked = GetTickCount64();
+        DWORD_PTR answer = 0;
+        SendMessageTimeoutW(window, WM_NULL, 0, 0, SMTO_NORMAL, patience, &answer);
+        longest = std::max(longest, GetTickCount64() - asked);
+        Sleep(20);
+    }
+    return json::object({{"milliseconds", json::number(static_cast<long>(longest))}});
+}
+
 std::string clipboard(const Request& request) {
     const std::wstring text = wide(request.text("text"));
     const std::size_t size = (text.size() + 1) * sizeof(wchar_t);
@@ -217,6 +234,14 @@ std::string shownToolTip(const Request&) {
     return json::object({{"text", json::quoted(text)}});
 }
 
+/// Name and text of the parts that screen readers were to say since this was asked last.
+std::string said(const Request&) {
+    std::vector<std::string> list;
+    for (const Said& one : takeSaid())
+        list.push_back(json::array({json::quoted(one.name), json::quoted(one.text)}));
+    return json::object({{"said", json::array(list)}});
+}
+
 /// Class and title of the windows that other programs show; `close` asks them to go.
 std::string others(const Request& request) {
     std::vector<std::string> list;
@@ -246,6 +271,7 @@ std::string perform(const Request& request) {
         {"close", close},
         {"resize", resize},
         {"minimize", minimize},
+        {"longestAnswer", longestAnswer},
         {"clipboard", clipboard},
         {"endSession", endSession},
         {"deviceMessage", deviceMessage},
@@ -254,6 +280,7 @@ std::string perform(const Request& request) {
         {"colors", colors},
         {"shownToolTip", shownToolTip},
         {"decimalSeparator", decimalSeparator},
+        {"said", said},
         {"others", others},
         {"processes", processes},
     };

@@ -96,6 +96,7 @@ ListContents contentsOf(HWND list) {
     }
     const int rows = static_cast<int>(ask(list, LVM_GETITEMCOUNT));
     for (int row = 0; row < rows; ++row) {
+        contents.rowToolTips.push_back(toolTip(list, static_cast<UINT_PTR>(row) + 1));
         std::vector<std::wstring>& cells = contents.rows.emplace_back();
         for (int column = 0; column < columns; ++column)
             cells.push_back(cellText(list, row, column));

@@ -12,6 +12,7 @@ struct ListContents {
     std::vector<std::wstring> headers;
     std::vector<int> widths; ///< in pixels
     std::vector<std::vector<std::wstring>> rows;
+    std::vector<std::wstring> rowToolTips;
     int row = -1; ///< the selected one
 };
 

@@ -9,6 +9,7 @@
 #include <commctrl.h>
 
 #include <algorithm>
+#include <array>
 #include <set>
 
 namespace probe {
@@ -128,6 +129,7 @@ void describeList(HWND list, json::Members& members) {
     members.emplace_back("headers", json::array(quotedAll(contents.headers)));
     members.emplace_back("columnWidths", json::array(widths));
     members.emplace_back("rows", json::array(rows));
+    members.emplace_back("rowToolTips", json::array(quotedAll(contents.rowToolTips)));
     members.emplace_back("row", number(contents.row));
 }
 
@@ -144,6 +146,24 @@ void describeState(HWND control, const std::string& kind, json::Members& members
     if (kind == "Edit") describeTextBox(control, members);
     if (kind == "SysListView32") describeList(control, members);
     if (kind == "Static") members.emplace_back("plainText", boolean(hasStyle(control, SS_NOPREFIX)));
+}
+
+/// What the program has told the system for screen readers; see provider/accessible_service.h.
+std::wstring spoken(HWND control, const wchar_t* property) {
+    std::array<wchar_t, 256> text{};
+    const auto atom = static_cast<ATOM>(reinterpret_cast<ULONG_PTR>(GetPropW(control, property)));
+    const UINT length = atom == 0 ? 0 : GlobalGetAtomNameW(atom, text.data(), text.size());
+    return {text.data(), length};
+}
+
+void describeSpoken(HWND control, json::Members& members) {
+    const auto role = reinterpret_cast<LONG_PTR>(GetPropW(control, L"spoken.role"));
+    const auto live = reinterpret_cast<LONG_PTR>(GetPropW(control, L"spoken.live"));
+    members.emplace_back("spokenName", quoted(spoken(control, L"spoken.name")));
+    members.emplace_back("spokenValue", quoted(spoken(control, L"spoken.value")));
+    members.emplace_back("spokenDescription", quoted(spoken(control, L"spoken.description")));
+    members.emplace_back("spokenRole", number(role));
+    members.emplace_back("spokenLive", number(live));
 }
 
 RECT inWindow(RECT onScreen, HWND window) {
@@ -262,6 +282,7 @@ std::string describe(const Part& part) {
                           {"toolTip", quoted(toolTipOf(control))},
                           {"geometry", rectangle(inWindow(screenRectangle(part), part.window()))}};
     describeState(control, kind, members);
+    describeSpoken(control, members);
     return json::object(members);
 }
 

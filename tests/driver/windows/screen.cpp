@@ -114,10 +114,7 @@ int systemIconAt(const std::vector<COLORREF>& shown, const RECT& rectangle) {
 }
 
 bool drawnDisabled(const std::vector<COLORREF>& shown) {
-    const auto count = [&shown](int color) {
-        return std::count(shown.begin(), shown.end(), GetSysColor(color));
-    };
-    return count(COLOR_GRAYTEXT) > count(COLOR_BTNTEXT);
+    return std::find(shown.begin(), shown.end(), GetSysColor(COLOR_BTNTEXT)) == shown.end();
 }
 
 bool hasPicture(const std::vector<COLORREF>& shown) {

@@ -1,11 +1,13 @@
 // Wine has no provider of the local accounts for its directory service. This one knows a single group, whose
 // members are the names in an environment variable, separated by semicolons. Without the variable there is no
-// such group.
+// such group. Beside it stands the service for screen readers.
+#include "tests/driver/windows/provider/accessible_service.h"
 #include "tests/driver/windows/provider/com_object.h"
 
 #include <iads.h>
 
 #include <adserr.h>
+#include <oleacc.h>
 
 #include <array>
 #include <cwchar>
@@ -119,25 +121,37 @@ public:
     }
 };
 
+IUnknown* makeProvider() {
+    return new Provider;
+}
+
 class Factory : public ComObject<IClassFactory, IID_IClassFactory, false> {
 public:
+    using Make = IUnknown* (*)();
+
+    explicit Factory(Make make) : make_(make) {}
+
     STDMETHODIMP CreateInstance(IUnknown* outer, REFIID id, void** object) override {
         *object = nullptr;
         if (outer != nullptr) return CLASS_E_NOAGGREGATION;
-        IUnknown* const instance = new Provider;
+        IUnknown* const instance = make_();
         const HRESULT result = instance->QueryInterface(id, object);
         instance->Release();
         return result;
     }
     STDMETHODIMP LockServer(BOOL) override { return S_OK; }
+
+private:
+    Make make_;
 };
 
 } // namespace
 
 STDAPI DllGetClassObject(REFCLSID wanted, REFIID id, void** object) {
     *object = nullptr;
-    if (wanted != providerClass) return CLASS_E_CLASSNOTAVAILABLE;
-    IUnknown* const factory = new Factory;
+    const bool accessible = wanted == CLSID_AccPropServices;
+    if (wanted != providerClass && !accessible) return CLASS_E_CLASSNOTAVAILABLE;
+    IUnknown* const factory = new Factory(accessible ? makeAccessibleService : makeProvider);
     const HRESULT result = factory->QueryInterface(id, object);
     factory->Release();
     return result;
