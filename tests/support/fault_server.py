@@ -181,6 +181,21 @@ def slow(content, piece, interval):
     return answer
 
 
+def at_rate(content, rate, piece=64 * 1024):
+    """`rate` bytes a second, whatever the pieces take to be sent."""
+
+    def answer(handler):
+        handler.send_head(len(content))
+        begun = time.monotonic()
+        for start in range(0, len(content), piece):
+            early = begun + start / rate - time.monotonic()
+            if early > 0 and handler.server.stopping.wait(early):
+                return
+            handler.wfile.write(content[start : start + piece])
+
+    return answer
+
+
 def burst(content, rest, piece, interval):
     """All of `content` at once, then `rest` bytes more, `piece` bytes every `interval` seconds."""
 

@@ -18,6 +18,7 @@ REFUSAL = ("Zum Formatieren benötigen Sie Administrator-Rechte\nMelden Sie sich
            "oder verständigen Sie Ihren Systemadministrator!")
 DONE = "Formatierung abgeschlossen."
 FAILED = "Formatierung fehlgeschlagen."
+FORMATTING = "Wird formatiert – Platte nicht abziehen"
 CANCEL = "Die Festplatte wird gerade formatiert. Wirklich abbrechen?"
 NOT_STARTED = "New process could not be created!"
 FORMATTER = "fat32format.exe"
@@ -50,8 +51,8 @@ class AssistantCase(SticksCase):
         self.expect(program, {"Label2.text": text})
 
     def expect_buttons(self, program, onward, back):
-        self.assertEqual((program.get("Command1", "Form1")["enabled"], program.get("Command2", "Form1")["enabled"]),
-                         (onward, back))
+        for name, enabled in (("Command1", onward), ("Command2", back)):
+            program.wait_for(name, "enabled", enabled, window="Form1")
 
     def second_step(self, program):
         program.click("Command1", "Form1")
@@ -63,6 +64,10 @@ class AssistantCase(SticksCase):
         self.plug(program, letters)
         self.expect_step(program, 3, THIRD.format(found))
         self.expect_buttons(program, True, True)
+
+    def expect_disk(self, program, label):
+        """Size and label of the disk that was found; a folder has no maker."""
+        self.assertRegex(program.get("lblDisk", "Form1")["text"], rf'^(.*, )?\d+[.,]\d GB, Bezeichnung "{label}"$')
 
     def exchange_disk(self, letter):
         """From now on another disk has the letter."""

@@ -48,7 +48,9 @@ ERRORS = {
     6: "Überlauf",
     9: "Index außerhalb des gültigen Bereichs",
     13: "Typen unverträglich",
+    48: "Fehler beim Laden einer DLL",
     53: "Datei nicht gefunden",
+    57: "E/A-Fehler auf dem Gerät",
     61: "Datenträger voll",
     70: "Zugriff verweigert",
     71: "Datenträger nicht bereit",
@@ -285,6 +287,14 @@ class WindowCase(Tables, unittest.TestCase):
 
     def remount(self, *options):
         subprocess.run(["mount", "-o", "remount," + ",".join(options), self.stick], check=True)
+
+    def program_path(self, program, name):
+        """The end of the path of a file in the program's folder, as people know it."""
+        return f"{program.folder}/{name}"
+
+    def stick_path(self, name):
+        """A file on the stick as people know it."""
+        return f"{self.stick}/{name}"
 
     def pull_stick(self):
         """As far as files go: the folder is gone."""

@@ -51,6 +51,20 @@ class Appearance(DialogCase):
         program.wait_window(DIALOG)
         self.assertEqual([cells[1] for cells in program.get("ListView1")["rows"]], list(labels.values()))
 
+    def test_it_asks_in_the_middle_of_the_screen(self):
+        x, y, width, height = self.start_asking().windows()[DIALOG]["geometry"]
+        frame = 30  # which may be there or not
+        self.assertLess(abs(2 * x + width - 1366) + abs(2 * y + height - 768), 2 * frame)
+
+    def test_sticks_without_a_label_are_told_apart(self):
+        drives = self.table("EF", E="", F="")
+        drives[1].values |= {"FileSystem": "FAT32", "Total": 4 * 1024**3}
+        drives[2].values |= {"FileSystem": "exFAT", "Total": 512 * 1024**2}
+        program = self.start(drives=drives)
+        program.wait_window(DIALOG)
+        tips = [tip.replace("4,00", "4.00") for tip in program.get("ListView1", DIALOG)["rowToolTips"]]
+        self.assertEqual(tips, ["Größe: 4.00 GB, Dateisystem: FAT32", "Größe: 512 MB, Dateisystem: exFAT"])
+
     def expect_whole(self, program):
         window = program.windows()[DIALOG]["geometry"]
         for name in ("Label1", "ListView1", "cmdOK", "cmdCancel"):
@@ -311,6 +325,17 @@ class Nested(DialogCase):
         program.wait_until(lambda: len(self.dialogs(program)) == 1, what="the end of the second dialog")
         program.type("", "Escape")
         self.expect_choice(program, "G")
+
+    def test_the_window_before_it_is_in_front_again(self):
+        program = self.start_detecting("E")
+        self.wait_stick(program, "E")
+        program.click("cmdtest")
+        program.wait_until(lambda: program.wait_window("Form1")["active"], what="the assistant in front")
+        self.plug(program, "EF")
+        program.wait_until(lambda: program.wait_window(DIALOG)["active"], what="the dialog in front")
+        program.type("", "Escape")
+        program.wait_until(lambda: DIALOG not in program.windows(), what="the dialog's end")
+        program.wait_until(lambda: program.windows()["Form1"]["active"], what="the assistant in front again")
 
     def test_one_goes(self):
         program = self.start_nested()

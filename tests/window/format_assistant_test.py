@@ -28,6 +28,7 @@ class Steps(AssistantCase):
         self.assertEqual(program.windows()["Form1"]["geometry"], size)
         self.plug(program, "h")
         self.expect_step(program, 3, THIRD.format("H:"))
+        self.expect_disk(program, "STICK h")
         self.picture(program, "assistant-3")
         self.assertEqual(program.windows()["Form1"]["geometry"], size)
 
@@ -41,7 +42,7 @@ class Steps(AssistantCase):
         self.second_step(program)
         parts = program.all("Form1")
         window = program.windows()["Form1"]["geometry"]
-        for name in ("Label1", "Label2", "Label3", "Command1", "Command2"):
+        for name in ("Label1", "Label2", "Label3", "lblDisk", "Command1", "Command2"):
             x, y, width, height = parts[name]["geometry"]
             self.assertGreaterEqual(width, parts[name]["wantedSize"][0], name)
             self.assertGreaterEqual(height, parts[name]["wantedSize"][1], name)
@@ -59,6 +60,7 @@ class Steps(AssistantCase):
         program.click("Command2", "Form1")
         self.expect_step(program, 1, FIRST)
         self.expect_buttons(program, True, False)
+        self.expect(program, {"lblDisk.text": ""})
         self.second_step(program)
 
     def test_back_from_the_third_takes_a_new_look(self):

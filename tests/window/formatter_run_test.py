@@ -4,7 +4,8 @@ import os
 import unittest
 from pathlib import Path
 
-from assistant import ANSWER, CANCEL, DONE, FAILED, FIRST, FORMATTER, NOT_STARTED, THIRD, AssistantCase
+from assistant import (ANSWER, CANCEL, DONE, FAILED, FIRST, FORMATTER, FORMATTING, NOT_STARTED, THIRD,
+                       AssistantCase)
 from case import REPORT_TITLE, TITLE
 from side_by_side import each, side_by_side
 
@@ -93,6 +94,7 @@ class WhileItRuns(AssistantCase):
 
     def test_the_window_answers(self):
         program, _ = self.start_endless()
+        self.assertEqual(program.text("prgFormat", "Form1"), FORMATTING)
         program.click("chkAuto", "frmMain")
         program.wait_for("chkAuto", "checked", True, window="frmMain")
         self.picture(program, "assistant-running")

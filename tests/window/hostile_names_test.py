@@ -37,6 +37,8 @@ INSIDE = {
     "command": ("$(touch x)", "$(touch x)"),
 }
 
+WHO_MENDS_IT = "melden Sie den Namen dem Händler Ihres Receivers"
+
 
 def names_a_place(name):
     """A folder, a drive, a stream or nothing at all."""
@@ -77,7 +79,7 @@ class Hostile(WindowCase):
 
     def expect_refusal(self, number):
         program, before = self.play()
-        self.expect_error(program, number)
+        self.expect_error(program, number, WHO_MENDS_IT)
         self.assertEqual(self.beside(program), before)
         return program
 
@@ -92,7 +94,7 @@ class Names(Hostile):
         if number == 75:
             self.assertEqual(self.downloads().count("usb-list.csv"), 1)
             self.assertIn(name.split("\\")[0], program.message()["text"])
-        self.expect_error(program, number or (75 if names_a_place(name) else 76))
+        self.expect_error(program, number or (75 if names_a_place(name) else 76), WHO_MENDS_IT)
         self.assertEqual(self.beside(program), before)
 
     @each(NO_NAMES)

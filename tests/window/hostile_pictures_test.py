@@ -49,7 +49,7 @@ class Pictures(WindowCase):
 
     def expect_refusal_of(self, name, number):
         self.serve_picture(name)
-        self.expect_error(self.start(), number)
+        self.expect_error(self.start(), number, "Installieren Sie das Programm neu")
 
     @each(NO_NAMES)
     def test_without_a_name(self, name):

@@ -22,8 +22,8 @@ class Presentation(WindowCase):
         program = self.start_loaded()
         names = {name: part["accessibleName"] for name, part in program.all("frmMain").items()}
         self.assertEqual([name for name in USED if not names[name].strip()], [])
-        self.assertEqual(names["lblHDSize"], "Speicherplatz: 4096.00")
-        self.assertEqual(names["lblHDFree"], "Frei: 4096.00")
+        self.assertEqual(names["lblHDSize"], "Speicherplatz: 4096.00 MB")
+        self.assertEqual(names["lblHDFree"], "Frei: 4096.00 MB")
         self.assertEqual(names["txtDT_Cap"], "Bezeichnung")
 
     def test_every_button_has_a_letter_of_its_own(self):

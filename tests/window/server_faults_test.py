@@ -40,6 +40,8 @@ class Unreachable(WindowCase):
         program = self.start_loaded()
         self.server.stop()
         self.confirm(program)
+        program.wait_message(title=CONNECTION_ERROR)
+        self.assertEqual(program.text("prgUpdate"), "", "nothing goes on any more")
         self.drop_message(program, CONNECTION_ERROR, NO_CONNECTION_IN_JOB, 16)
         self.expect_stick({})
         self.assertTrue(program.get("cmdChoose")["enabled"])
@@ -167,7 +169,7 @@ class Addresses(WindowCase):
         (program.folder / "Server.ini").unlink()
         (program.folder / "Server.ini").mkdir()
         program.start()
-        self.expect_error(program, 75, "Server.ini")
+        self.expect_error(program, 75, self.program_path(program, "Server.ini") + "\n")
         self.assertEqual(self.downloads(), [])
 
 

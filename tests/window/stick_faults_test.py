@@ -52,7 +52,7 @@ class Protected(WindowCase):
         (self.stick / "sr200.abs").chmod(0o444)
         program = self.start_loaded()
         self.confirm(program)
-        self.expect_error(program, 70)
+        self.expect_error(program, 70, f"\n{self.stick_path('sr200.abs')}\n")
         self.expect_stick({"sr200.abs": b"old"})
 
     def test_the_same_firmware_read_only(self):
