@@ -1,17 +1,24 @@
-"""The assistant for hard disks, with a real console program in the place of the formatter."""
+"""The assistant for hard disks, with a real console program in the place of the formatter, and with the formatter."""
 
+import os
+import struct
+import subprocess
 import unittest
 
 from windows_case import TOOLS, WindowsSticksCase, without
 
 import format_assistant_test as shared
-from assistant import DONE, FAILED, FIRST, FORMATTER, NOT_STARTED, THIRD, AssistantCase
+from assistant import DONE, FAILED, FIRST, FORMATTER, FORMATTING, NOT_STARTED, THIRD, AssistantCase
 from case import REPORT_TITLE
 from side_by_side import each, side_by_side
+from windows_program import ARRIVAL
 
 PLAYER = TOOLS / "formatter.exe"  # what it plays stands in a file beside it
 SCRIPT = "formatter.txt"
 USER = "root"  # who the tests run as
+REAL = TOOLS / "fat32format_on_images.exe"  # the real one, but for the disk, which is an image file
+START = 1_048_576  # of the partition, in bytes
+SIZE = 2_400_000 * 1024  # of the disk: clusters as the assistant wants them make FAT32 of 2 GB and more
 
 
 class WindowsAssistant(WindowsSticksCase):
@@ -109,6 +116,59 @@ class Formatter(WindowsAssistant, AssistantCase):
         self.expect_result(program, DONE)
 
 
+class RealFormatter(WindowsAssistant, AssistantCase):
+    def setUp(self):
+        super().setUp()
+        self.image = self.home / "disk.img"
+        table = struct.pack("<B3sB3sII", 0, b"", 7, b"", START // 512, (SIZE - START) // 512)
+        with open(self.image, "wb") as image:
+            image.truncate(SIZE)
+            os.pwrite(image.fileno(), table, 446)
+            os.pwrite(image.fileno(), b"\x55\xAA", 510)
+            os.pwrite(image.fileno(), b"\xEB\x52\x90NTFS    ", START)
+        self.link = self.machine.prefix / "dosdevices" / "h::"
+        self.addCleanup(self.link.unlink, missing_ok=True)
+
+    def start_real(self, *facts):
+        facts = ("letter=H", f"diskbytes={SIZE}", f"start={START}", f"bytes={SIZE - START}", *facts)
+        program = self.start(drives=self.table(), environment={"USBTOOL_ADMINISTRATORS": USER},
+                             files={FORMATTER: REAL.read_bytes(), "stick.txt": "\n".join(facts).encode()})
+        self.open(program)
+        self.second_step(program)
+        program.set_drives(self.table("h"), announce=False)  # Wine takes the link away with each new drive
+        self.link.symlink_to(self.image)
+        program.device_message(ARRIVAL, "H")
+        self.expect_step(program, 3, THIRD.format("H:"))
+        self.ask(program)
+        program.answer("OK")
+        return program
+
+    def fsck(self):
+        volume = self.home / "volume.img"
+        subprocess.run(["dd", f"if={self.image}", f"of={volume}", "bs=1M", "skip=1", "conv=sparse", "status=none"],
+                       check=True)
+        return subprocess.run(["fsck.fat", "-n", "-v", volume], capture_output=True, text=True, check=False)
+
+    def test_it_formats(self):
+        program = self.start_real()
+        program.wait_message()
+        self.picture(program, "assistant-formatted")
+        self.expect_result(program, DONE)
+        judged = self.fsck()
+        self.assertEqual(judged.returncode, 0, judged.stdout + judged.stderr)
+        self.assertIn("32768 bytes per cluster", judged.stdout)
+        self.assertIn("2048 hidden sectors", judged.stdout)
+        self.close(program)
+
+    def test_it_refuses(self):
+        program = self.start_real("bus=11")  # not USB
+        program.wait_message()
+        self.picture(program, "assistant-refused")
+        self.expect_result(program, FAILED)
+        with open(self.image, "rb") as image:
+            self.assertEqual(os.pread(image.fileno(), 11, START), b"\xEB\x52\x90NTFS    ")
+
+
 class WhileItRuns(WindowsAssistant, AssistantCase):
     def start_endless(self):
         """A formatter that does not care for its answer and never ends."""
@@ -125,8 +185,9 @@ class WhileItRuns(WindowsAssistant, AssistantCase):
 
     def test_the_window_answers(self):
         program = self.start_endless()
-        self.mark_of_input(program)
+        self.assertEqual(program.text("prgFormat", "Form1"), FORMATTING)
         self.picture(program, "assistant-running")
+        self.mark_of_input(program)
 
     def test_closing_the_assistant_asks(self):
         program = self.start_endless()

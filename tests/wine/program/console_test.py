@@ -7,13 +7,14 @@ from case import TITLE
 from side_by_side import side_by_side
 from windows_case import WindowsCase
 from windows_program import PROGRAM
+from wine_machine import WINE
 
 
 class CommandLine(WindowsCase):
     def printed(self, *arguments):
         file = self.home / "printed"
         with open(file, "wb") as output:  # not a pipe: Wine's own processes would keep it open
-            result = subprocess.run(["wine", str(PROGRAM), *arguments], env=self.machine.environment,
+            result = subprocess.run([WINE, str(PROGRAM), *arguments], env=self.machine.environment,
                                     stdin=subprocess.DEVNULL, stdout=output, stderr=subprocess.DEVNULL, timeout=120,
                                     check=False)
         self.assertEqual(result.returncode, 0)

@@ -9,7 +9,7 @@ from side_by_side import side_by_side
 
 
 class Appearance(WindowsSticksCase, without(shared.Appearance, "test_every_look", "test_twice_the_resolution",
-                                            "test_many_sticks")):
+                                            "test_many_sticks", "test_sticks_without")):
     def test_what_it_shows(self):
         program = self.start_asking()
         window = program.windows()[shared.DIALOG]
@@ -20,6 +20,11 @@ class Appearance(WindowsSticksCase, without(shared.Appearance, "test_every_look"
                               "ListView1.columnWidths": shared.COLUMNS, "ListView1.row": 0, "ListView1.focus": True,
                               "cmdOK.shortcut": "Alt+V", "cmdCancel.shortcut": "Alt+A"})
         self.picture(program, "drive-dialog")
+
+    def test_the_rows_tell_size_and_file_system(self):
+        program = self.start_asking()
+        for tip in program.get("ListView1", shared.DIALOG)["rowToolTips"]:
+            self.assertRegex(tip, r"^Größe: [0-9]+[.,]?[0-9]* [GM]B, Dateisystem: NTFS$")
 
     def test_it_belongs_to_the_main_window(self):
         program = self.start_asking()

@@ -132,6 +132,7 @@ class Job(WindowsCase, shared.Job):
         self.expect(program, {"StatusBar1_2.text": "Update abgeschlossen",
                               "StatusBar1_2.toolTip": "Update abgeschlossen.", "StatusBar1_2.enabled": True,
                               "cmdChoose.text": "Starte Update", "cmdChoose.enabled": True})
+        self.picture(program, "main-done")
         self.expect_stick({"sr200.abs": FIRMWARE, "sr200_es.sdx": SETTINGS,
                            "USB.ini": b"[Open]\r\nDir=\\Musik\r\n"} | COPIED)
         self.close(program)

@@ -12,6 +12,7 @@ Wine; where the program is, and where the Wine prefixes are kept, is told by env
     USBTOOL_PATIENCE   seconds until something that is waited for counts as missing
 """
 
+import importlib.util
 import sys
 import unittest
 from pathlib import Path
@@ -23,9 +24,18 @@ import windows_case  # noqa: E402, F401: it knows where the shared tests are
 from side_by_side import side_by_side  # noqa: E402
 
 
+def expect_own(name):
+    """The shared tests come first where Python looks, so a file that is called as one of them would never be run."""
+    file = Path(importlib.util.find_spec(name.split(".")[0]).origin)
+    if file.parent != HERE:
+        sys.exit(f"{name} is {file}; a test of {HERE} needs a name of its own.")
+
+
 def main(arguments):
     verbosity = 2 if "-v" in arguments else 1
     names = [name for name in arguments if name != "-v"] or sorted(path.stem for path in HERE.glob("*_test.py"))
+    for name in names:
+        expect_own(name)
     loaded = unittest.TestSuite(unittest.defaultTestLoader.loadTestsFromName(name) for name in names)
     result = unittest.TextTestRunner(verbosity=verbosity).run(side_by_side(None, loaded, None))
     return 0 if result.wasSuccessful() else 1

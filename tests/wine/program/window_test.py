@@ -130,6 +130,50 @@ class Names(WindowsCase, only(hostile_names_test.Names, "test_file_of_the_progra
         self.expect_untouched()
 
 
+LONG = "Diese Meldung braucht mehrere Zeilen, weil sie alles erzählt, was es zu erzählen gibt. "
+
+
+class LongTexts(WindowsCase):
+    """What has no room can be scrolled to, by keys and by mouse; a long text gets the room that short ones leave."""
+
+    def start_with(self, *news):
+        self.serve("usb-news.csv", ";".join(news).encode("cp1252"))
+        program = self.start_loaded()
+        return program
+
+    def look(self):
+        """What the screen shows."""
+        path = self.home / "look.png"
+        self.machine.screenshot(path)
+        return path.read_bytes()
+
+    def heights(self, program):
+        return [program.get(f"lbl_news_{i}")["geometry"][3] for i in range(4)]
+
+    def test_short_ones_leave_their_room(self):
+        program = self.start_with("Kurz", LONG, "Kurz", "Kurz")
+        short, long, other, _ = self.heights(program)
+        self.assertEqual(short, other)
+        self.assertGreaterEqual(long, 2 * short)
+        self.assertEqual(program.get("lbl_news_1")["toolTip"], "")  # nothing is cut
+
+    def test_one_too_long_is_scrolled(self):
+        program = self.start_with("Kurz", LONG * 9, "Kurz", "Kurz")
+        for _ in range(30):
+            if program.get("lbl_news_1")["focus"]:
+                break
+            program.type("", "Tab")
+        self.assertTrue(program.get("lbl_news_1")["focus"], "the tab key does not stop there")
+        looks = [self.look()]
+        _, _, width, height = program.get("lbl_news_1")["geometry"]
+        arrow = (width - 8, height - 8)
+        for scroll in (lambda: program.type("", "End"), lambda: program.type("", "Home"),
+                       lambda: program.mouse("lbl_news_1", ("move", *arrow), ("press", *arrow), ("release", *arrow))):
+            scroll()
+            program.wait_until(lambda: self.look() != looks[-1], what="another part of the text")
+            looks.append(self.look())
+
+
 load_tests = side_by_side
 
 if __name__ == "__main__":

@@ -76,6 +76,12 @@ class WindowsCase(WindowCase):
         shipped = {name: (SHIPPED / name).read_bytes() for name, bytes_ in expected.items() if bytes_ is None}
         self.assertEqual(snapshot_of({**expected, **shipped}), snapshot_of(self.stick_files()))
 
+    def program_path(self, program, name):
+        return f"\\{name}"
+
+    def stick_path(self, name):
+        return f"E:\\{name}"
+
     def label(self, folder=None):
         path = (folder or self.stick) / LABEL
         return path.read_bytes().decode().rstrip("\n") if path.exists() else ""
