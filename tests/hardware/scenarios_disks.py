@@ -13,6 +13,7 @@ FIRST = 2560 * MIB  # of two partitions
 QUESTION_TITLE = "Wollen Sie formatieren ?"
 DONE = "Formatierung abgeschlossen."
 CLUSTER = 32 * 1024
+LABEL = "ALTEDATEN"  # of a disk that has been in use; it keeps it
 
 # What a desktop asks its administrator for. Nobody sits here to type the password.
 ALLOWED = b"""polkit.addRule(function(action, subject) {
@@ -37,7 +38,7 @@ QUESTION = "Format drive E: (y/n)?"
 
 
 def fat_disk(path):
-    return images.fat(path, "ALTEDATEN", size=SIZE, files={"ALT.TXT": b"old"}, partitioned=True)
+    return images.fat(path, LABEL, size=SIZE, files={"ALT.TXT": b"old"}, partitioned=True)
 
 
 def blank_disk(path):
@@ -98,6 +99,7 @@ def format_disk(ring, agent, make, number):
     program.end()
     ring.stop_automounter()
     ring.unmount_all()  # what it has mounted; the mark of a mounted file system is no change of the program's
+    expect_mountable(ring, device if device[-1].isdigit() else f"{device}1")
     ring.guest.pull(name)
     expect_equal([images.fingerprint(image) for image in others], before, "images of the other disks")
     found = partitions(new)
@@ -110,25 +112,34 @@ def format_disk(ring, agent, make, number):
     return new, letter, found[index]
 
 
+def expect_mountable(ring, partition):
+    """By the guest's kernel; the system may mount it meanwhile, too, but it is the same empty folder."""
+    ring.wait(lambda: ring.root.succeeds(f"test -b {partition}"), f"the device {partition}")
+    listing = ring.root.run(f"mount -t vfat -o ro {partition} /mnt && ls -A /mnt && umount /mnt")
+    expect_equal(listing.strip(), "", f"what the kernel finds on {partition}")
+
+
 def partition_fingerprints(path):
     return [images.fingerprint(path, start, start + size) for start, size, _ in partitions(path)]
 
 
-def expect_formatted(ring, image, start, size):
+def expect_formatted(ring, image, start, size, label=None):
     part = ring.image("part")
     images.run("dd", f"if={image}", f"of={part}", "bs=1M", f"skip={start // MIB}", f"count={size // MIB + 1}",
                "conv=sparse", "status=none")
     with open(part, "rb") as file:
         boot = file.read(512)
     expect_equal(boot[82:90], b"FAT32   ", "kind of file system in the boot sector")
+    expect_equal(int.from_bytes(boot[28:32], "little"), start // images.SECTOR, "sectors in front of it")
     expect_equal(images.cluster_size(part), CLUSTER, "bytes a cluster")
+    expect_equal(images.label(part), label and label.ljust(11).encode(), "label")
     expect_equal(images.check(part), "", "fsck.fat")
     expect_equal(images.files(part), {}, "files on the formatted disk")
 
 
 def assistant(ring, agent, make, number=1):
     image, letter, (start, size, _) = format_disk(ring, agent, make, number)
-    expect_formatted(ring, image, start, size)
+    expect_formatted(ring, image, start, size, LABEL if make is fat_disk else None)
     return f"drive {letter} formatted, 32 KB a cluster; the other disks byte-identical"
 
 
@@ -306,7 +317,8 @@ def disk_mounted_by_the_user(ring):
         formatter = ByHand(ring, ring.user, f"{disk}1")
         formatter.wait_for_question()
         place = ring.mounts()[f"/dev/{disk}1"]
-        expect(f"in use at {place} and will be unmounted" in formatter.output(), f"what it says: {formatter.output()}")
+        for wanted in (f"in use at {place} and will be unmounted", f"\n  Label:  {LABEL}\n"):
+            expect(wanted in formatter.output(), f"what it says: {formatter.output()}")
         formatter.answer()
         status, output = formatter.result()
         expect_equal((status, output.endswith("Done")), (0, True), f"end of the formatter, which said {output}")
@@ -314,7 +326,7 @@ def disk_mounted_by_the_user(ring):
     finally:
         ring.root.run(f"rm -f {RULE}")
     [(start, size, _)] = partitions(image)
-    expect_formatted(ring, image, start, size)
+    expect_formatted(ring, image, start, size, LABEL)
     return "unmounted and formatted through UDisks2"
 
 
