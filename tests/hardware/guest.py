@@ -96,6 +96,7 @@ class Guest:
     def __init__(self, folder, payload, results):
         self._images = {}
         self._numbers = 0
+        self._throttled = set()
         self.channel = Channel()
         self._qmp_path = results / "qmp"
         self._log = open(results / "qemu.log", "wb")
@@ -138,21 +139,33 @@ class Guest:
 
     # Devices
 
-    def plug(self, image, removable=True, read_only=False, serial=None):
-        """Connects a USB disk with that image; returns its name for pull()."""
+    def plug(self, image, removable=True, read_only=False, serial=None, write_rate=None):
+        """Connects a USB disk with that image, which writes so many bytes a second; returns its name for pull()."""
         self._numbers += 1
         name = f"usb{self._numbers}"
         self.qmp.execute("blockdev-add", node_name=name, driver="raw", read_only=read_only,
                          file={"driver": "file", "filename": str(image), "read-only": read_only})
-        self.qmp.execute("device_add", driver="usb-storage", id=f"{name}-device", bus="xhci.0", drive=name,
+        drive = self._throttle(name, write_rate) if write_rate else name
+        self.qmp.execute("device_add", driver="usb-storage", id=f"{name}-device", bus="xhci.0", drive=drive,
                          removable=removable, serial=serial or f"SERIAL{self._numbers}")
         self._images[name] = image
         return name
+
+    def _throttle(self, name, write_rate):
+        self.qmp.execute("object-add", **{"qom-type": "throttle-group", "id": f"{name}-rate",
+                                          "limits": {"bps-write": write_rate}})
+        self.qmp.execute("blockdev-add", node_name=f"{name}-slow", driver="throttle", throttle_group=f"{name}-rate",
+                         file=name)
+        self._throttled.add(name)
+        return f"{name}-slow"
 
     def pull(self, name):
         """As a hand does: at once, whatever is going on."""
         self.qmp.execute("device_del", id=f"{name}-device")
         self.qmp.wait_event("DEVICE_DELETED", device=f"{name}-device")
+        if name in self._throttled:
+            self.qmp.execute("blockdev-del", node_name=f"{name}-slow")
+            self._throttled.remove(name)
         self.qmp.execute("blockdev-del", node_name=name)
         del self._images[name]
 

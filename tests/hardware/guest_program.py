@@ -116,7 +116,7 @@ class GuestProgram(PluginWindow):
     # What is the same in many scenarios
 
     def wait_loaded(self):
-        self.wait_for("StatusBar1_2", "text", "Updates geladen.")
+        self.wait_for("StatusBar1_2", "text", "Updates geladen.", window="frmMain")
 
     def wait_stick(self, label):
         self.wait_for("txtDT_Cap", "text", label, window="frmMain")
@@ -140,7 +140,7 @@ class GuestProgram(PluginWindow):
         self.wait_message(title=CONFIRMATION)
         self.answer("OK")
 
-    def memory(self):
-        """Bytes of private memory in use."""
-        text = self.agent.run(f"grep -E '^Private' /proc/{self.process}/smaps_rollup")
-        return sum(int(line.split()[1]) for line in text.splitlines()) * 1024
+    def allocated(self):
+        """Bytes that it has allocated. What its process occupies is more: a heap does not shrink again by all that
+        several windows at once had needed, and pages of libraries count when no other process has them."""
+        return int(self.request("allocated")["bytes"])

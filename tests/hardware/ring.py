@@ -1,10 +1,11 @@
-"""Boots the guest and runs the scenarios in it: ring.py [--guest | --timed | --untimed | NUMBER | NUMBERletter ...]
+"""Boots the guest and runs the scenarios in it:
+ring.py [--guest | --bench | --timed | --untimed | NUMBER | NUMBERletter ...]
 
 One line a scenario: its number, how it went, how long it took, its figure. The status is 1 when one of them failed.
 
 Those whose figure is a time come first, in a guest alone that has just been booted. The others wait a good deal, so
 two guests run beside each other, and each takes the next scenario that is left. --timed and --untimed run only the
-ones or the others, --guest only builds the guest.
+ones or the others, --guest only builds the guest. --bench prints figures (bench.py), in a guest alone.
 """
 
 import functools
@@ -20,6 +21,7 @@ import time
 import traceback
 from pathlib import Path
 
+import bench
 import guest_program
 import images
 import payload
@@ -32,9 +34,11 @@ import scenarios_disks  # noqa: F401
 import scenarios_events  # noqa: F401
 import scenarios_exchange  # noqa: F401
 import scenarios_interrupted  # noqa: F401
+import scenarios_slow  # noqa: F401
 import scenarios_job  # noqa: F401
 import scenarios_label  # noqa: F401
 import scenarios_listing  # noqa: F401
+import scenarios_windows  # noqa: F401
 
 RESULTS = payload.BUILD / "hardware"
 PICTURES = RESULTS / "pictures"
@@ -226,6 +230,19 @@ def play_in(count, chosen, seed, passed):
             ring.close()
 
 
+def print_figures():
+    rings = []
+    PICTURES.mkdir(parents=True, exist_ok=True)
+    try:
+        boot(rings, 1, 0)
+        for measure in bench.ROWS:
+            print(measure(rings[0]), flush=True)
+            rings[0].clean_up()
+    finally:
+        for ring in rings:
+            ring.close()
+
+
 def wanted(one, arguments):
     kind = "--timed" if one.timed else "--untimed"
     return not arguments or kind in arguments or one.name in arguments or one.number in arguments
@@ -236,6 +253,9 @@ def main():
     signal.signal(signal.SIGTERM, lambda *_: sys.exit("ended from outside"))
     if arguments == ["--guest"]:
         built_guest()
+        return
+    if arguments == ["--bench"]:
+        print_figures()
         return
     chosen = [one for one in scenario.scenarios() if wanted(one, arguments)]
     if not chosen:

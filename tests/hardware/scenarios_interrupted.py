@@ -75,8 +75,8 @@ def pulls(ring):
     return f"{told}; earlier files intact each time (the job takes {length:.1f} s)"
 
 
-def program_with_stick(ring, image):
-    name = ring.guest.plug(image)
+def program_with_stick(ring, image, **stick):
+    name = ring.guest.plug(image, **stick)
     ring.wait_known()
     program = ring.loaded_program()
     program.wait_stick("ORVANTA")

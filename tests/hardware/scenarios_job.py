@@ -172,7 +172,7 @@ def standard_path(ring):
     program.wait_stick("PFAD")
     program.enter_text("txtOpenPath", "Receiver\\Neu")
     program.click("cmdSaveOnStick")
-    program.windows()  # answered when the click has been handled
+    program.settle()
     ring.guest.pull(name)
     program.wait_no_stick()
     expect_equal(program.text("txtOpenPath"), "", "path without a stick")

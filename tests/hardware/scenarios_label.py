@@ -15,7 +15,7 @@ LABELS = {"ABCDEFGHIJK": b"ABCDEFGHIJK", "kleinbuch": b"KLEINBUCH  ", "Müll": "
 def rename(program, text):
     program.enter_text("txtDT_Cap", text)
     program.click("Command1")
-    program.windows()  # answered when the click has been handled
+    program.settle()
 
 
 @scenario("8", "label: 11 characters, lower case, umlaut that is refused, empty, 12 characters")
@@ -45,7 +45,7 @@ def rename_all(ring, agent, refused):
         expect_equal(found, before if text in refused else wanted, f"label on the stick after {text!r}")
         before = found
         program.click("cmdSearch")
-        program.windows()
+        program.settle()
         shown = program.text("txtDT_Cap")
         stored = (found or b"").decode("cp850").rstrip()
         expect_equal(shown, stored, f"label in the window after {text!r}")

@@ -6,7 +6,7 @@ from pathlib import Path
 HERE = Path(__file__).resolve().parent
 sys.path[:0] = [str(HERE.parent / folder) for folder in ("support", "window")]
 
-from fault_server import FaultServer, body, pattern, slow  # noqa: E402, F401
+from fault_server import FaultServer, at_rate, body, pattern, slow  # noqa: E402, F401
 from server_files import NEWS, VERSION, catalog  # noqa: E402
 
 DOWNLOADS = "/orvanta/download/"
@@ -31,6 +31,10 @@ class Server:
 
     def set(self, name, behaviour):
         self._server.set(DOWNLOADS + name, body(behaviour) if isinstance(behaviour, bytes) else behaviour)
+
+    def address(self, name):
+        """As the guest sees it."""
+        return self.url + DOWNLOADS + name
 
     def downloads(self):
         return [path.removeprefix(DOWNLOADS) for path in self._server.paths()]

@@ -17,6 +17,7 @@ import threading
 import time
 
 import events
+import udisks_signals
 
 HOST = "10.0.2.2"  # the host, as QEMU's user network shows it
 CONNECTING = 60  # seconds
@@ -49,11 +50,12 @@ def connect(greeting):
 
 
 def run(command, input="", timeout=60):
-    """A command to its end; a text is a command of the shell."""
+    """A command to its end, and the seconds until then; a text is a command of the shell."""
+    began = time.monotonic()
     done = subprocess.run(command, shell=isinstance(command, str), input=input.encode(), timeout=timeout,
                           stdout=subprocess.PIPE, stderr=subprocess.PIPE, check=False)
     return {"status": done.returncode, "output": done.stdout.decode(errors="replace"),
-            "errors": done.stderr.decode(errors="replace")}
+            "errors": done.stderr.decode(errors="replace"), "seconds": time.monotonic() - began}
 
 
 def start(command, environment=None, folder="/", output="/dev/null"):
@@ -134,7 +136,9 @@ def pump(source, sink):
 
 
 REQUESTS = {"run": run, "start": start, "status": status, "kill": kill, "read": read, "write": write,
-            "links": links, "wait_path": wait_path, "bridge": bridge, "announced": events.announced, "shown": events.shown}
+            "links": links, "wait_path": wait_path, "bridge": bridge,
+            "announced": events.announced, "shown": events.shown, "box_after_answer": events.box_after_answer,
+            "listen_to_udisks": udisks_signals.listen, "file_systems": udisks_signals.file_systems}
 
 
 def serve(connection):

@@ -6,7 +6,8 @@ import threading
 import time
 
 NETLINK_KOBJECT_UEVENT = 15
-LOOK = 0.02  # seconds
+LOOK = 0.25  # seconds
+BOX_LOOK = 0.03
 KERNEL, UDEV = 1, 2  # groups: what the kernel announces, and udev when its rules have run
 
 _seen = []
@@ -40,19 +41,50 @@ def announced(since):
         return {"events": [event for event in _seen if event["time"] >= since], "now": time.monotonic()}
 
 
+class _Driver:
+    """A connection to the driver of a program."""
+
+    def __init__(self, path):
+        self._socket = socket.socket(socket.AF_UNIX)
+        self._socket.connect(path)
+        self._stream = self._socket.makefile("rw", encoding="utf-8", newline="\n")
+
+    def __enter__(self):
+        return self
+
+    def __exit__(self, *_):
+        self._socket.close()
+
+    def ask(self, **request):
+        self._stream.write(json.dumps(request) + "\n")
+        self._stream.flush()
+        return json.loads(self._stream.readline())
+
+
 def shown(path, name, key, value, timeout):
-    """Looks at a part of the program's window, over the driver's socket, until it shows the value; when that was."""
+    """When the program's window was first painted with that value; the driver notes it."""
     end = time.monotonic() + timeout
-    with socket.socket(socket.AF_UNIX) as driver:
-        driver.connect(path)
-        stream = driver.makefile("rw", encoding="utf-8", newline="\n")
+    with _Driver(path) as driver:
+        driver.ask(do="watch", name=name, key=key, value=value)
         while True:
-            stream.write(json.dumps({"do": "get", "name": name}) + "\n")
-            stream.flush()
-            actual = json.loads(stream.readline())["part"].get(key)
-            now = time.monotonic()
-            if actual == value:
-                return {"time": now}
-            if now > end:
-                return {"time": None, "actual": actual}
+            painted = driver.ask(do="watched")["time"]
+            if painted is not None:
+                return {"time": painted}
+            if time.monotonic() > end:
+                return {"time": None, "actual": driver.ask(do="get", name=name)["part"].get(key)}
             time.sleep(LOOK)  # asking takes time that the program needs
+
+
+def box_after_answer(path, button, title, timeout):
+    """Seconds from the answer to the open message box until one of that title is open."""
+    with _Driver(path) as driver:
+        began = time.monotonic()
+        driver.ask(do="answer", button=button)
+        while True:
+            box = driver.ask(do="messageBox")["box"]
+            seconds = time.monotonic() - began
+            if box is not None and box["title"] == title:
+                return {"seconds": seconds}
+            if seconds > timeout:
+                raise TimeoutError(f"no box {title}, but {box}")
+            time.sleep(BOX_LOOK)
