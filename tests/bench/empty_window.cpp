@@ -1,5 +1,5 @@
-// What the start of the program is compared with: a window of as many widgets, and nothing behind them:
-// empty_window COUNT
+// What the start of the program is compared with: a window of as many widgets, which is as large, and nothing
+// behind them: empty_window COUNT [WIDTH HEIGHT]
 
 #include <QApplication>
 #include <QGridLayout>
@@ -11,7 +11,7 @@
 
 int main(int argc, char** argv) {
     QApplication application(argc, argv);
-    if (argc != 2) return EXIT_FAILURE;
+    if (argc != 2 && argc != 4) return EXIT_FAILURE;
     QWidget window;
     window.setObjectName(QStringLiteral("frmMain"));
     QGridLayout layout(&window);
@@ -26,6 +26,7 @@ int main(int argc, char** argv) {
             widget = new QPushButton(QStringLiteral("Knopf"));
         layout.addWidget(widget, i / columns, i % columns);
     }
+    if (argc == 4) window.resize(std::atoi(argv[2]), std::atoi(argv[3]));
     window.show();
     return QApplication::exec();
 }

@@ -19,8 +19,10 @@ int main(int argc, char** argv) {
     toolkit::run(argv[0], [&] {
         window = std::make_unique<frmMain>(*program);
         window->show();
+        window->Timer1.setEnabled(false); // the check for updates is no part of this
         const auto started = std::chrono::steady_clock::now();
-        const std::string text = online::OpenURL(window->StatusBar1.panel(2), argv[1], "1");
+        const std::string text =
+            online::OpenURL({window->StatusBar1.panel(2), window->prgUpdate}, argv[1], "1");
         const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - started;
         std::printf("%zu %.6f\n", text.size(), taken.count());
         std::fflush(stdout);
