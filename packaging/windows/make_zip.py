@@ -8,7 +8,7 @@ packaging/windows/make_zip.py [--build FOLDER] [--output FOLDER] [--check]
 --check   makes the archive once more, from a copy of the sources in another folder, and compares the two
 
 The archive's times are those of the last commit, or SOURCE_DATE_EPOCH. What is packed is checked each time: the
-program is not too large, needs nothing but Windows' own libraries, and names no folder of this machine.
+programs are not too large, need nothing but Windows' own libraries, and name no folder of this machine.
 """
 
 import argparse
@@ -25,8 +25,8 @@ from pathlib import Path
 
 ROOT = Path(__file__).resolve().parent.parent.parent
 PROGRAM = "orvanta-usbtool.exe"
+LARGEST = {PROGRAM: 3_000_000, "fat32format.exe": 500_000}  # the programs, and how many bytes they may have
 TOOLS = "x86_64-w64-mingw32-"
-LARGEST_PROGRAM = 3_000_000  # bytes
 # Libraries of Windows 10 and 11 that are never looked for beside the program: Windows keeps them on its list of known
 # ones, or, COMCTL32, the program's manifest binds them. All others are loaded when they are first used.
 SYSTEM_LIBRARIES = {
@@ -64,26 +64,27 @@ def stripped(program, folder):
 def contents(build, folder):
     """{name in the archive: bytes}"""
     files = {file.name: file.read_bytes() for file in (ROOT / "data" / "program").iterdir()}
-    files[PROGRAM] = stripped(build / "program" / PROGRAM, folder)
+    for name in LARGEST:
+        files[name] = stripped(build / "program" / name, folder)
     files["LIESMICH.txt"] = dos_text(ROOT / "packaging" / "windows" / "LIESMICH.txt")
     files["LIZENZ.txt"] = dos_text(ROOT / "LICENSE")
     return files
 
 
-def complaints(program, build):
-    """What is wrong with the program, in words."""
-    if len(program) > LARGEST_PROGRAM:
-        yield f"{PROGRAM} has {len(program)} bytes, more than {LARGEST_PROGRAM}"
+def complaints(name, program, build):
+    """What is wrong with a program, in words."""
+    if len(program) > LARGEST[name]:
+        yield f"{name} has {len(program)} bytes, more than {LARGEST[name]}"
     with tempfile.NamedTemporaryFile(suffix=".exe") as file:
         file.write(program)
         file.flush()
         imports = re.findall(r"DLL Name: (\S+)", run(TOOLS + "objdump", "-p", file.name))
     for library in imports:
         if library.lower() not in SYSTEM_LIBRARIES:
-            yield f"{PROGRAM} needs {library}"
+            yield f"{name} needs {library}"
     for folder in {str(ROOT), str(build), str(Path.home()), "/usr/"}:
         if folder.encode() in program or folder.encode("utf-16-le") in program:
-            yield f"{PROGRAM} names the folder {folder}"
+            yield f"{name} names the folder {folder}"
 
 
 def write_zip(target, files, seconds):
@@ -101,12 +102,12 @@ def make(build, output, seconds):
     output.mkdir(parents=True, exist_ok=True)
     with tempfile.TemporaryDirectory() as folder:
         files = contents(build, folder)
-    wrong = list(complaints(files[PROGRAM], build))
+    wrong = [complaint for name in LARGEST for complaint in complaints(name, files[name], build)]
     if wrong:
         sys.exit("\n".join(wrong))
     target = output / f"orvanta-usbtool-{version()}-windows-x64.zip"
     write_zip(target, files, seconds)
-    return target, len(files[PROGRAM])
+    return target, {name: len(files[name]) for name in LARGEST}
 
 
 def copy_of_sources(folder):
@@ -149,9 +150,10 @@ def main():
         options.build = ROOT / "build" / "windows"
 
     seconds = source_time()
-    target, size = make(options.build.resolve(), options.output, seconds)
+    target, sizes = make(options.build.resolve(), options.output, seconds)
     digest = hashlib.sha256(target.read_bytes()).hexdigest()
-    print(f"{target}: {target.stat().st_size} bytes, the program {size}; SHA-256 {digest}")
+    programs = ", ".join(f"{name} {size}" for name, size in sizes.items())
+    print(f"{target}: {target.stat().st_size} bytes, {programs}; SHA-256 {digest}")
     if options.check:
         with tempfile.TemporaryDirectory(prefix="usbtool-package-") as folder:
             second = made_elsewhere(seconds, Path(folder))
