@@ -4,6 +4,7 @@ build are read with the tools of its compiler."""
 import os
 import re
 import subprocess
+import tempfile
 import unittest
 from pathlib import Path
 
@@ -14,7 +15,12 @@ COMPILER = os.environ.get("USBTOOL_COMPILER", "GNU")
 WINDOWS = os.environ.get("USBTOOL_SYSTEM") == "Windows"
 MINGW = "x86_64-w64-mingw32-"
 PROGRAM = BUILD / "program" / ("orvanta-usbtool.exe" if WINDOWS else "orvanta-usbtool")
-ELF_PROGRAMS = [PROGRAM, BUILD / "program" / "fat32format.exe"]
+FORMATTER = BUILD / "program" / "fat32format.exe"
+ELF_PROGRAMS = [PROGRAM, FORMATTER]
+PE_PROGRAMS = [PROGRAM, FORMATTER]
+LARGEST_FORMATTER = 500_000  # bytes, stripped
+# Windows keeps these on its list of known ones, so that none is looked for beside the program.
+LIBRARIES_OF_FORMATTER = {"advapi32.dll", "kernel32.dll", "msvcrt.dll", "ole32.dll"}
 
 
 def output_of(*command):
@@ -84,19 +90,37 @@ class Linux(unittest.TestCase):
 @unittest.skipUnless(WINDOWS, "reads programs for Windows")
 class Windows(unittest.TestCase):
     def test_it_lies_anywhere_and_its_data_are_not_run(self):
-        found = re.search(r"DllCharacteristics\s+([0-9a-f]+)", output_of(MINGW + "objdump", "-p", PROGRAM))
         high_entropy, dynamic_base, no_execution = 0x20, 0x40, 0x100
         wanted = high_entropy | dynamic_base | no_execution
-        self.assertEqual(int(found[1], 16) & wanted, wanted)
+        for program in PE_PROGRAMS:
+            found = re.search(r"DllCharacteristics\s+([0-9a-f]+)", output_of(MINGW + "objdump", "-p", program))
+            self.assertEqual(int(found[1], 16) & wanted, wanted, program)
 
     def test_the_stack_is_watched(self):
-        self.assertIn("__stack_chk_fail", output_of(MINGW + "nm", PROGRAM))
+        for program in PE_PROGRAMS:
+            self.assertIn("__stack_chk_fail", output_of(MINGW + "nm", program))
 
     def test_the_library_checks_what_it_is_told(self):
-        self.assertIn("__glibcxx_assert_fail", output_of(MINGW + "nm", PROGRAM))
+        for program in PE_PROGRAMS:
+            self.assertIn("__glibcxx_assert_fail", output_of(MINGW + "nm", program))
 
     def test_no_folder_of_the_builder_is_named(self):
-        self.assertEqual(paths_of_the_build(PROGRAM), [])
+        for program in PE_PROGRAMS:
+            self.assertEqual(paths_of_the_build(program), [])
+
+    def test_the_formatter_needs_no_library_but_windows_own(self):
+        imports = re.findall(r"DLL Name: (\S+)", output_of(MINGW + "objdump", "-p", FORMATTER))
+        self.assertEqual({name.lower() for name in imports}, LIBRARIES_OF_FORMATTER)
+
+    def test_the_formatter_is_small(self):
+        with tempfile.TemporaryDirectory() as folder:
+            small = Path(folder) / FORMATTER.name
+            output_of(MINGW + "strip", "--strip-all", "-o", small, FORMATTER)
+            self.assertLess(small.stat().st_size, LARGEST_FORMATTER)
+
+    def test_the_formatter_asks_for_rights_itself(self):
+        """Windows would else ask before anybody has read what is meant, or the assistant could not start it."""
+        self.assertIn(b'<requestedExecutionLevel level="asInvoker"', FORMATTER.read_bytes())
 
 
 if __name__ == "__main__":
