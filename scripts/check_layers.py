@@ -34,12 +34,15 @@ LAYERS = {
     "toolkit": ["base"],
     "platform": ["base"],
     "base": [],
-    "tools/fat32format": [ROOMS + "base", "base"],
+    "tools/fat32format/linux": ["tools/fat32format", ROOMS + "base", "base"],
+    "tools/fat32format/windows": ["tools/fat32format", "platform/windows", "base"],
+    "tools/fat32format": ["base"],
     "tests/fake": ["toolkit", "platform", "base"],
 }
 
 # The portable folders, which know no system and no toolkit of one.
-PORTABLE = {"app", "job", "format", "drive", "online", "widgets", "window", "toolkit", "platform", "base"}
+PORTABLE = {"app", "job", "format", "drive", "online", "widgets", "window", "toolkit", "platform", "base",
+            "tools/fat32format"}
 
 SOURCES = (".h", ".cpp")
 INCLUDE = re.compile(r'^\s*#\s*include\s*(["<])([^">]+)[">]', re.MULTILINE)

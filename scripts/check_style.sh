@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # clang-format over every source of the repository, who includes whom (scripts/check_layers.py), clang-tidy over the
-# program's own sources; --all: over the tests, too, which takes as long again. The settings stand in the root. The sources for Windows are analysed when there is a cross
-# compiler (scripts/setup.sh windows).
+# program's own sources; --all: over the tests, too, which takes as long again. The settings stand in the root. The
+# sources for Windows are analysed when there is a cross compiler (scripts/setup.sh windows).
 set -euo pipefail
 cd "$(dirname "$(readlink -f "$0")")/.."
 
@@ -26,10 +26,10 @@ echo "clang-format: ${#sources[@]} files."
 scripts/check_layers.py
 
 folders='(app|base|online|drive|job|format|widgets|window|toolkit|platform|tools)/'
-windows_folders='(platform/windows|toolkit/win32)/'
+windows_folders='(platform/windows|toolkit/win32|tools/fat32format/windows)/'
 if [ "${1-}" = --all ]; then
   folders=
-  windows_folders='(platform/windows|toolkit/win32|tests/[a-z]*/windows)/'
+  windows_folders='(platform/windows|toolkit/win32|tools/fat32format/windows|tests/[a-z0-9]*/windows)/'
 fi
 
 # The sources of a build whose names match a pattern.

@@ -1,15 +1,17 @@
 #!/usr/bin/env bash
 # Installs what a task needs and this machine lacks: scripts/setup.sh GROUP...
-# Groups: program, tests, style, windows, hardware, portability, makefiles. Every package the project uses is named here,
-# once; README.md tells what each is for.
+# Groups: program, tests, style, windows, desktop, hardware, portability, makefiles. Every package the project uses is
+# named here, once; README.md tells what each is for.
 set -euo pipefail
 
 declare -A packages=(
-  [program]="g++ cmake ninja-build qt6-base-dev libcurl4-openssl-dev libblkid-dev
+  [program]="g++ cmake ninja-build qt6-base-dev libcurl4-openssl-dev libblkid-dev libpng-dev
              fonts-dejavu-core xdg-utils python3"
   [tests]="libgtest-dev dbus curl mtools dosfstools e2fsprogs openssl strace xvfb"
   [style]="clang-format-14 clang-tidy-14"
   [windows]="g++-mingw-w64-x86-64-posix googletest wine wine64 xvfb xauth imagemagick"
+  [desktop]="xvfb dbus openbox xfwm4 xfconf tint2 sway grim wtype weston qt6-wayland qt6ct qt6-gtk-platformtheme
+             at-spi2-core gir1.2-atspi-2.0 orca python3-gi python3-xlib python3-pil locales fonts-dejavu-core"
   [hardware]="qemu-system-x86 debootstrap dosfstools mtools exfatprogs ntfs-3g fdisk"
   [portability]="debootstrap clang-14"
   [makefiles]="make"

@@ -45,9 +45,9 @@ class Includes(unittest.TestCase):
         self.assertEqual(len(wrong(platform__windows__a_cpp='#include "toolkit/b.h"\n')[0]), 1)
 
     def test_a_tool_takes_one_room_of_a_backend_only(self):
-        self.assertEqual(wrong(tools__fat32format__a_cpp='#include "platform/linux/base/b.h"\n')[0], [])
-        self.assertEqual(len(wrong(tools__fat32format__a_cpp='#include "platform/linux/drives/b.h"\n')[0]), 1)
-        self.assertEqual(len(wrong(tools__fat32format__a_cpp='#include "platform/files.h"\n')[0]), 1)
+        self.assertEqual(wrong(tools__fat32format__linux__a_cpp='#include "platform/linux/base/b.h"\n')[0], [])
+        self.assertEqual(len(wrong(tools__fat32format__linux__a_cpp='#include "platform/linux/drives/b.h"\n')[0]), 1)
+        self.assertEqual(len(wrong(tools__fat32format__linux__a_cpp='#include "platform/files.h"\n')[0]), 1)
 
     def test_the_core_knows_no_system(self):
         for header in ("QString", "windows.h", "unistd.h", "curl/curl.h", "sys/stat.h"):
