@@ -108,9 +108,9 @@ class LoopDevice(unittest.TestCase):
         run("blockdev", "--flushbufs", self.device)
 
     def mount_elsewhere(self, device):
-        """Mounts it where only another process sees it."""
+        """Mounts it where only another process sees it; for reading, as the kernel writes to others by itself."""
         place = pathlib.Path(tempfile.mkdtemp(dir=self.base))
-        script = f"mount {device} {place} && echo mounted && exec sleep 60"
+        script = f"mount -o ro {device} {place} && echo mounted && exec sleep infinity"
         process = subprocess.Popen(["unshare", "--mount", "--propagation", "private", "sh", "-c", script],
                                    stdout=subprocess.PIPE, text=True)
         self.addCleanup(process.stdout.close)
