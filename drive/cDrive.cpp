@@ -118,6 +118,11 @@ void cDrive::ChooseUSB_Info(const std::string& sItem) {
 void cDrive::scanAndChoose() {
     mp_GetDriveTyps();
     ChooseUSB_Info(p_GetDriveLetters("0"));
+    // While the dialog asked, or a slow stick was waited for, it may have gone: that has been told by then,
+    // and nothing would take it from the window any more.
+    if (p_GetDL_Count() == 0 || TotalSpace() > 0) return;
+    RemoveUSB_Info();
+    showTrayIcon(toolkit::noStickIcon);
 }
 
 bool cDrive::mp_PathExists(const std::string& path) const {

@@ -145,6 +145,21 @@ TEST_F(DriveDialog, CancelledItChangesNothingAndTheSearchTakesTheFirst) {
     }
 }
 
+TEST_F(DriveDialog, SticksThatGoWhileItAsksAreNotShown) {
+    for (const bool cancelled : {false, true}) {
+        search([this, cancelled](frmAuswahl& dialog) {
+            for (const char* root : {"D:\\", "E:\\", "F:\\"})
+                pullOut(root);
+            click(cancelled ? dialog.cmdCancel : dialog.cmdOK);
+        });
+        EXPECT_EQ(window().StatusBar1.panel(1).text(), "No Stick");
+        EXPECT_EQ(window().cmdChoose.caption(), "USB Stick einstecken");
+        EXPECT_FALSE(window().cmdChoose.enabled());
+        for (const char* root : {"D:\\", "E:\\", "F:\\"})
+            plugIn(root);
+    }
+}
+
 TEST_F(DriveDialog, EveryTimeItIsANewOne) {
     search([](frmAuswahl& dialog) {
         dialog.ListView1.click(1);

@@ -189,6 +189,19 @@ class Ways(DialogCase):
         way(program)
         self.expect_choice(program, "E")  # the search takes the first one then
 
+    @each({"cancelled": "cmdCancel", "chosen": "cmdOK"})
+    def test_sticks_that_go_while_it_asks(self, button):
+        program = self.start_asking()
+        program.click("cmdOK", DIALOG)
+        self.wait_loaded(program)
+        program.click("cmdSearch")
+        program.wait_window(DIALOG)
+        program.set_drives(self.table())
+        program.click(button, DIALOG)
+        self.gone(program)
+        program.wait_for("StatusBar1_1", "text", "No Stick")
+        self.expect(program, {"cmdChoose.text": "USB Stick einstecken", "cmdChoose.enabled": False})
+
     def test_a_click_beside_the_rows_changes_nothing(self):
         program = self.start_asking()
         program.click_row("ListView1", 1, DIALOG)
