@@ -2,6 +2,7 @@
 
 #include "platform/linux/base/device_io.h"
 #include "tools/fat32format/linux/signatures.h"
+#include "tools/fat32format/linux/udisks_access.h"
 
 #include <fcntl.h>
 #include <linux/fs.h>
@@ -76,9 +77,19 @@ bool HeldDevice::flush() {
     return posix_fadvise(volume(), 0, 0, POSIX_FADV_DONTNEED) == 0;
 }
 
-/// For root. For anybody else udev does it, as soon as a disk that was open for writing is closed.
+/// The kernel lets root have the table read.
 void HeldDevice::tableHasChanged() {
-    ioctl(disk_.get(), BLKRRPART); // NOLINT(*-vararg)
+    tableIsOld_ = ioctl(disk_.get(), BLKRRPART) != 0; // NOLINT(*-vararg)
+}
+
+/// For anybody else udev sees to it when a disk that was open for writing is closed, unless it is at work on
+/// the disk just then. So the service is asked, which waits for its turn; nobody else may hold the disk
+/// meanwhile.
+HeldDevice::~HeldDevice() {
+    if (!tableIsOld_) return;
+    partition_.close();
+    disk_.close();
+    rescanThroughUdisks(node_);
 }
 
 } // namespace fat32format

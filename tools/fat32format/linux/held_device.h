@@ -4,15 +4,24 @@
 #include "tools/fat32format/linux/disk_facts.h"
 #include "tools/fat32format/system.h"
 
+#include <string>
+
 namespace fat32format {
 
 /// By two descriptors: the disk's, which keeps others away, and the volume's. They are one when the volume is
 /// the whole disk.
 class HeldDevice : public HeldVolume {
 public:
-    /// Without a descriptor of its own the volume is the disk.
-    HeldDevice(FactFolders folders, platform::linux::UniqueFd disk, platform::linux::UniqueFd partition)
-        : folders_(std::move(folders)), disk_(std::move(disk)), partition_(std::move(partition)) {}
+    /// Without a descriptor of its own the volume is the disk, which has that device node.
+    HeldDevice(FactFolders folders, std::string node, platform::linux::UniqueFd disk,
+               platform::linux::UniqueFd partition)
+        : folders_(std::move(folders)),
+          node_(std::move(node)),
+          disk_(std::move(disk)),
+          partition_(std::move(partition)) {}
+    HeldDevice(const HeldDevice&) = delete;
+    HeldDevice& operator=(const HeldDevice&) = delete;
+    ~HeldDevice() override;
 
     /// Whether the volume's descriptor is that of the device with the number.
     bool isDevice(std::uint64_t number) const;
@@ -32,8 +41,10 @@ private:
     int volume() const { return partition_ ? partition_.get() : disk_.get(); }
 
     FactFolders folders_;
+    std::string node_;
     platform::linux::UniqueFd disk_;
     platform::linux::UniqueFd partition_;
+    bool tableIsOld_ = false; ///< what the kernel knows of the disk's table
 };
 
 } // namespace fat32format

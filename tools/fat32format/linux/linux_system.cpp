@@ -80,7 +80,8 @@ Opened LinuxSystem::open(const Volume& volume, Access access) {
     if (volume.isPartition) partition = openNode(volume.node, writing);
     if (volume.isPartition && partition.outcome != Opened::Outcome::Done)
         return {partition.outcome, nullptr, partition.reason};
-    auto held = std::make_unique<HeldDevice>(folders_, std::move(disk.device), std::move(partition.device));
+    auto held = std::make_unique<HeldDevice>(folders_, volume.diskNode, std::move(disk.device),
+                                             std::move(partition.device));
     if (!held->isDevice(volume.deviceNumber)) return {Opened::Outcome::Failed, nullptr, {}};
     return {Opened::Outcome::Done, std::move(held), {}};
 }

@@ -29,9 +29,11 @@ QString objectOf(const std::string& node) {
     return object;
 }
 
-/// Waits as long as a person may need for a password.
+constexpr int untilSomebodyTypes = std::numeric_limits<int>::max(); // a password
+constexpr int withoutAQuestion = 25'000;                            // ms
+
 QDBusMessage call(const std::string& node, const char* interface, const char* method,
-                  const QVariantList& arguments) {
+                  const QVariantList& arguments, int timeout = untilSomebodyTypes) {
     static std::string name = "fat32format.exe"; // the bus needs an application, and that a command line
     static std::array<char*, 2> words = {name.data(), nullptr};
     static int count = 1;
@@ -39,7 +41,7 @@ QDBusMessage call(const std::string& node, const char* interface, const char* me
     QDBusMessage message =
         QDBusMessage::createMethodCall("org.freedesktop.UDisks2", objectOf(node), interface, method);
     message.setArguments(arguments);
-    return QDBusConnection::systemBus().call(message, QDBus::Block, std::numeric_limits<int>::max());
+    return QDBusConnection::systemBus().call(message, QDBus::Block, timeout);
 }
 
 /// The service tells in its own language why the kernel has refused; that others use the disk is by far the
@@ -65,6 +67,11 @@ OpenedNode openThroughUdisks(const std::string& node, int flags) {
     UniqueFd device(fcntl(handed.fileDescriptor(), F_DUPFD_CLOEXEC, 0)); // NOLINT(*-vararg)
     if (!device) return {};
     return {Opened::Outcome::Done, std::move(device), {}};
+}
+
+void rescanThroughUdisks(const std::string& node) {
+    call(node, "org.freedesktop.UDisks2.Block", "Rescan", {QVariantMap{{"auth.no_user_interaction", true}}},
+         withoutAQuestion);
 }
 
 bool unmountThroughUdisks(const std::string& node) {

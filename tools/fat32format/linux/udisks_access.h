@@ -19,5 +19,7 @@ struct OpenedNode {
 /// `flags` are those of open(2), O_RDONLY or O_RDWR and perhaps O_EXCL.
 OpenedNode openThroughUdisks(const std::string& node, int flags);
 bool unmountThroughUdisks(const std::string& node);
+/// Has the disk's table read anew, if that takes no password.
+void rescanThroughUdisks(const std::string& node);
 
 } // namespace fat32format
