@@ -46,7 +46,7 @@ def dos_text(text):
 def read_me(number):
     """The text beside the program."""
     text = (ROOT / "packaging" / "windows" / "LIESMICH.txt").read_text(encoding="utf-8")
-    return dos_text(text.replace("@VERSION@", number))
+    return dos_text(text.replace("@PROJECT_VERSION@", number))
 
 
 def stripped(program, folder):
@@ -65,6 +65,7 @@ def handbook(folder):
 def contents(build, folder, number=None):
     """{name below the program's folder: bytes}"""
     files = {file.name: file.read_bytes() for file in (ROOT / "data" / "program").iterdir()}
+    files["Server.ini"] = (build / "program" / "Server.ini").read_bytes()  # has the addresses that the builder chose
     files |= handbook(build / "program")
     for name in LARGEST:
         program = stripped(build / "program" / name, folder)
