@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Installs what a task needs and this machine lacks: scripts/setup.sh GROUP...
-# Groups: program, tests, style, windows, desktop, hardware, portability, makefiles. Every package the project uses is
-# named here, once; README.md tells what each is for.
+# Groups: program, tests, style, windows, desktop, hardware, portability, makefiles, packages. Every package the
+# project uses is named here, once; README.md tells what each is for.
 set -euo pipefail
 
 declare -A packages=(
@@ -15,6 +15,7 @@ declare -A packages=(
   [hardware]="qemu-system-x86 debootstrap dosfstools mtools exfatprogs ntfs-3g fdisk"
   [portability]="debootstrap clang-14"
   [makefiles]="make"
+  [packages]="nsis osslsigncode dpkg-dev"
 )
 
 missing=()
