@@ -21,7 +21,7 @@ from pathlib import Path
 
 import program_files
 import sign
-from program_files import PROGRAM, ROOT, source_time, version
+from program_files import PROGRAM, ROOT, program_version, source_time
 
 HERE = Path(__file__).resolve().parent
 
@@ -83,7 +83,7 @@ def main():
     parser.add_argument("--build", type=Path)
     parser.add_argument("--output", type=Path, default=ROOT / "build" / "packages")
     options = parser.parse_args()
-    target = make(program_files.finished_build(options.build), options.output, source_time(), version())
+    target = make(program_files.finished_build(options.build), options.output, source_time(), program_version())
     digest = hashlib.sha256(target.read_bytes()).hexdigest()
     print(f"{target}: {target.stat().st_size} bytes; SHA-256 {digest}")
 

@@ -13,6 +13,9 @@ from pathlib import Path
 from sign import sign
 
 ROOT = Path(__file__).resolve().parent.parent.parent
+sys.path.insert(0, str(ROOT / "scripts"))
+from version import program_version  # noqa: E402
+
 PROGRAM = "orvanta-usbtool.exe"
 LARGEST = {PROGRAM: 3_000_000, "fat32format.exe": 500_000}  # the programs, and how many bytes they may have
 HANDBOOK = "Anleitung.html"
@@ -27,10 +30,6 @@ SYSTEM_LIBRARIES = {
 
 def run(*command, **options):
     return subprocess.run(command, check=True, text=True, stdout=subprocess.PIPE, **options).stdout
-
-
-def version():
-    return re.search(r"^project\(\S+ VERSION ([\d.]+)", (ROOT / "CMakeLists.txt").read_text(), re.MULTILINE)[1]
 
 
 def source_time():
@@ -71,7 +70,7 @@ def contents(build, folder, number=None):
         program = stripped(build / "program" / name, folder)
         sign(program)
         files[name] = program.read_bytes()
-    files["LIESMICH.txt"] = read_me(number or version())
+    files["LIESMICH.txt"] = read_me(number or program_version())
     files["LIZENZ.txt"] = dos_text((ROOT / "LICENSE").read_text(encoding="utf-8"))
     return files
 
