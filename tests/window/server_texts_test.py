@@ -2,7 +2,7 @@
 
 import unittest
 
-from case import CONFIRMATION, COPIED, SUCCESS, WindowCase
+from case import CONFIRMATION, COPIED, SLOWNESS, SUCCESS, WindowCase
 from fault_server import chunked, generated, missing, redirect, reset, slow, truncated
 from server_files import FIRMWARE, SETTINGS, catalog, row
 from side_by_side import each, side_by_side
@@ -241,7 +241,7 @@ class LongFields(WindowCase):
     # What 100 KB of text can be: fields of the news, of a receiver in the catalog.
     SHAPES = {"one word": "W" * 100_000, "words": "Wort " * 20_000, "lines": "a\n" * 50_000,
               "accents": "Ü" * 100_000, "invisible": "\u00ad" * 100_000}
-    DEAREST = 4  # times what ordinary texts take of the processor, on this machine at this time
+    DEAREST = 4 * SLOWNESS  # times what ordinary texts take of the processor, on this machine at this time
 
     def cost(self):
         """Seconds of the processor for loading the texts, and for showing them anew at two widths."""
