@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # clang-format over every source of the repository, who includes whom (scripts/check_layers.py), clang-tidy over the
-# program's own sources; --all: over the tests, too, which takes as long again. The settings stand in the root. The
-# sources for Windows are analysed when there is a cross compiler (scripts/setup.sh windows).
+# program's own sources (scripts/tidy.py); --all: over the tests, too, which takes as long again. The settings stand in
+# the root. The sources for Windows are analysed when there is a cross compiler (scripts/setup.sh windows).
 set -euo pipefail
 cd "$(dirname "$(readlink -f "$0")")/.."
 
@@ -32,29 +32,6 @@ if [ "${1-}" = --all ]; then
   windows_folders='(platform/windows|toolkit/win32|tools/fat32format/windows|tests/[a-z0-9]*/windows)/'
 fi
 
-# The sources of a build whose names match a pattern.
-units() {
-  python3 - "$1" "$2" <<'PY'
-import json, os, re, sys
-root = os.getcwd() + os.sep
-commands = json.load(open(sys.argv[1] + "/compile_commands.json"))
-names = {c["file"][len(root):] for c in commands if c["file"].startswith(root)}
-names = {n for n in names if n.endswith(".cpp") and not n.startswith("build" + os.sep)}
-print("\n".join(sorted(n for n in names if re.match(sys.argv[2], n))))
-PY
-}
-
-# tidy BUILD PATTERN [ARGUMENT...]
-tidy() {
-  local build=$1 names
-  mapfile -t names < <(units "$build" "$2")
-  shift 2
-  [ -n "${names[*]-}" ] || { echo "There are no sources in $build." >&2; exit 1; }
-  printf '%s\n' "${names[@]}" | xargs -P "$(nproc)" -n 1 \
-    clang-tidy-14 -p "$build" --quiet --extra-arg=-Wno-unknown-warning-option "$@" 2>/dev/null
-  echo "clang-tidy: ${#names[@]} sources of $build."
-}
-
 # The compiler's own headers are another compiler's; clang has to be told the target and where the library's are.
 windows_arguments() {
   echo --extra-arg=--target=x86_64-w64-mingw32
@@ -68,13 +45,13 @@ windows_arguments() {
 cmake --preset debug >/dev/null
 # Generated headers (the windows' layouts) must be there before anything is analysed.
 cmake --build --preset debug --target toolkit_backend_autogen >/dev/null
-tidy build/debug "$folders"
+scripts/tidy.py build/debug "$folders"
 
 if command -v x86_64-w64-mingw32-g++-posix >/dev/null; then
   # In a folder of its own, as tests may be built meanwhile.
   cmake --preset windows -B build/windows-style >/dev/null
   mapfile -t arguments < <(windows_arguments)
-  tidy build/windows-style "$windows_folders" "${arguments[@]}"
+  scripts/tidy.py build/windows-style "$windows_folders" "${arguments[@]}"
 else
   echo "clang-tidy: the sources for Windows are left out, there is no cross compiler."
 fi

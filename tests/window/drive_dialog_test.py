@@ -193,6 +193,7 @@ class Ways(DialogCase):
     def test_sticks_that_go_while_it_asks(self, button):
         program = self.start_asking()
         program.click("cmdOK", DIALOG)
+        self.gone(program)
         self.wait_loaded(program)
         program.click("cmdSearch")
         program.wait_window(DIALOG)

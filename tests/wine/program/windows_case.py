@@ -16,6 +16,7 @@ sys.path[:0] = [str(TESTS / folder) for folder in ("driver", "support", "window"
 
 from case import SHIPPED, WindowCase, contents, snapshot_of  # noqa: E402
 from driver import Drive  # noqa: E402
+from window import DriverError, ProgramEnded  # noqa: E402
 from windows_program import WindowsProgram  # noqa: E402
 from wine_machine import TOOLS, Machines  # noqa: E402
 
@@ -39,7 +40,19 @@ class PatientProgram(WindowsProgram):
     """The program, asked by somebody who waits longer than its longest silence."""
 
     def _until(self, condition, timeout, complaint):
-        return super()._until(condition, PATIENCE, complaint)
+        """A window may just be going, or coming, while it is asked."""
+        refusals = []
+
+        def patiently():
+            try:
+                return condition()
+            except ProgramEnded:
+                raise
+            except DriverError as error:
+                refusals[:] = [str(error)]
+                return None
+
+        return super()._until(patiently, PATIENCE, lambda: " ".join([complaint(), *refusals]))
 
     def exit_status(self, timeout=None):
         return super().exit_status(PATIENCE if timeout is None else timeout)
