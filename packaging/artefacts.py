@@ -39,6 +39,8 @@ def by_script(root, output, script, end, *tools):
     with tempfile.TemporaryDirectory(prefix="usbtool-release-") as folder:
         run(sys.executable, "-B", path, "--output", folder)
         made = sorted(Path(folder).glob(f"*{end}"))
+        if not made:
+            raise NotMade(f"{path.name} has left no *{end}")
         return [Path(shutil.move(file, output / file.name)) for file in made]
 
 
