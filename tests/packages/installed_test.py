@@ -1,6 +1,7 @@
 """What `cmake --install` leaves, and what the desktop's own tools say of it."""
 
 import os
+import re
 import subprocess
 import tempfile
 import unittest
@@ -54,7 +55,9 @@ class Installed(unittest.TestCase):
         self.assertEqual(run("desktop-file-validate", file), "")
         lines = file.read_text(encoding="utf-8").splitlines()
         source = (ROOT / "toolkit" / "qt" / "application.cpp").read_text(encoding="utf-8")
-        self.assertIn(f'setDesktopFileName(QStringLiteral("{file.stem}"))', source)
+        name = re.search(r'setApplicationName\(QStringLiteral\("([^"]+)"\)\)', source)[1]
+        self.assertIn('setDesktopFileName(qEnvironmentVariable("FLATPAK_ID", QCoreApplication::applicationName()))', source)
+        self.assertEqual(file.stem, name)
         self.assertIn(f"Exec={APPLICATION}", lines)
         for icon in (line[5:] for line in lines if line.startswith("Icon=")):
             self.assertEqual(icon, APPLICATION)
@@ -82,6 +85,15 @@ class Installed(unittest.TestCase):
                                    text=True, check=True, env=os.environ | {"LC_ALL": "C.UTF-8", "MANWIDTH": "80"})
             self.assertEqual(shown.stderr, "", page)
             self.assertGreater(len(shown.stdout), 1000, page)
+
+    def test_the_question_of_pkexec_names_the_folder_it_was_installed_in(self):
+        with tempfile.TemporaryDirectory() as root:
+            run("cmake", "--install", BUILD, "--prefix", "/opt/tool", env=os.environ | {"DESTDIR": root})
+            self.assertFalse(Path(root, "usr").exists())
+            action = xml.parse(Path(root, "opt/tool/share/polkit-1/actions", f"{APPLICATION}.policy")).find("action")
+            formatter = action.find("annotate").text
+            self.assertEqual(formatter, f"/opt/tool/lib/{APPLICATION}/fat32format.exe")
+            self.assertTrue(Path(root + formatter).is_file())
 
     def test_the_question_of_pkexec(self):
         file = self.share / "polkit-1" / "actions" / f"{APPLICATION}.policy"
