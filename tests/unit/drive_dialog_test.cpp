@@ -147,7 +147,7 @@ TEST_F(DriveDialog, CancelledItChangesNothingAndTheSearchTakesTheFirst) {
 
 TEST_F(DriveDialog, SticksThatGoWhileItAsksAreNotShown) {
     for (const bool cancelled : {false, true}) {
-        search([this, cancelled](frmAuswahl& dialog) {
+        search([cancelled](frmAuswahl& dialog) {
             for (const char* root : {"D:\\", "E:\\", "F:\\"})
                 pullOut(root);
             click(cancelled ? dialog.cmdCancel : dialog.cmdOK);

@@ -7,6 +7,7 @@
             self.wait_loaded(program)
 """
 
+import errno
 import hashlib
 import os
 import shutil
@@ -14,6 +15,7 @@ import stat
 import subprocess
 import sys
 import tempfile
+import time
 import unittest
 from pathlib import Path
 
@@ -106,6 +108,17 @@ class PatientProgram(Program):
         return super().exit_status(timeout)
 
 
+def remove(temporary):
+    """A browser that the program has started may outlive it, and note its page while the folder goes."""
+    try:
+        temporary.cleanup()
+    except OSError as error:
+        if error.errno != errno.ENOTEMPTY:
+            raise
+        time.sleep(1)
+        temporary.cleanup()
+
+
 class WindowCase(Tables, unittest.TestCase):
     """A stick, a server whose files are all as they should be, and programs that end with the test."""
 
@@ -113,7 +126,7 @@ class WindowCase(Tables, unittest.TestCase):
 
     def setUp(self):
         temporary = tempfile.TemporaryDirectory(prefix="usbtool-window-")
-        self.addCleanup(temporary.cleanup)
+        self.addCleanup(remove, temporary)
         self.home = Path(temporary.name)
         self.stick = self.home / "stick"
         self.system = self.home / "system"  # what stands for the drives C: and Z:
