@@ -5,6 +5,7 @@ A source in which nothing was found is noted below ${XDG_CACHE_HOME:-~/.cache}/o
 would read: it is not analysed again before one of its lines or headers, the settings or clang-tidy itself change.
 """
 
+import functools
 import hashlib
 import json
 import os
@@ -38,20 +39,28 @@ def settings(arguments):
     return b"\0".join([version, (ROOT / ".clang-tidy").read_bytes(), *(argument.encode() for argument in arguments)])
 
 
+@functools.cache
+def digest(path):
+    return hashlib.sha256(Path(path).read_bytes()).hexdigest()
+
+
 def read_by(command, build):
-    """The source with its headers, and with its comments, which may tell clang-tidy to be silent; without the folders
-    they are in. None if it cannot be read."""
+    """The source and its headers as they lie there, each by its name below this folder: directives and comments count,
+    too. None if one of them cannot be read."""
     words = shlex.split(command)
     words[words.index("-o"):words.index("-o") + 2] = []
-    words[words.index("-c"):words.index("-c") + 1] = ["-E", "-C", "-P"]
-    run = subprocess.run(words, cwd=build, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, check=False)
-    options = " ".join(words).replace(str(build), "").replace(str(ROOT), "")
-    return None if run.returncode else options.encode() + b"\0" + run.stdout
+    words[words.index("-c")] = "-M"
+    run = subprocess.run(words, cwd=build, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True, check=False)
+    if run.returncode:
+        return None
+    files = shlex.split(run.stdout.partition(":")[2].replace("\\\n", " "))
+    read = [" ".join(words)] + [f"{os.path.normpath(build / file)} {digest(build / file)}" for file in files]
+    return "\n".join(read).replace(str(ROOT), "").encode()
 
 
 def note_of(common, command, build):
-    text = read_by(command, build)
-    return None if text is None else NOTES / hashlib.sha256(common + b"\0" + text).hexdigest()
+    read = read_by(command, build)
+    return None if read is None else NOTES / hashlib.sha256(common + b"\0" + read).hexdigest()
 
 
 def is_noted(note):
@@ -72,8 +81,11 @@ def write(note):
 
 def forget_old():
     for note in NOTES.glob("*"):
-        if note.stat().st_mtime < time.time() - KEPT:
-            note.unlink(missing_ok=True)
+        try:
+            if note.stat().st_mtime < time.time() - KEPT:
+                note.unlink()
+        except FileNotFoundError:
+            pass  # another run was faster
 
 
 def analyse(name, command, common, build, arguments):
@@ -83,12 +95,12 @@ def analyse(name, command, common, build, arguments):
         return "noted"
     run = subprocess.run([TIDY, "-p", build, "--quiet", "--extra-arg=-Wno-unknown-warning-option", *arguments, name],
                          cwd=ROOT, stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True, check=False)
-    if run.returncode == 0 and not run.stdout.strip():
-        if note:
-            write(note)
-        return "new"
-    print(run.stdout or run.stderr, end="", flush=True)
-    return "found" if run.returncode else "new"
+    if run.returncode:
+        print(run.stdout or run.stderr, end="", flush=True)
+        return "found"
+    if note:
+        write(note)
+    return "new"
 
 
 def main(arguments):

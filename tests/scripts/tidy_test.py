@@ -60,6 +60,13 @@ class Tidy(unittest.TestCase):
         (self.tree / "app" / "a.h").write_text("int* none();\nint* other();\n")
         self.expect(noted=0)
 
+    def test_a_directive_that_adds_nothing_to_the_text(self):
+        (self.tree / ".clang-tidy").write_text("Checks: '-*,readability-duplicate-include'\nWarningsAsErrors: '*'\n")
+        (self.tree / "app" / "a.h").write_text("#pragma once\nint* none();\n")
+        self.expect(noted=0)
+        (self.tree / "app" / "a.cpp").write_text('#include "a.h"\n' + GOOD)
+        self.expect(noted=0, status=1)
+
     def test_a_comment_that_silenced_it_goes(self):
         (self.tree / "app" / "a.cpp").write_text(BAD.replace("}", "} // NOLINT"))
         self.expect(noted=0)
