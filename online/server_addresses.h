@@ -1,5 +1,7 @@
 #pragma once
 
+#include "build_choices.h"
+
 #include <string>
 
 namespace online {
@@ -7,9 +9,9 @@ namespace online {
 /// Where the program finds its servers: "Server.ini" in the program folder, section `Server`; what the file
 /// does not name is the built-in default.
 struct ServerAddresses {
-    std::string Update = "http://update.orvanta.example"; ///< scheme and host of the update server
-    std::string UpdatePage = "www.orvanta.example";       ///< host of the page that offers the program itself
-    std::string WebHost = "www.brellix.example";          ///< the distributor's web host
+    std::string Update{base::updateServer};   ///< scheme and host of the update server
+    std::string UpdatePage{base::updatePage}; ///< host of the page that offers the program itself
+    std::string WebHost{base::webHost};       ///< the distributor's web host
 };
 
 /// Reads the file, once, when the program starts; without a file all are the built-in ones. Throws

@@ -1,5 +1,6 @@
 #include "platform/program_folder.h"
 
+#include "build_choices.h"
 #include "platform/linux/base/file_error.h"
 #include "platform/linux/files/own_folders.h"
 
@@ -17,6 +18,7 @@ namespace {
 
 constexpr const char* settingsFile = "Settings.ini";
 constexpr const char* folderName = "orvanta-usbtool";
+constexpr const char* nobodysFolder = "nobody"; // never there: nothing is written
 constexpr mode_t forOwner = 0700;
 
 /// Whether the process may write a file or into a folder, on a medium that can be written.
@@ -81,9 +83,9 @@ std::string programFolder() {
 
 std::string settingsFolder() {
     std::string program = programFolder();
-    if (takesSettings(program)) return program;
+    if (base::portable && takesSettings(program)) return program;
     std::string own = linux::userConfigFolder();
-    if (own.empty()) return program;
+    if (own.empty()) return base::portable ? program : program + "/" + nobodysFolder;
     // When it fails, writing the settings does, and that is reported there.
     static_cast<void>(linux::createOwnFolder(own));
     return own;

@@ -1,5 +1,6 @@
 #include "platform/program_folder.h"
 
+#include "build_choices.h"
 #include "platform/windows/ansi_text.h"
 #include "platform/windows/own_folders.h"
 #include "platform/windows/quiet_errors.h"
@@ -18,6 +19,7 @@ namespace {
 
 constexpr const char* settingsFile = "\\Settings.ini";
 constexpr const char* folderName = "\\orvanta-usbtool";
+constexpr const char* nobodysFolder = "\\nobody"; // never there: nothing is written
 constexpr std::size_t longestPath = 32768;
 
 std::wstring moduleFile() {
@@ -88,9 +90,9 @@ std::string programFolder() {
 std::string settingsFolder() {
     const QuietErrors quiet;
     std::string program = programFolder();
-    if (takesSettings(program)) return program;
+    if (base::portable && takesSettings(program)) return program;
     std::string own = userConfigFolder();
-    if (own.empty()) return program;
+    if (own.empty()) return base::portable ? program : program + nobodysFolder;
     // When it fails, writing the settings does, and that is reported there.
     CreateDirectoryA(nearestAnsi(own).c_str(), nullptr);
     return own;

@@ -1,0 +1,20 @@
+# What a builder chooses. It goes, with the project's version, into the generated build_choices.h and into Server.ini.
+set(ORVANTA_UPDATE_SERVER "http://update.orvanta.example" CACHE STRING "Scheme and host of the update server")
+set(ORVANTA_UPDATE_PAGE "www.orvanta.example" CACHE STRING "Host of the page that offers the program")
+set(ORVANTA_WEB_HOST "www.brellix.example" CACHE STRING "The distributor's web host")
+set(ORVANTA_HANDBOOK_FOLDER "" CACHE STRING "Folder of the handbook; empty: beside the program")
+option(ORVANTA_PORTABLE "Settings beside the program, where the user may write there" ON)
+
+# orvanta_build_choices(FOLDER): FOLDER/build_choices.h.
+function(orvanta_build_choices folder)
+  if(ORVANTA_PORTABLE)
+    set(ORVANTA_PORTABLE_VALUE true)
+  else()
+    set(ORVANTA_PORTABLE_VALUE false)
+  endif()
+  configure_file(${PROJECT_SOURCE_DIR}/cmake/build_choices.h.in ${folder}/build_choices.h @ONLY)
+endfunction()
+
+orvanta_build_choices(${PROJECT_BINARY_DIR}/configured)
+configure_file(${PROJECT_SOURCE_DIR}/data/Server.ini.in ${PROJECT_BINARY_DIR}/configured/Server.ini @ONLY
+  NEWLINE_STYLE WIN32)
