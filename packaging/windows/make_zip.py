@@ -51,7 +51,8 @@ def source_time():
 
 def dos_text(file):
     """Text files for people, as Notepad of every Windows shows them."""
-    return file.read_text(encoding="utf-8").replace("\n", "\r\n").encode("utf-8-sig")
+    text = file.read_text(encoding="utf-8").replace("@PROJECT_VERSION@", version())
+    return text.replace("\n", "\r\n").encode("utf-8-sig")
 
 
 def stripped(program, folder):
@@ -64,6 +65,7 @@ def stripped(program, folder):
 def contents(build, folder):
     """{name in the archive: bytes}"""
     files = {file.name: file.read_bytes() for file in (ROOT / "data" / "program").iterdir()}
+    files["Server.ini"] = (build / "program" / "Server.ini").read_bytes()
     for name in LARGEST:
         files[name] = stripped(build / "program" / name, folder)
     files["LIESMICH.txt"] = dos_text(ROOT / "packaging" / "windows" / "LIESMICH.txt")
