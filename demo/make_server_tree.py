@@ -5,12 +5,15 @@
 
 OUTDIR/orvanta/download/ then holds the version file, the news line, the catalog, and every firmware and channel
 list that the catalog names, each with ".txt" behind its name. The same call always writes the same bytes: the texts
-come from content/, the rest is computed.
+come from content/, the version is the program's, the rest is computed.
 """
 
 import hashlib
 import sys
 from pathlib import Path
+
+sys.path.insert(0, str(Path(__file__).resolve().parent.parent / "scripts"))
+from version import program_version  # noqa: E402
 
 CONTENT = Path(__file__).resolve().parent / "content"
 COUNTRIES = ("at", "de", "it", "fr", "es")  # order of the five channel lists in a catalog line
@@ -87,7 +90,7 @@ def main() -> int:
     folder = Path(sys.argv[1]) / "orvanta" / "download"
     folder.mkdir(parents=True, exist_ok=True)
     # The version file is compared to the last character: no line end, so no conversion.
-    (folder / "usb-version.txt").write_bytes((CONTENT / "usb-version.txt").read_bytes())
+    (folder / "usb-version.txt").write_text(program_version(), encoding="ascii")
     for name in ("usb-news.csv", "usb-list.csv"):
         (folder / name).write_bytes(to_ansi((CONTENT / name).read_text(encoding="utf-8")))
     for line in (CONTENT / "usb-list.csv").read_text(encoding="utf-8").splitlines():

@@ -24,6 +24,9 @@ import zipfile
 from pathlib import Path
 
 ROOT = Path(__file__).resolve().parent.parent.parent
+sys.path.insert(0, str(ROOT / "scripts"))
+from version import program_version  # noqa: E402
+
 PROGRAM = "orvanta-usbtool.exe"
 LARGEST = {PROGRAM: 3_000_000, "fat32format.exe": 500_000}  # the programs, and how many bytes they may have
 TOOLS = "x86_64-w64-mingw32-"
@@ -40,10 +43,6 @@ def run(*command, **options):
     return subprocess.run(command, check=True, text=True, stdout=subprocess.PIPE, **options).stdout
 
 
-def version():
-    return re.search(r"^project\(\S+ VERSION ([\d.]+)", (ROOT / "CMakeLists.txt").read_text(), re.MULTILINE)[1]
-
-
 def source_time():
     given = os.environ.get("SOURCE_DATE_EPOCH")
     return int(given or run("git", "-C", ROOT, "log", "-1", "--format=%ct"))
@@ -51,7 +50,7 @@ def source_time():
 
 def dos_text(file):
     """Text files for people, as Notepad of every Windows shows them."""
-    text = file.read_text(encoding="utf-8").replace("@PROJECT_VERSION@", version())
+    text = file.read_text(encoding="utf-8").replace("@PROJECT_VERSION@", program_version())
     return text.replace("\n", "\r\n").encode("utf-8-sig")
 
 
@@ -107,7 +106,7 @@ def make(build, output, seconds):
     wrong = [complaint for name in LARGEST for complaint in complaints(name, files[name], build)]
     if wrong:
         sys.exit("\n".join(wrong))
-    target = output / f"orvanta-usbtool-{version()}-windows-x64.zip"
+    target = output / f"orvanta-usbtool-{program_version()}-windows-x64.zip"
     write_zip(target, files, seconds)
     return target, {name: len(files[name]) for name in LARGEST}
 

@@ -9,10 +9,11 @@ from pathlib import Path
 
 ROOT = Path(__file__).resolve().parent.parent.parent
 BUILD = Path(os.environ.get("USBTOOL_BUILD", ROOT / "build"))
-sys.path[:0] = [str(ROOT / "tests" / "driver"), str(ROOT / "tests" / "support")]
+sys.path[:0] = [str(ROOT / "tests" / "driver"), str(ROOT / "tests" / "support"), str(ROOT / "scripts")]
 
 from driver import Drive, Program  # noqa: E402
 from fault_server import FaultServer, body, slow  # noqa: E402,F401
+from version import program_version  # noqa: E402
 
 MIB = 1 << 20
 BENCH = BUILD / "tests" / "bench"
@@ -74,7 +75,7 @@ def status_value(pid, key):
 
 def server_files(firmware, settings):
     return {
-        "usb-version.txt": b"1.5",
+        "usb-version.txt": program_version().encode(),
         "usb-news.csv": b"a;b;c;d\r\n",
         "usb-list.csv": catalog("firmware.bin", "list.bin"),
         "firmware.bin.txt": firmware,

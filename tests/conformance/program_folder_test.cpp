@@ -1,5 +1,6 @@
 #include "platform/program_folder.h"
 
+#include "build_choices.h"
 #include "platform/files.h"
 #include "tests/conformance/environment.h"
 #include "tests/conformance/scratch_files.h"
@@ -43,6 +44,7 @@ TEST(ProgramFolder, DoesNotDependOnTheCurrentFolder) {
 }
 
 TEST(ProgramFolder, IsWhereTheSettingsAreWhenItIsWritable) {
+    if (!base::portable) GTEST_SKIP() << "this build is not portable";
     EXPECT_EQ(settingsFolder(), programFolder());
 }
 

@@ -49,7 +49,7 @@ TEST_F(Closing, AsksOnceAfterAnEdit) {
     ASSERT_EQ(computer().messages.size(), 1U);
     EXPECT_EQ(computer().messages[0].text, "Sie haben Informationen abgeändert.\r\nWollen Sie speichern?");
     EXPECT_EQ(computer().messages[0].style, 68);
-    EXPECT_EQ(computer().messages[0].title, "Orvanta USB-Stick Internetupdate Tool 1.5");
+    EXPECT_EQ(computer().messages[0].title, unit::title);
 }
 
 TEST_F(Closing, YesSavesThePathAndCloses) {
@@ -85,9 +85,8 @@ TEST_F(Closing, GoesInOrder) {
     edit("Firmware");
     computer().journal.clear();
     close();
-    EXPECT_EQ(computer().journal,
-              (std::vector<std::string>{"message Orvanta USB-Stick Internetupdate Tool 1.5",
-                                        "write D:\\USB.ini", "write /opt/tool\\Settings.ini"}));
+    EXPECT_EQ(computer().journal, (std::vector<std::string>{"message " + unit::title, "write D:\\USB.ini",
+                                                            "write /opt/tool\\Settings.ini"}));
     EXPECT_EQ(computer().routedWindows, std::vector<std::intptr_t>(2, fake::windowHandle));
     EXPECT_NE(computer().procedure, nullptr);
     computer().procedure(fake::windowHandle, platform::deviceChangeMessage, platform::deviceArrival, 0);

@@ -1,5 +1,6 @@
 // What is read from the command line.
 #include "app/command_line.h"
+#include "title.h"
 
 #include <gtest/gtest.h>
 
@@ -15,7 +16,7 @@ std::optional<std::string> answer(std::vector<const char*> arguments) {
 } // namespace
 
 TEST(CommandLine, TheVersionIsTold) {
-    EXPECT_EQ(answer({"--version"}), "Orvanta USB-Stick Internetupdate Tool 1.5\n");
+    EXPECT_EQ(answer({"--version"}), unit::title + "\n");
 }
 
 TEST(CommandLine, TheHelpNamesBothOptions) {

@@ -23,7 +23,7 @@ TEST_F(IntervalText, WithoutAValueTheUserIsTold) {
     ASSERT_EQ(computer().messages.size(), 1U);
     EXPECT_EQ(computer().messages[0].text, "Kein Wert eingegeben. Es wird autom. 20 minuten eingetragen");
     EXPECT_EQ(computer().messages[0].style, 64);
-    EXPECT_EQ(computer().messages[0].title, "Orvanta USB-Stick Internetupdate Tool 1.5");
+    EXPECT_EQ(computer().messages[0].title, unit::title);
 }
 
 TEST_F(IntervalText, UpToSixtyAreMinutes) {

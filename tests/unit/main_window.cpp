@@ -60,7 +60,7 @@ ProgramRun::ProgramRun() {
         putFile("/opt/tool\\receiver" + std::to_string(i) + ".bmp", "picture");
     putFile("/opt/tool\\autorun.inf", "[autorun]\r\n");
     putFile("/opt/tool\\orvantastick.ico", "icon");
-    computer().web[serverFile("usb-version.txt")] = "1.5";
+    computer().web[serverFile("usb-version.txt")] = base::programVersion;
     computer().web[serverFile("usb-news.csv")] = "one;two;three;four\r\n";
     computer().web[serverFile("usb-list.csv")] = fileOf(fullCatalog());
     for (const auto& line : fullCatalog()) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "fake.h"
+#include "title.h"
 
 #include "app/frmMain.h"
 #include "app/program.h"

@@ -12,9 +12,9 @@ class Startup : public MainWindow {};
 
 TEST_F(Startup, TheTitleEndsInTheVersion) {
     start();
-    EXPECT_EQ(window().caption(), "Orvanta USB-Stick Internetupdate Tool 1.5");
+    EXPECT_EQ(window().caption(), unit::title);
     EXPECT_EQ(base::CRLF, "\r\n");
-    EXPECT_EQ(window::programVersion, "1.5");
+    EXPECT_EQ(window::programVersion, base::programVersion);
 }
 
 TEST_F(Startup, TheProgramWideObjectsAreThere) {

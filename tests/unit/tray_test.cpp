@@ -147,7 +147,7 @@ TEST_F(TrayOfTheProgram, ShowsTheTitleAndTheStick) {
     ASSERT_FALSE(computer().trayCalls.empty());
     const auto& record = computer().trayCalls.back().record;
     const std::string tip(record.begin() + 24, record.end());
-    EXPECT_TRUE(tip.starts_with(std::string("Orvanta USB-Stick Internetupdate Tool 1.5") + '\0'));
+    EXPECT_TRUE(tip.starts_with(unit::title + '\0'));
     EXPECT_EQ(record[20], 104);
     EXPECT_EQ(fake::nameOf(program.Tray->TrayIcon_Icon()), "icon 104");
 }

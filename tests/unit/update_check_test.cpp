@@ -152,7 +152,7 @@ TEST_F(UpdateCheck, MissingNewsAreTheEnd) {
 }
 
 TEST_F(UpdateCheck, AnotherVersionIsRefused) {
-    serve("usb-version.txt", "1.6");
+    serve("usb-version.txt", "99.9");
     start();
     const auto files = computer().files.size();
     tick();
@@ -180,7 +180,7 @@ TEST_F(UpdateCheck, AnotherVersionIsRefused) {
 }
 
 TEST_F(UpdateCheck, TheUpdatePageIsOpenedAfterTheMessageAndWithoutAChooser) {
-    serve("usb-version.txt", "1.6");
+    serve("usb-version.txt", "99.9");
     computer().shellCodes["http://www.orvanta.example"] = 31;
     start();
     computer().journal.clear();
@@ -192,7 +192,11 @@ TEST_F(UpdateCheck, TheUpdatePageIsOpenedAfterTheMessageAndWithoutAChooser) {
 }
 
 TEST_F(UpdateCheck, AnyDifferenceIsAnotherVersion) {
-    for (const char* version : {"1.5\r\n", "1.50", " 1.5", "1,5", "1.4", "<html>404</html>"}) {
+    const std::string own(base::programVersion);
+    std::string withComma = own;
+    withComma.replace(own.find('.'), 1, ",");
+    for (const std::string& version : {own + "\r\n", own + "0", " " + own, withComma, std::string("1.4"),
+                                       std::string("<html>404</html>")}) {
         SCOPED_TRACE(version);
         toolkit::resetEnding();
         computer().messages.clear();

@@ -41,7 +41,7 @@ TEST_F(VolumeLabel, TwelveCharactersAreRefusedAndSelectedFromTheTwelfthOn) {
     ASSERT_EQ(computer().messages.size(), 1U);
     EXPECT_EQ(computer().messages[0].text, "maximale Länge der Datenträgerbezeichnung ist 11 Zeichen");
     EXPECT_EQ(computer().messages[0].style, 64);
-    EXPECT_EQ(computer().messages[0].title, "Orvanta USB-Stick Internetupdate Tool 1.5");
+    EXPECT_EQ(computer().messages[0].title, unit::title);
     EXPECT_EQ(window().txtDT_Cap.selection(), (toolkit::TextBox::Selection{11, 1}));
     EXPECT_EQ(window().txtDT_Cap.text(), "123456789012");
     rename("ÄÖÜäöüßÄÖÜäöüß");

@@ -27,8 +27,8 @@ from fault_server import FaultServer  # noqa: E402
 from server_files import FIRMWARE, NEWS, ROWS, SETTINGS, VERSION, catalog  # noqa: E402
 from side_by_side import Tables  # noqa: E402
 
-TITLE = "Orvanta USB-Stick Internetupdate Tool 1.5"
 REPORT_TITLE = "Orvanta USB-Stick Internetupdate Tool"
+TITLE = f"{REPORT_TITLE} {VERSION.decode()}"
 COPIED = {"autorun.inf": None, "orvantastick.ico": None}  # onto every stick, from the program's folder
 SHIPPED = Path(os.environ.get("USBTOOL_PROGRAM", BUILD / "program" / "orvanta-usbtool")).parent
 DOWNLOADS = "/orvanta/download/"

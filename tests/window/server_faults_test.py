@@ -5,7 +5,7 @@ import unittest
 
 from case import CONNECTION_ERROR, COPIED, GIB, MIB, WindowCase
 from fault_server import RefusedPort, body, chunked, generated, missing, redirect, reset, truncated
-from server_files import FIRMWARE, SETTINGS, catalog
+from server_files import FIRMWARE, SETTINGS, VERSION, catalog
 from side_by_side import side_by_side
 
 NO_CONNECTION_IN_JOB = ("Es konnte keine Verbindung hergestellt werden!\n"
@@ -53,7 +53,7 @@ class Unreachable(WindowCase):
 
     def test_a_redirect_to_a_file_of_this_machine(self):
         version = self.home / "version"
-        version.write_bytes(b"1.5")
+        version.write_bytes(VERSION)
         self.serve("usb-version.txt", redirect(version.as_uri()))
         self.expect_no_connection(self.start())
 

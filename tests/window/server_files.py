@@ -1,9 +1,15 @@
 """What the update server of these tests offers, and names that nothing may be called."""
 
+import sys
+from pathlib import Path
+
+sys.path.insert(0, str(Path(__file__).resolve().parents[2] / "scripts"))
+from version import program_version  # noqa: E402
+
 # Every byte value, among them NUL and those that Windows-1252 leaves undefined, in more than one read of 2048 bytes.
 FIRMWARE = bytes(range(256)) * 40
 SETTINGS = bytes(range(255, -1, -1)) * 20
-VERSION = b"1.5"
+VERSION = program_version().encode()
 NEWS = "Neu: der SR 900;Weiß und Grau für 199 €;Größere Schrift;Fragen?".encode("cp1252")
 
 

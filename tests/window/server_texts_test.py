@@ -4,7 +4,7 @@ import unittest
 
 from case import CONFIRMATION, COPIED, SLOWNESS, SUCCESS, WindowCase
 from fault_server import chunked, generated, missing, redirect, reset, slow, truncated
-from server_files import FIRMWARE, SETTINGS, catalog, row
+from server_files import FIRMWARE, SETTINGS, VERSION, catalog, row
 from side_by_side import each, side_by_side
 
 OUTDATED = ("Eine neue Version des Programmes ist verfügbar!\n\n"
@@ -28,10 +28,10 @@ class Version(WindowCase):
         self.expect_outdated(self.start())
 
     def test_a_line_end_behind_it(self):
-        self.expect_outdated_with(b"1.5\r\n")
+        self.expect_outdated_with(VERSION + b"\r\n")
 
     def test_another_digit(self):
-        self.expect_outdated_with(b"1.50")
+        self.expect_outdated_with(VERSION + b"0")
 
     def test_an_error_page(self):
         self.expect_outdated_with(missing())
@@ -44,7 +44,7 @@ class Version(WindowCase):
         self.expect_no_connection_with(truncated(b"1.", 3))
 
     def test_cut_off_behind_what_would_do(self):
-        self.expect_no_connection_with(truncated(b"1.5", 100))
+        self.expect_no_connection_with(truncated(VERSION, 100))
 
     def test_reset(self):
         self.expect_no_connection_with(reset(b"1.", 3))
@@ -53,7 +53,7 @@ class Version(WindowCase):
         self.expect_no_connection_with(chunked(b"1.", cut=True))
 
     def test_chunks(self):
-        self.serve("usb-version.txt", chunked(b"1.5", piece=1))
+        self.serve("usb-version.txt", chunked(VERSION, piece=1))
         self.start_loaded()
 
     def test_nothing(self):
@@ -61,11 +61,11 @@ class Version(WindowCase):
         self.expect_no_connection(self.start())
 
     def test_complete_before_the_connection_breaks(self):
-        self.serve("usb-version.txt", reset(b"1.5", 3))
+        self.serve("usb-version.txt", reset(VERSION, 3))
         self.start_loaded()
 
     def test_in_pieces(self):
-        self.serve("usb-version.txt", slow(b"1.5", 1, 0.2))
+        self.serve("usb-version.txt", slow(VERSION, 1, 0.2))
         self.start_loaded()
 
     def test_without_end(self):

@@ -5,7 +5,7 @@ import unittest
 
 from case import CONNECTION_ERROR, COPIED, SLOWNESS, SUCCESS, WindowCase
 from fault_server import silent, slow
-from server_files import FIRMWARE, SETTINGS
+from server_files import FIRMWARE, SETTINGS, VERSION
 from side_by_side import side_by_side
 
 SILENCE = 30
@@ -48,7 +48,7 @@ class Silent(WindowCase):
         self.close(program)
 
     def test_after_half_of_the_version(self):
-        self.serve("usb-version.txt", silent(b"1.", 3))
+        self.serve("usb-version.txt", silent(VERSION[:2], 3))
         self.expect_no_connection(self.start())
 
     def test_in_the_middle_of_the_catalog(self):
@@ -111,7 +111,7 @@ class Silent(WindowCase):
         self.assertTrue((program.folder / "Settings.ini").exists())
 
     def test_closed_while_a_byte_a_second_comes(self):
-        self.serve("usb-version.txt", slow(b"1.5" * 20, 1, 1.0))
+        self.serve("usb-version.txt", slow(VERSION * 20, 1, 1.0))
         program = self.start()
         program.wait_window("frmMain")
         self.wait_asked("usb-version.txt")

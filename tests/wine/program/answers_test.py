@@ -6,7 +6,7 @@ import unittest
 from windows_case import WindowsCase
 
 from fault_server import silent, slow
-from server_files import FIRMWARE
+from server_files import FIRMWARE, VERSION
 from side_by_side import side_by_side
 
 SILENCE = 30  # seconds that the program waits for a server
@@ -57,7 +57,7 @@ class LivingWindow(WindowsCase):
         self.expect_stick({})
 
     def test_a_byte_a_second(self):
-        program = self.start_asking(slow(b"1.5" * 30, 1, 1.0))
+        program = self.start_asking(slow(VERSION * 30, 1, 1.0))
         self.expect_answers(program)
         program.close()
         self.expect_end(program)
