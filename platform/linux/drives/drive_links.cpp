@@ -3,6 +3,7 @@
 #include "base/letters.h"
 #include "base/whole_number.h"
 #include "platform/linux/base/folder_reader.h"
+#include "platform/linux/base/runtime_folder.h"
 #include "platform/linux/base/unique_fd.h"
 
 #include <algorithm>
@@ -10,7 +11,6 @@
 #include <cerrno>
 #include <climits>
 #include <csignal>
-#include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
 #include <string_view>
@@ -30,13 +30,6 @@ constexpr mode_t others = S_IWGRP | S_IWOTH;
 /// What a link's name consists of behind its letter; with the latter ends it is not in its place yet.
 constexpr std::array<std::string_view, 4> nameEnds = {":", ":.disk", ":new", ":.disknew"};
 
-/// One of the XDG base directories; without the variable the place that systems use in fact.
-std::string runtimePath() {
-    const char* given = std::getenv("XDG_RUNTIME_DIR"); // NOLINT(concurrency-mt-unsafe): nobody sets it
-    if (given != nullptr && given[0] == '/') return given;
-    return "/run/user/" + std::to_string(getuid());
-}
-
 /// A folder, or why it is not to be used.
 struct Folder {
     UniqueFd fd;
@@ -48,8 +41,8 @@ Folder refused(const std::string& path, const std::string& reason) {
 }
 
 /// It may be the one of another user: "su" and "sudo -E" leave the variable as it is.
-Folder runtimeFolder() {
-    const std::string path = runtimePath();
+Folder openRuntimeFolder() {
+    const std::string path = runtimeFolder();
     UniqueFd folder(open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     struct stat status = {};
     if (!folder && errno == ENOENT) return {};
@@ -69,7 +62,7 @@ UniqueFd openOwn(int parent, const std::string& name) {
 }
 
 Folder makeOwn(int parent, const std::string& name) {
-    const std::string path = runtimePath() + " in it: " + name;
+    const std::string path = runtimeFolder() + " in it: " + name;
     if (mkdirat(parent, name.c_str(), usersAlone) != 0 && errno != EEXIST)
         return refused(path, std::strerror(errno));
     UniqueFd folder = openOwn(parent, name);
@@ -166,7 +159,7 @@ void removeOthers(int folder, const DriveLinks::Targets& targets) {
 } // namespace
 
 std::string DriveLinks::tryToShow(const Targets& targets) {
-    const Folder runtime = runtimeFolder();
+    const Folder runtime = openRuntimeFolder();
     if (!runtime.fd) return runtime.problem;
     const Folder common = makeOwn(runtime.fd.get(), commonName);
     if (!common.fd) return common.problem;
@@ -188,7 +181,7 @@ void DriveLinks::show(const Targets& targets) {
 void DriveLinks::remove() {
     if (!shown_) return;
     shown_ = false;
-    const Folder runtime = runtimeFolder();
+    const Folder runtime = openRuntimeFolder();
     if (!runtime.fd) return;
     if (const UniqueFd common = openOwn(runtime.fd.get(), commonName)) removeFolder(common.get(), ownName());
     unlinkat(runtime.fd.get(), commonName, AT_REMOVEDIR); // unless another program runs

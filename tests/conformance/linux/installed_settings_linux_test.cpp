@@ -37,7 +37,7 @@ TEST(InstalledSettings, OfSomebodyWithoutAHomeAreNowhere) {
 TEST(InstalledSettings, OfRootAreRoots) {
     if (geteuid() != 0) GTEST_SKIP() << "only root may write into every folder";
     unsetenv("XDG_CONFIG_HOME");
-    const std::string home = testing::TempDir() + "/installed-root";
+    const std::string home = testing::TempDir() + "installed-root";
     setenv("HOME", home.c_str(), 1);
     EXPECT_EQ(settingsFolder(), home + "/.config/orvanta-usbtool");
     std::filesystem::remove_all(home);

@@ -1,6 +1,7 @@
 // Where the settings are when the program folder is not the user's: asked as a user without rights.
 #include "platform/program_folder.h"
 
+#include "build_choices.h"
 #include "platform/files.h"
 #include "tests/conformance/scratch_files.h"
 
@@ -88,6 +89,7 @@ TEST_F(SettingsFolder, FollowsTheConfigurationVariable) {
 
 TEST_F(SettingsFolder, AProgramFolderOfAnothersSettingsIsNotWritable) {
     NEEDS_ROOT();
+    if (!base::portable) GTEST_SKIP() << "this build is not portable";
     const fs::path program = programFolder();
     const auto before = fs::status(program).permissions();
     fs::permissions(program, fs::perms::others_write, fs::perm_options::add);

@@ -69,7 +69,7 @@ protected:
 
     /// For each the folder, or else the reason, never both.
     std::string find(const Child& parent) const {
-        const LinkTable table = findLinkTable(common(), parent.id());
+        const LinkTable table = findLinkTable(common(), parent.id(), geteuid());
         EXPECT_NE(table.folder().empty(), table.problem().empty());
         return table.folder().empty() ? table.problem() : table.folder().string();
     }
@@ -152,7 +152,7 @@ TEST_F(LinkTableOf, DriveAndItsDisk) {
     const fs::path folder = show(one);
     fs::create_symlink("/dev/null", folder / "e:");
     fs::create_symlink("sequence=7,size=512,serial=A%20B", folder / "e:.disk");
-    const LinkTable table = findLinkTable(common(), one.id());
+    const LinkTable table = findLinkTable(common(), one.id(), geteuid());
     const auto target = table.target('E');
     ASSERT_TRUE(target.has_value());
     EXPECT_EQ(target->node, "/dev/null");
@@ -163,7 +163,7 @@ TEST_F(LinkTableOf, DriveAndItsDisk) {
 TEST_F(LinkTableOf, DriveWithoutADiskThatCanBeTold) {
     const fs::path folder = show(one);
     fs::create_symlink("/dev/null", folder / "e:");
-    const LinkTable table = findLinkTable(common(), one.id());
+    const LinkTable table = findLinkTable(common(), one.id(), geteuid());
     EXPECT_FALSE(table.target('E')->disk.has_value());
     std::ofstream(folder / "e:.disk") << "sequence=7,size=512,serial=A";
     EXPECT_FALSE(table.target('E')->disk.has_value()) << "no link";
@@ -176,7 +176,7 @@ TEST_F(LinkTableOf, DriveWithoutADiskThatCanBeTold) {
 TEST_F(LinkTableOf, FolderThatIsExchangedAfterwards) {
     const fs::path folder = show(one);
     fs::create_symlink("/dev/null", folder / "e:");
-    const LinkTable table = findLinkTable(common(), one.id());
+    const LinkTable table = findLinkTable(common(), one.id(), geteuid());
     fs::rename(folder, base / "away");
     show(one);
     fs::create_symlink("/dev/zero", folder / "e:");
@@ -191,4 +191,15 @@ TEST_F(LinkTableOf, FolderOfAnotherUser) {
         EXPECT_TRUE(says(find(one), "Others than the user")) << folder;
         ASSERT_EQ(chown(folder.c_str(), 0, 0), 0);
     }
+}
+
+/// Root reads the table of the user who has asked for it, and of nobody else.
+TEST_F(LinkTableOf, UserBehindPkexec) {
+    if (geteuid() != 0) GTEST_SKIP() << "only root can give a folder away";
+    constexpr uid_t user = 65534;
+    const fs::path own = show(one);
+    for (const fs::path& folder : {own, common()})
+        ASSERT_EQ(chown(folder.c_str(), user, user), 0);
+    EXPECT_EQ(findLinkTable(common(), shell.id(), user).folder(), own);
+    EXPECT_TRUE(says(findLinkTable(common(), shell.id(), user - 1).problem(), "Others than the user"));
 }

@@ -24,10 +24,10 @@ using platform::linux::UniqueFd;
 
 constexpr const char* notRunning = "There is no table of drives: the program orvanta-usbtool does not run.";
 
-bool isUsersAlone(int folder) {
+bool belongsAlone(int folder, uid_t owner) {
     struct stat info {};
     if (fstat(folder, &info) != 0) return false;
-    return info.st_uid == geteuid() && (info.st_mode & (S_IRWXG | S_IRWXO)) == 0;
+    return info.st_uid == owner && (info.st_mode & (S_IRWXG | S_IRWXO)) == 0;
 }
 
 /// Whether a folder's name is the id of one of the user's processes.
@@ -43,24 +43,24 @@ struct Found {
     std::string problem;
 };
 
-Found openOwn(int parent, const fs::path& name, const fs::path& shown) {
+Found openOwn(int parent, const fs::path& name, const fs::path& shown, uid_t owner) {
     UniqueFd folder(openat(parent, name.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
     if (!folder && errno == ENOENT) return {};
     if (!folder && errno != ELOOP && errno != ENOTDIR)
         return {{}, "The table of drives in " + shown.string() + " cannot be read."};
-    if (!folder || !isUsersAlone(folder.get()))
+    if (!folder || !belongsAlone(folder.get(), owner))
         return {{}, "Others than the user may change the table of drives in " + shown.string() + '.'};
     return {std::move(folder), {}};
 }
 
-LinkTable openTable(int common, const fs::path& shown, const std::string& name) {
-    Found found = openOwn(common, name, shown / name);
+LinkTable openTable(int common, const fs::path& shown, const std::string& name, uid_t owner) {
+    Found found = openOwn(common, name, shown / name, owner);
     if (!found.problem.empty()) return LinkTable(found.problem);
     if (!found.folder) return {};
     return {shown / name, std::move(found.folder)};
 }
 
-LinkTable onlyTable(int common, const fs::path& shown) {
+LinkTable onlyTable(int common, const fs::path& shown, uid_t owner) {
     FolderNames all = readNames(common);
     if (all.error != 0) return LinkTable("The table of drives in " + shown.string() + " cannot be read.");
     std::erase_if(all.names, [](const std::string& name) { return !isOfALivingProcess(name); });
@@ -68,7 +68,7 @@ LinkTable onlyTable(int common, const fs::path& shown) {
     if (all.names.size() > 1)
         return LinkTable(
             "The program orvanta-usbtool runs more than once, each time with drive letters of its own.");
-    LinkTable table = openTable(common, shown, all.names.front());
+    LinkTable table = openTable(common, shown, all.names.front(), owner);
     const bool hasEnded = table.folder().empty() && table.problem().empty();
     return hasEnded ? LinkTable(notRunning) : std::move(table);
 }
@@ -94,13 +94,13 @@ std::optional<Target> LinkTable::target(char letter) const {
     return Target{real.string(), disk ? parseIdentity(*disk) : std::nullopt};
 }
 
-LinkTable findLinkTable(const fs::path& common, pid_t parent) {
-    const Found found = openOwn(AT_FDCWD, common, common);
+LinkTable findLinkTable(const fs::path& common, pid_t parent, uid_t owner) {
+    const Found found = openOwn(AT_FDCWD, common, common, owner);
     if (!found.problem.empty()) return LinkTable(found.problem);
     if (!found.folder) return LinkTable(notRunning);
-    LinkTable own = openTable(found.folder.get(), common, std::to_string(parent));
+    LinkTable own = openTable(found.folder.get(), common, std::to_string(parent), owner);
     if (!own.folder().empty() || !own.problem().empty()) return own;
-    return onlyTable(found.folder.get(), common);
+    return onlyTable(found.folder.get(), common, owner);
 }
 
 } // namespace fat32format

@@ -34,7 +34,7 @@ private:
 
 /// Each running program has a folder, called by its process id, in the common one, and letters of its own.
 /// The table is that of the parent process; of no parent that has one, the only one of a living process.
-/// Folders that are links, or that others than the user could look into or change, do not count.
-LinkTable findLinkTable(const std::filesystem::path& common, pid_t parent);
+/// Folders that are links, or that others than their owner could look into or change, do not count.
+LinkTable findLinkTable(const std::filesystem::path& common, pid_t parent, uid_t owner);
 
 } // namespace fat32format

@@ -1,10 +1,10 @@
 #include "tools/fat32format/linux/linux_system.h"
 
+#include "platform/linux/base/runtime_folder.h"
 #include "tools/fat32format/linux/held_device.h"
 #include "tools/fat32format/linux/udisks_access.h"
 
 #include <cerrno>
-#include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
 #include <filesystem>
@@ -20,13 +20,16 @@ namespace fat32format {
 namespace {
 
 namespace fs = std::filesystem;
-using platform::linux::UniqueFd;
+using namespace platform::linux;
 
-/// One of the XDG base directories; without the variable the place that systems use in fact.
-fs::path runtimeFolder() {
-    const char* given = std::getenv("XDG_RUNTIME_DIR"); // NOLINT(concurrency-mt-unsafe): nobody sets it
-    if (given != nullptr && given[0] == '/') return given;
-    return "/run/user/" + std::to_string(getuid());
+/// The program may run as the user who has started the formatter by pkexec, which hands on nothing but who
+/// that is; or as root, as the formatter itself does.
+LinkTable tableOfDrives() {
+    const fs::path name = "orvanta-usbtool";
+    LinkTable own = findLinkTable(fs::path(runtimeFolder()) / name, getppid(), geteuid());
+    const auto user = userBehindPkexec();
+    if (!user || !own.folder().empty()) return own;
+    return findLinkTable(fs::path(usualRuntimeFolder(*user)) / name, getppid(), *user);
 }
 
 std::optional<dev_t> deviceNumber(const std::string& node) {
@@ -45,7 +48,7 @@ OpenedNode openNode(const std::string& node, int flags) {
 
 } // namespace
 
-LinuxSystem::LinuxSystem() : table_(findLinkTable(runtimeFolder() / "orvanta-usbtool", getppid())) {}
+LinuxSystem::LinuxSystem() : table_(tableOfDrives()) {}
 
 std::string LinuxSystem::tableProblem() {
     return table_.problem();
