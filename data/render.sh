@@ -54,6 +54,10 @@ for name in 103 104; do
     icon "$name" "icons/$name.ico" 48
     cp "$work/$name"-*.png icons/
 done
+for size in 22 512; do # besides, for the menus of Linux desktops
+    png 103 "$size" "icons/103-$size.png"
+    optipng -quiet -o7 -nc -strip all "icons/103-$size.png"
+done
 icon orvantastick program/orvantastick.ico 256
 
 for name in file nofile; do

@@ -43,6 +43,10 @@ def run(*command, **options):
     return subprocess.run(command, check=True, text=True, stdout=subprocess.PIPE, **options).stdout
 
 
+def archive_name():
+    return f"orvanta-usbtool-{program_version()}-windows-x64.zip"
+
+
 def source_time():
     given = os.environ.get("SOURCE_DATE_EPOCH")
     return int(given or run("git", "-C", ROOT, "log", "-1", "--format=%ct"))
@@ -106,7 +110,7 @@ def make(build, output, seconds):
     wrong = [complaint for name in LARGEST for complaint in complaints(name, files[name], build)]
     if wrong:
         sys.exit("\n".join(wrong))
-    target = output / f"orvanta-usbtool-{program_version()}-windows-x64.zip"
+    target = output / archive_name()
     write_zip(target, files, seconds)
     return target, {name: len(files[name]) for name in LARGEST}
 

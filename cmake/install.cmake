@@ -1,0 +1,45 @@
+# What `cmake --install` puts where. On Linux the program folder lies below the folder of libraries, and the command is
+# a link into it; on Windows the program folder is all there is.
+set(installed_programs orvanta-usbtool)
+if(TARGET fat32format)
+  list(APPEND installed_programs fat32format)
+endif()
+
+if(WIN32)
+  install(TARGETS ${installed_programs} RUNTIME DESTINATION .)
+  install(FILES ${program_files} DESTINATION .)
+  return()
+endif()
+
+include(GNUInstallDirs)
+set(folder ${CMAKE_INSTALL_LIBDIR}/orvanta-usbtool)
+install(TARGETS ${installed_programs} RUNTIME DESTINATION ${folder})
+install(FILES ${program_files} DESTINATION ${folder})
+file(RELATIVE_PATH to_program ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR}/orvanta-usbtool/orvanta-usbtool)
+set(link ${PROJECT_BINARY_DIR}/configured/link/orvanta-usbtool)
+file(MAKE_DIRECTORY ${PROJECT_BINARY_DIR}/configured/link)
+file(CREATE_LINK ${to_program} ${link} SYMBOLIC)
+install(FILES ${link} DESTINATION ${CMAKE_INSTALL_BINDIR})
+
+# The day of the release is that of the build, unless SOURCE_DATE_EPOCH says another.
+set(linux ${PROJECT_SOURCE_DIR}/packaging/linux)
+set(made ${PROJECT_BINARY_DIR}/configured)
+string(TIMESTAMP ORVANTA_RELEASE_DAY "%Y-%m-%d" UTC)
+set(ORVANTA_PROGRAM_FOLDER ${CMAKE_INSTALL_FULL_LIBDIR}/orvanta-usbtool)
+configure_file(${linux}/orvanta-usbtool.metainfo.xml.in ${made}/orvanta-usbtool.metainfo.xml @ONLY)
+configure_file(${linux}/orvanta-usbtool.policy.in ${made}/orvanta-usbtool.policy @ONLY)
+install(FILES ${linux}/orvanta-usbtool.desktop DESTINATION ${CMAKE_INSTALL_DATADIR}/applications)
+install(FILES ${made}/orvanta-usbtool.metainfo.xml RENAME example.orvanta.usbtool.metainfo.xml
+  DESTINATION ${CMAKE_INSTALL_DATADIR}/metainfo)
+install(FILES ${made}/orvanta-usbtool.policy DESTINATION ${CMAKE_INSTALL_DATADIR}/polkit-1/actions)
+
+set(icons ${CMAKE_INSTALL_DATADIR}/icons/hicolor)
+foreach(size 16 22 24 32 48 64 128 256 512)
+  install(FILES ${PROJECT_SOURCE_DIR}/data/icons/103-${size}.png RENAME orvanta-usbtool.png
+    DESTINATION ${icons}/${size}x${size}/apps)
+endforeach()
+install(FILES ${PROJECT_SOURCE_DIR}/data/svg/103.svg RENAME orvanta-usbtool.svg DESTINATION ${icons}/scalable/apps)
+
+install(FILES ${linux}/orvanta-usbtool.1 ${PROJECT_SOURCE_DIR}/tools/fat32format/linux/fat32format.exe.1
+  DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+install(FILES ${linux}/orvanta-usbtool.de.1 RENAME orvanta-usbtool.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/de/man1)
