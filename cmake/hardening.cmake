@@ -22,9 +22,9 @@ else()
 endif()
 
 # Moves a program's debug information to the folder `debug-information` of the build, where debuggers are told to find
-# it. Not in a build for the debugger.
+# it. Not in a build for the debugger, nor in one for a distribution ("None"), which makes a package of it.
 function(orvanta_split_debug_information target)
-  if(WIN32 OR CMAKE_BUILD_TYPE STREQUAL "Debug" OR NOT CMAKE_OBJCOPY)
+  if(WIN32 OR CMAKE_BUILD_TYPE MATCHES "^(Debug|None)$" OR NOT CMAKE_OBJCOPY)
     return()
   endif()
   set(folder ${CMAKE_BINARY_DIR}/debug-information)
