@@ -1,0 +1,105 @@
+#!/usr/bin/env python3
+"""Makes the Debian package from the sources as they lie here, with its tests.
+
+packaging/linux/make_deb.py [--output FOLDER] [--check] [--version VERSION] [--no-tests]
+
+--output    where the packages go (build/packages)
+--check     makes it once more, without tests, in a folder of another name and depth, and compares the bytes
+--version   as if the sources were of that version: for the tests of an upgrade
+--no-tests  without the unit tests
+"""
+
+import argparse
+import hashlib
+import os
+import shutil
+import subprocess
+import sys
+import tempfile
+from pathlib import Path
+
+ROOT = Path(__file__).resolve().parent.parent.parent
+sys.path.insert(0, str(ROOT / "scripts"))
+from version import program_version  # noqa: E402
+
+NAME = "orvanta-usbtool"
+DAY_LATER = "Mon, 23 Nov 2026 12:00:00 +0000"  # of a version that is none yet
+
+
+def output_of(*command, **options):
+    return subprocess.run([str(word) for word in command], check=True, text=True, stdout=subprocess.PIPE, **options).stdout
+
+
+def copy_of_sources(folder):
+    """What git knows or would add; rights are everybody's umask."""
+    names = output_of("git", "-c", f"safe.directory={ROOT}", "-C", ROOT, "ls-files", "-z", "--cached", "--others",
+                      "--exclude-standard").split("\0")
+    for name in filter(None, names):
+        if (ROOT / name).is_file():
+            (folder / name).parent.mkdir(parents=True, exist_ok=True)
+            shutil.copy2(ROOT / name, folder / name)
+
+
+def pretend(folder, version):
+    own = program_version()
+    lists = folder / "CMakeLists.txt"
+    lists.write_text(lists.read_text().replace(f"VERSION {own} ", f"VERSION {version} ", 1))
+    changelog = folder / "debian" / "changelog"
+    text = changelog.read_text(encoding="utf-8")
+    author = next(line for line in text.splitlines() if line.startswith(" -- ")).partition(">")[0]
+    changelog.write_text(f"{NAME} ({version}) unstable; urgency=medium\n\n  * The next version.\n\n"
+                         f"{author}>  {DAY_LATER}\n\n{text}", encoding="utf-8")
+
+
+def build(sources, version, tests):
+    """The packages, and what else dpkg-buildpackage leaves beside the sources."""
+    copy_of_sources(sources)
+    if version != program_version():
+        pretend(sources, version)
+    environment = dict(os.environ, LC_ALL="C.UTF-8")
+    environment.pop("SOURCE_DATE_EPOCH", None)  # that of the changelog
+    if not tests:
+        environment["DEB_BUILD_OPTIONS"] = "nocheck"
+        environment["DEB_BUILD_PROFILES"] = "nocheck"
+    log = sources.parent / "build.log"
+    with open(log, "w", encoding="utf-8") as output:
+        done = subprocess.run(["dpkg-buildpackage", "--build=binary", "--unsigned-changes", "--no-sign"], cwd=sources,
+                              env=environment, stdin=subprocess.DEVNULL, stdout=output, stderr=subprocess.STDOUT,
+                              check=False)
+    if done.returncode != 0:
+        print("\n".join(log.read_text(encoding="utf-8", errors="replace").splitlines()[-60:]), file=sys.stderr)
+        sys.exit("The package could not be built.")
+    return sorted(path for path in sources.parent.iterdir() if path.suffix in (".deb", ".changes", ".buildinfo", ".log"))
+
+
+def digests(files):
+    return {file.name: hashlib.sha256(file.read_bytes()).hexdigest() for file in files if file.suffix == ".deb"}
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("--output", type=Path, default=ROOT / "build" / "packages")
+    parser.add_argument("--check", action="store_true")
+    parser.add_argument("--version", default=program_version())
+    parser.add_argument("--no-tests", action="store_true")
+    options = parser.parse_args()
+    options.output.mkdir(parents=True, exist_ok=True)
+    with tempfile.TemporaryDirectory(prefix="usbtool-package-") as folder:
+        made = build(Path(folder) / "sources", options.version, not options.no_tests)
+        first = digests(made)
+        for file in made:
+            target = f"{NAME}_{options.version}.build.log" if file.name == "build.log" else file.name
+            shutil.copy2(file, options.output / target)
+    for name, digest in first.items():
+        print(f"{options.output / name}: {(options.output / name).stat().st_size} bytes; SHA-256 {digest}")
+    if options.check:
+        os.environ.pop("CMAKE_CXX_COMPILER_LAUNCHER", None)  # nothing that the first build has left
+        with tempfile.TemporaryDirectory(prefix="usbtool-other-") as folder:
+            second = digests(build(Path(folder) / "another folder" / "sources", options.version, False))
+        if second != first:
+            sys.exit(f"A second build, in another folder, makes other packages: {second}")
+        print("A second build, in another folder, makes the same packages.")
+
+
+if __name__ == "__main__":
+    main()
