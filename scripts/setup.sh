@@ -10,7 +10,7 @@ declare -A packages=(
   [tests]="libgtest-dev dbus curl mtools dosfstools e2fsprogs openssl strace xvfb"
   [style]="clang-format-14 clang-tidy-14"
   [windows]="g++-mingw-w64-x86-64-posix googletest wine wine64 xvfb xauth imagemagick"
-  [desktop]="xvfb dbus openbox xfwm4 xfconf tint2 sway grim wtype weston qt6-wayland qt6ct qt6-gtk-platformtheme
+  [desktop]="xvfb dbus libglib2.0-bin openbox xfwm4 xfconf tint2 sway grim wtype weston qt6-wayland qt6ct qt6-gtk-platformtheme
              at-spi2-core gir1.2-atspi-2.0 orca python3-gi python3-xlib python3-pil locales fonts-dejavu-core"
   [hardware]="qemu-system-x86 debootstrap dosfstools mtools exfatprogs ntfs-3g fdisk"
   [portability]="debootstrap clang-14"

@@ -84,12 +84,14 @@ def main():
     parser.add_argument("--no-tests", action="store_true")
     options = parser.parse_args()
     options.output.mkdir(parents=True, exist_ok=True)
-    with tempfile.TemporaryDirectory(prefix="usbtool-package-") as folder:
-        made = build(Path(folder) / "sources", options.version, not options.no_tests)
-        first = digests(made)
-        for file in made:
-            target = f"{NAME}_{options.version}.build.log" if file.name == "build.log" else file.name
-            shutil.copy2(file, options.output / target)
+    folder = ROOT / "build" / "debian-package"  # always the same one, so that a compiler's cache knows it
+    shutil.rmtree(folder, ignore_errors=True)
+    made = build(folder / "sources", options.version, not options.no_tests)
+    first = digests(made)
+    for file in made:
+        target = f"{NAME}_{options.version}.build.log" if file.name == "build.log" else file.name
+        shutil.copy2(file, options.output / target)
+    shutil.rmtree(folder)
     for name, digest in first.items():
         print(f"{options.output / name}: {(options.output / name).stat().st_size} bytes; SHA-256 {digest}")
     if options.check:

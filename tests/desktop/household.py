@@ -11,7 +11,7 @@ sys.path[:0] = [str(ROOT / "tests" / folder) for folder in ("driver", "support",
 
 from assistant import ANSWER, FORMATTER, HEAD, QUESTION_TITLE, AssistantCase  # noqa: E402
 from case import CONFIRMATION, COPIED, REPORT_TITLE, SUCCESS, TITLE  # noqa: E402
-from driver import Program  # noqa: E402
+from driver import Program, server_ini  # noqa: E402
 from fault_server import silent, slow, truncated  # noqa: E402
 from server_files import FIRMWARE, SETTINGS  # noqa: E402
 
@@ -82,4 +82,4 @@ def ended(program):
 
 
 __all__ = ["ASSISTANT", "CONFIRMATION", "COPIED_NAMES", "DIALOG", "FIRMWARE", "FORMATTER", "QUESTION_TITLE",
-           "REPORT_TITLE", "SUCCESS", "TITLE", "DesktopProgram", "Household", "ended", "silent", "truncated"]
+           "REPORT_TITLE", "SUCCESS", "TITLE", "DesktopProgram", "Household", "ended", "server_ini", "silent", "truncated"]

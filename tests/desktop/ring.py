@@ -21,7 +21,7 @@ from report import PICTURES, RESULTS, GivenUp, Report  # noqa: E402
 
 # The long ones first: the others fill what they leave. Not two that make a Wine prefix.
 SCENES = ["windows", "progress", "speech", "keys-openbox", "keys-xfwm4", "focus-light", "focus-dark", "focus-large",
-          "placement-xfwm4", "placement-openbox", "fonts", "contrast-light", "contrast-dark", "weston", "sway", "tree"]
+          "placement-xfwm4", "placement-openbox", "fonts", "contrast-light", "contrast-dark", "weston", "sway", "tree", "menu"]
 AT_ONCE = 2
 LONGEST = 300  # seconds: a scene that takes longer hangs
 

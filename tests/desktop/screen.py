@@ -2,7 +2,7 @@
 
 import time
 
-from PIL import ImageGrab
+from PIL import Image, ImageGrab
 from Xlib import XK, X, Xatom
 from Xlib.display import Display
 from Xlib.error import BadDrawable, BadWindow
@@ -116,6 +116,22 @@ class Screen:
     def is_on_taskbar(self, window):
         states = self._property(window, "_NET_WM_STATE", Xatom.ATOM)
         return self._display.intern_atom("_NET_WM_STATE_SKIP_TASKBAR") not in (states if states is not None else [])
+
+    def class_of(self, window):
+        """Instance and class, by which a panel knows whose window it is."""
+        return window.get_wm_class() or ()
+
+    def icon_of(self, window, size):
+        """The one of that many pixels a side; None when there is none."""
+        left = list(self._property(window, "_NET_WM_ICON") or [])
+        while len(left) > 2:
+            width, height = left[:2]
+            points, left = left[2:2 + width * height], left[2 + width * height:]
+            if (width, height) == (size, size):
+                image = Image.new("RGBA", (size, size))
+                image.putdata([(p >> 16 & 255, p >> 8 & 255, p & 255, p >> 24 & 255) for p in points])
+                return image
+        return None
 
     def tray_icons(self, panel):
         """How many icons the tray of the panel with that title holds."""
