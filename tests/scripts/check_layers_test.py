@@ -56,6 +56,11 @@ class Includes(unittest.TestCase):
         self.assertEqual(wrong(drive__a_cpp="#include <string_view>\n#include <cmath>\n")[0], [])
         self.assertEqual(len(wrong(drive__a_cpp="#ifdef _WIN32\n#endif\n")[0]), 1)
 
+    def test_everybody_may_include_what_the_build_makes_for_all(self):
+        for path in ("base__a_cpp", "window__a_h", "platform__linux__a_cpp", "toolkit__win32__a_cpp"):
+            self.assertEqual(wrong(**{path: '#include "build_choices.h"\n'})[0], [], path)
+        self.assertEqual(len(wrong(window__a_cpp='#include "other_made.h"\n')[0]), 1)
+
     def test_nobody_includes_a_test(self):
         for path in ("drive__a_cpp", "platform__linux__a_cpp", "tests__fake__a_cpp"):
             self.assertEqual(len(wrong(**{path: '#include "tests/unit/main_window.h"\n'})[0]), 1, path)
