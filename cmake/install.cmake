@@ -29,7 +29,7 @@ set(ORVANTA_PROGRAM_FOLDER ${CMAKE_INSTALL_FULL_LIBDIR}/orvanta-usbtool)
 configure_file(${linux}/orvanta-usbtool.metainfo.xml.in ${made}/orvanta-usbtool.metainfo.xml @ONLY)
 configure_file(${linux}/orvanta-usbtool.policy.in ${made}/orvanta-usbtool.policy @ONLY)
 install(FILES ${linux}/orvanta-usbtool.desktop DESTINATION ${CMAKE_INSTALL_DATADIR}/applications)
-install(FILES ${made}/orvanta-usbtool.metainfo.xml RENAME example.orvanta.usbtool.metainfo.xml
+install(FILES ${made}/orvanta-usbtool.metainfo.xml RENAME example.orvanta.UsbTool.metainfo.xml
   DESTINATION ${CMAKE_INSTALL_DATADIR}/metainfo)
 install(FILES ${made}/orvanta-usbtool.policy DESTINATION ${CMAKE_INSTALL_DATADIR}/polkit-1/actions)
 

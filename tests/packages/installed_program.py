@@ -51,7 +51,8 @@ class Stage:
         self.folder, self.user = folder, user
         self.stick = folder / "stick"
         self.program_folder = COMMAND.resolve().parent
-        os.chown(self.stick, user, user)
+        for name in ("stick", "pictures"):
+            os.chown(folder / name, user, user)
         SERVERS.write_bytes(server_ini(address))
         drives = "".join(drive.section() for drive in run_demo.demo_drives(self.stick))
         (self.program_folder / "Drives.ini").write_bytes(drives.encode("cp1252"))

@@ -66,7 +66,7 @@ class Installed(unittest.TestCase):
                          "svg")
 
     def test_the_metainfo(self):
-        file = self.share / "metainfo" / "example.orvanta.usbtool.metainfo.xml"
+        file = self.share / "metainfo" / "example.orvanta.UsbTool.metainfo.xml"
         run("appstreamcli", "validate", "--pedantic", "--no-net", "--no-color", file)
         root = xml.parse(file).getroot()
         self.assertEqual(root.find("launchable").text, f"{APPLICATION}.desktop")
