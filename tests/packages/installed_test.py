@@ -18,6 +18,8 @@ def png_size(file):
 
 
 class Installed(unittest.TestCase):
+    maxDiff = None
+
     @classmethod
     def setUpClass(cls):
         folder = tempfile.TemporaryDirectory()
