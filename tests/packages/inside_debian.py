@@ -98,6 +98,8 @@ class Life(unittest.TestCase):
             program.start()
             program.wait_for("lblLW", "text", "E:\\")
             self.expect_letter(program)
+            program.close()
+            self.assertEqual(program.exit_status(), 0)
 
     def expect_letter(self, program):
         """Root's formatter, which pkexec has started, knows the letter, and that it is a folder here and no disk."""
