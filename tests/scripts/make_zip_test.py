@@ -7,35 +7,35 @@ from unittest import mock
 
 sys.path.insert(0, str(Path(__file__).resolve().parents[2] / "packaging" / "windows"))
 
-import make_zip  # noqa: E402
+import program_files  # noqa: E402
 
 FINE = "\tDLL Name: KERNEL32.dll\n\tDLL Name: msvcrt.dll\n"
 
 
 def complaints(name, program, imports=FINE):
-    with mock.patch.object(make_zip, "run", lambda *command: imports):
-        return list(make_zip.complaints(name, program, Path("/builder/build")))
+    with mock.patch.object(program_files, "run", lambda *command: imports):
+        return list(program_files.complaints(name, program, Path("/builder/build")))
 
 
 class Complaints(unittest.TestCase):
     def test_both_programs_are_looked_at(self):
-        self.assertEqual(sorted(make_zip.LARGEST), ["fat32format.exe", "orvanta-usbtool.exe"])
+        self.assertEqual(sorted(program_files.LARGEST), ["fat32format.exe", "orvanta-usbtool.exe"])
 
     def test_there_are_none(self):
-        for name, largest in make_zip.LARGEST.items():
+        for name, largest in program_files.LARGEST.items():
             self.assertEqual(complaints(name, bytes(largest)), [])
 
     def test_a_large_program(self):
-        for name, largest in make_zip.LARGEST.items():
+        for name, largest in program_files.LARGEST.items():
             self.assertEqual(len(complaints(name, bytes(largest + 1))), 1)
 
     def test_a_library_that_windows_does_not_have(self):
-        for name in make_zip.LARGEST:
+        for name in program_files.LARGEST:
             self.assertEqual(complaints(name, b"", FINE + "\tDLL Name: libstdc++-6.dll\n"),
                              [f"{name} needs libstdc++-6.dll"])
 
     def test_a_folder_of_the_builder(self):
-        for name in make_zip.LARGEST:
+        for name in program_files.LARGEST:
             self.assertEqual(complaints(name, b"..../builder/build/x"), [f"{name} names the folder /builder/build"])
             self.assertEqual(len(complaints(name, "/builder/build".encode("utf-16-le"))), 1)
 

@@ -1,0 +1,121 @@
+"""What the packages for Windows hold: the version, the time, the stripped programs and the files beside them.
+
+SOURCE_DATE_EPOCH   the time of all files, else that of the last commit
+SIGN_COMMAND        a command that signs the program file it is told, "{}" in it or else at its end; without it nothing
+                    is signed
+"""
+
+import os
+import re
+import shlex
+import subprocess
+import sys
+import tempfile
+from pathlib import Path
+
+ROOT = Path(__file__).resolve().parent.parent.parent
+PROGRAM = "orvanta-usbtool.exe"
+LARGEST = {PROGRAM: 3_000_000, "fat32format.exe": 500_000}  # the programs, and how many bytes they may have
+HANDBOOK = "Anleitung.html"
+TOOLS = "x86_64-w64-mingw32-"
+# Libraries of Windows 10 and 11 that are never looked for beside the program: Windows keeps them on its list of known
+# ones, or, COMCTL32, the program's manifest binds them. All others are loaded when they are first used.
+SYSTEM_LIBRARIES = {
+    "advapi32.dll", "comctl32.dll", "comdlg32.dll", "gdi32.dll", "gdiplus.dll", "kernel32.dll", "msvcrt.dll",
+    "ntdll.dll", "ole32.dll", "oleaut32.dll", "shell32.dll", "shlwapi.dll", "user32.dll",
+}
+
+
+def run(*command, **options):
+    return subprocess.run(command, check=True, text=True, stdout=subprocess.PIPE, **options).stdout
+
+
+def version():
+    return re.search(r"^project\(\S+ VERSION ([\d.]+)", (ROOT / "CMakeLists.txt").read_text(), re.MULTILINE)[1]
+
+
+def source_time():
+    given = os.environ.get("SOURCE_DATE_EPOCH")
+    return int(given or run("git", "-C", ROOT, "log", "-1", "--format=%ct"))
+
+
+def dos_text(text):
+    """Text files for people, as Notepad of every Windows shows them."""
+    return text.replace("\n", "\r\n").encode("utf-8-sig")
+
+
+def read_me(number):
+    """The text beside the program."""
+    text = (ROOT / "packaging" / "windows" / "LIESMICH.txt").read_text(encoding="utf-8")
+    return dos_text(text.replace("@VERSION@", number))
+
+
+def stripped(program, folder):
+    target = Path(folder) / program.name
+    # Otherwise it writes the time of day into the program.
+    run(TOOLS + "strip", "--strip-all", "--preserve-dates", "-o", target, program)
+    return target
+
+
+def signing(environment=None):
+    """The command that signs, or nothing."""
+    return (os.environ if environment is None else environment).get("SIGN_COMMAND", "").strip()
+
+
+def sign(file):
+    """Signs a program file in its place, when there is a command for it."""
+    words = shlex.split(signing())
+    if not words:
+        return
+    named = [word.replace("{}", str(file)) for word in words]
+    subprocess.run(named if named != words else [*words, str(file)], check=True, stdout=sys.stderr)
+
+
+def handbook(folder):
+    """{name: bytes} of the handbook with its pictures, where the build has made it."""
+    pages = [folder / HANDBOOK, *sorted((folder / Path(HANDBOOK).stem).glob("**/*"))]
+    return {page.relative_to(folder).as_posix(): page.read_bytes() for page in pages if page.is_file()}
+
+
+def contents(build, folder, number=None):
+    """{name below the program's folder: bytes}"""
+    files = {file.name: file.read_bytes() for file in (ROOT / "data" / "program").iterdir()}
+    files |= handbook(build / "program")
+    for name in LARGEST:
+        program = stripped(build / "program" / name, folder)
+        sign(program)
+        files[name] = program.read_bytes()
+    files["LIESMICH.txt"] = read_me(number or version())
+    files["LIZENZ.txt"] = dos_text((ROOT / "LICENSE").read_text(encoding="utf-8"))
+    return files
+
+
+def complaints(name, program, build):
+    """What is wrong with a program, in words."""
+    if len(program) > LARGEST[name]:
+        yield f"{name} has {len(program)} bytes, more than {LARGEST[name]}"
+    with tempfile.NamedTemporaryFile(suffix=".exe") as file:
+        file.write(program)
+        file.flush()
+        imports = re.findall(r"DLL Name: (\S+)", run(TOOLS + "objdump", "-p", file.name))
+    for library in imports:
+        if library.lower() not in SYSTEM_LIBRARIES:
+            yield f"{name} needs {library}"
+    for folder in {str(ROOT), str(build), str(Path.home()), "/usr/"}:
+        if folder.encode() in program or folder.encode("utf-16-le") in program:
+            yield f"{name} names the folder {folder}"
+
+
+def expect_fine(files, build):
+    """Ends with what is wrong with the programs, when there is something."""
+    wrong = [complaint for name in LARGEST for complaint in complaints(name, files[name], build)]
+    if wrong:
+        sys.exit("\n".join(wrong))
+
+
+def finished_build(given):
+    """The build folder that is told, or that of the preset, which is built."""
+    if given is not None:
+        return given.resolve()
+    subprocess.run([ROOT / "scripts" / "build.sh", "windows", "orvanta-usbtool"], check=True)
+    return ROOT / "build" / "windows"
