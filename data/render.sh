@@ -48,6 +48,12 @@ picture() {
     esac
 }
 
+# side WIDTH FILE: the picture at the side of the installer for Windows
+side() {
+    rsvg-convert -w "$1" svg/setup.svg -o "$work/setup.png"
+    convert "$work/setup.png" -alpha off +dither -colors 64 -type Palette -compress none "BMP3:$2"
+}
+
 mkdir -p icons program
 
 for name in 103 104; do
@@ -74,3 +80,6 @@ picture sr600hdci ico 224 # an icon stays below 256 px: icotool then records bot
 picture sr700hdtwin jpg
 picture sr800hdpvr bmp
 picture sr900uhd jpg
+
+side 164 ../packaging/windows/setup.bmp
+side 328 ../packaging/windows/setup-large.bmp

@@ -7,9 +7,9 @@ packaging/windows/make_zip.py [--build FOLDER] [--output FOLDER] [--check]
 --output  where the archive goes (build/packages)
 --check   makes the archive once more, from a copy of the sources in another folder, and compares the two
 
-The archive's times are those of the last commit, or SOURCE_DATE_EPOCH; SIGN_COMMAND signs the programs (see
-program_files.py). What is packed is checked each time: the programs are not too large, need nothing but Windows' own
-libraries, and name no folder of this machine.
+The archive's times are those of the last commit, or SOURCE_DATE_EPOCH; SIGN_COMMAND signs the programs (see sign.py).
+What is packed is checked each time: the programs are not too large, need nothing but Windows' own libraries, and name
+no folder of this machine.
 """
 
 import argparse
@@ -23,6 +23,7 @@ import zipfile
 from pathlib import Path
 
 import program_files
+import sign
 from program_files import LARGEST, ROOT, run, source_time, version
 
 FIRST_TIME = 315_532_800  # 1980; a ZIP archive knows none before
@@ -84,7 +85,7 @@ def main():
     parser.add_argument("--output", type=Path, default=ROOT / "build" / "packages")
     parser.add_argument("--check", action="store_true")
     options = parser.parse_args()
-    if options.check and program_files.signing():
+    if options.check and sign.command():
         sys.exit("A signature tells when it was made: --check compares unsigned archives only.")
     seconds = source_time()
     target, sizes = make(program_files.finished_build(options.build), options.output, seconds)

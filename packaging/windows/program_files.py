@@ -1,17 +1,16 @@
 """What the packages for Windows hold: the version, the time, the stripped programs and the files beside them.
 
-SOURCE_DATE_EPOCH   the time of all files, else that of the last commit
-SIGN_COMMAND        a command that signs the program file it is told, "{}" in it or else at its end; without it nothing
-                    is signed
+The time is that of the last commit, or SOURCE_DATE_EPOCH. The programs are signed as sign.py tells.
 """
 
 import os
 import re
-import shlex
 import subprocess
 import sys
 import tempfile
 from pathlib import Path
+
+from sign import sign
 
 ROOT = Path(__file__).resolve().parent.parent.parent
 PROGRAM = "orvanta-usbtool.exe"
@@ -55,20 +54,6 @@ def stripped(program, folder):
     # Otherwise it writes the time of day into the program.
     run(TOOLS + "strip", "--strip-all", "--preserve-dates", "-o", target, program)
     return target
-
-
-def signing(environment=None):
-    """The command that signs, or nothing."""
-    return (os.environ if environment is None else environment).get("SIGN_COMMAND", "").strip()
-
-
-def sign(file):
-    """Signs a program file in its place, when there is a command for it."""
-    words = shlex.split(signing())
-    if not words:
-        return
-    named = [word.replace("{}", str(file)) for word in words]
-    subprocess.run(named if named != words else [*words, str(file)], check=True, stdout=sys.stderr)
 
 
 def handbook(folder):

@@ -1,0 +1,456 @@
+; The installer for Windows: for one user, who needs no administrator's rights for it. make_setup.py compiles it.
+;
+;   setup.exe [/S] [/D=FOLDER]                          /S: silent; /D, the last argument, is never quoted
+;   Deinstallieren.exe [/S] [/KEEPSETTINGS] [_?=FOLDER]  with _?= it is waited for, and its exit code is its own
+;
+; Exit codes: 0 done, 1 cancelled, 2 not possible, 3 the program is open.
+
+Target amd64-unicode ; the default one is for 32 bits
+SetCompressor /SOLID lzma
+SetDateSave on
+
+!include MUI2.nsh
+!include LogicLib.nsh
+!include FileFunc.nsh
+!include WinVer.nsh
+!include "${LISTING}"
+
+!define TITLE "Orvanta USB-Stick Internetupdate Tool"
+!define PROGRAM "orvanta-usbtool.exe"
+!define UNINSTALLER "Deinstallieren.exe"
+!define SHORTCUT "$SMPROGRAMS\${TITLE}.lnk"
+!define KEY "Software\Microsoft\Windows\CurrentVersion\Uninstall\orvanta-usbtool"
+!define NOT_POSSIBLE 2
+!define IS_OPEN 3
+
+Name "${TITLE}"
+Caption "${TITLE} ${VERSION}"
+UninstallCaption "${TITLE} entfernen"
+BrandingText "Version ${VERSION}"
+SetFont /LANG=1031 "Tahoma" 9 ; as in the program
+OutFile "${TARGET}"
+InstallDir "$LOCALAPPDATA\Programs\Orvanta USB-Tool"
+InstallDirRegKey HKCU "${KEY}" "InstallLocation"
+RequestExecutionLevel user
+AllowSkipFiles off
+ShowInstDetails nevershow
+ShowUninstDetails nevershow
+
+ManifestSupportedOS Win10
+ManifestDPIAware true
+ManifestDPIAwareness System
+ManifestLongPathAware true
+
+VIProductVersion "${FOUR_NUMBERS}"
+VIFileVersion "${FOUR_NUMBERS}"
+VIAddVersionKey /LANG=1031 "CompanyName" "Orvanta"
+VIAddVersionKey /LANG=1031 "FileDescription" "Installiert das ${TITLE}"
+VIAddVersionKey /LANG=1031 "FileVersion" "${FOUR_NUMBERS}"
+VIAddVersionKey /LANG=1031 "LegalCopyright" "© 2026 die Autoren des Orvanta USB-Tools"
+VIAddVersionKey /LANG=1031 "ProductName" "${TITLE}"
+VIAddVersionKey /LANG=1031 "ProductVersion" "${FOUR_NUMBERS}"
+
+!ifdef SIGN
+  !finalize '${SIGN} "%1"' = 0
+  !uninstfinalize '${SIGN} "%1"' = 0
+!endif
+
+Var New          ; folder beside the program where the new files are written before they take the old ones' places
+Var Obsolete     ; number of files of the former version, on the stack, that this one does not have
+Var KeepServers  ; 1: the user has changed Server.ini
+Var KeepSettings ; 1: the settings stay when the program goes
+Var Greeting
+Var KeepBox
+
+; Pages
+
+!define MUI_ICON "${ICON}"
+!define MUI_UNICON "${ICON}"
+!define MUI_WELCOMEFINISHPAGE_BITMAP "${HERE}\setup.bmp"
+
+!define MUI_WELCOMEPAGE_TITLE "${TITLE} ${VERSION}"
+!define MUI_WELCOMEPAGE_TITLE_3LINES
+!define MUI_WELCOMEPAGE_TEXT "$Greeting"
+!define MUI_PAGE_CUSTOMFUNCTION_PRE FittingPicture
+!define MUI_PAGE_CUSTOMFUNCTION_SHOW NameInstall
+!define MUI_PAGE_CUSTOMFUNCTION_LEAVE ExpectClosed
+!insertmacro MUI_PAGE_WELCOME
+
+!define MUI_PAGE_HEADER_TEXT "Wird installiert"
+!define MUI_PAGE_HEADER_SUBTEXT "Das dauert nur einen Augenblick."
+!define MUI_INSTFILESPAGE_ABORTHEADER_TEXT "Nicht installiert"
+!define MUI_INSTFILESPAGE_ABORTHEADER_SUBTEXT "Das Programm wurde nicht installiert."
+!insertmacro MUI_PAGE_INSTFILES
+
+!define MUI_FINISHPAGE_TITLE "Das Programm ist installiert"
+!define MUI_FINISHPAGE_TEXT "Sie finden es im Startmenü unter „${TITLE}“.$\r$\n$\r$\nZum Entfernen dient unter Windows \
+die Liste „Apps“ in den Einstellungen."
+!define MUI_FINISHPAGE_RUN "$INSTDIR\${PROGRAM}"
+!define MUI_FINISHPAGE_RUN_TEXT "Programm jetzt &starten"
+!define MUI_FINISHPAGE_BUTTON "&Fertig"
+!define MUI_FINISHPAGE_NOREBOOTSUPPORT
+!insertmacro MUI_PAGE_FINISH
+
+UninstPage custom un.AskSettings un.TakeSettings
+!define MUI_PAGE_HEADER_TEXT "Wird entfernt"
+!define MUI_PAGE_HEADER_SUBTEXT "Das dauert nur einen Augenblick."
+!define MUI_UNINSTFILESPAGE_FINISHHEADER_TEXT "Entfernt"
+!define MUI_UNINSTFILESPAGE_FINISHHEADER_SUBTEXT "Das Programm ist nicht mehr auf diesem Computer."
+!define MUI_UNINSTFILESPAGE_ABORTHEADER_TEXT "Nicht entfernt"
+!define MUI_UNINSTFILESPAGE_ABORTHEADER_SUBTEXT "Das Programm wurde nicht entfernt."
+!insertmacro MUI_UNPAGE_INSTFILES
+
+!insertmacro MUI_LANGUAGE "German"
+
+; What installer and uninstaller share
+
+!macro Fail Text
+  DetailPrint "${Text}"
+  MessageBox MB_OK|MB_ICONSTOP "${Text}" /SD IDOK
+  SetErrorLevel ${NOT_POSSIBLE}
+!macroend
+
+!macro ForBoth un
+; $0: whether a window of the program is there, of whichever copy. It may be hidden, then its icon is beside the clock.
+Function ${un}FindProgramWindow
+  StrLen $2 "${TITLE}"
+  StrCpy $0 0
+  ${Do}
+    FindWindow $0 "frmMain" "" 0 $0
+    ${If} $0 == 0
+      ${ExitDo}
+    ${EndIf}
+    System::Call 'user32::GetWindowTextW(p r0, w .r1, i ${NSIS_MAX_STRLEN})'
+    StrCpy $1 $1 $2
+  ${LoopUntil} $1 == "${TITLE}"
+FunctionEnd
+
+; $0: whether the file named $1 in the folder runs, as it does without that window, or for another user.
+Function ${un}FindRunning
+  StrCpy $0 0
+  ; to write it, and whatever others do with it; only one that is there
+  System::Call 'kernel32::CreateFileW(w "$INSTDIR\$1", i 0x40000000, i 7, p 0, i 3, i 0, p 0) p .r2 ?e'
+  Pop $3
+  ${If} $2 != -1
+    System::Call 'kernel32::CloseHandle(p r2)'
+  ${ElseIf} $3 == 32 ; ERROR_SHARING_VIOLATION
+    StrCpy $0 1
+  ${EndIf}
+FunctionEnd
+
+; $0: whether anything of the program is in use.
+Function ${un}FindOpen
+  Call ${un}FindProgramWindow
+  ${If} $0 == 0
+    StrCpy $1 "${PROGRAM}"
+    Call ${un}FindRunning
+  ${EndIf}
+  ${If} $0 == 0
+    StrCpy $1 "fat32format.exe"
+    Call ${un}FindRunning
+  ${EndIf}
+FunctionEnd
+
+; $0: whether it is still in use after the user was asked to close it.
+Function ${un}AskToClose
+  ${Do}
+    Call ${un}FindOpen
+    ${If} $0 == 0
+      ${ExitDo}
+    ${EndIf}
+    MessageBox MB_RETRYCANCEL|MB_ICONEXCLAMATION "Das Programm ist noch geöffnet, vielleicht nur als Symbol neben der \
+Uhr.$\r$\n$\r$\nBeenden Sie es, und versuchen Sie es dann noch einmal." /SD IDCANCEL IDRETRY +2
+    ${Break}
+  ${Loop}
+FunctionEnd
+
+; Once more for who has no pages.
+Function ${un}ExpectClosedSilent
+  Call ${un}AskToClose
+  ${If} $0 != 0
+    SetErrorLevel ${IS_OPEN}
+    Quit
+  ${EndIf}
+FunctionEnd
+
+; $KeepServers: whether Server.ini is not the one that was installed.
+Function ${un}LookAtServers
+  StrCpy $KeepServers 0
+  ${If} ${FileExists} "$INSTDIR\Server.ini"
+    ReadRegStr $0 HKCU "${KEY}" "ServerTime"
+    GetFileTime "$INSTDIR\Server.ini" $1 $2
+    ${If} $0 != "$1 $2"
+      StrCpy $KeepServers 1
+    ${EndIf}
+  ${EndIf}
+FunctionEnd
+!macroend
+
+!insertmacro ForBoth ""
+!insertmacro ForBoth "un."
+
+; Installing
+
+Function .onInit
+  SetShellVarContext current
+  ${IfNot} ${AtLeastWin10}
+    !insertmacro Fail "Das Programm braucht Windows 10 oder 11."
+    Quit
+  ${EndIf}
+  System::Call 'kernel32::CreateMutexW(p 0, i 0, w "orvanta-usbtool-setup") p .r0 ?e'
+  Pop $1
+  ${If} $1 == 183 ; ERROR_ALREADY_EXISTS
+    !insertmacro Fail "Die Installation läuft bereits."
+    Quit
+  ${EndIf}
+  StrCpy $Greeting "Das Programm bereitet USB-Sticks für Orvanta-Receiver vor.$\r$\n$\r$\nEs wird nur für Sie installiert, \
+Administratorrechte sind dafür nicht nötig. Der Ordner:$\r$\n$INSTDIR"
+  ReadRegStr $0 HKCU "${KEY}" "DisplayVersion"
+  ${If} $0 == "${VERSION}"
+    StrCpy $Greeting "Diese Version ist schon installiert. Sie wird noch einmal installiert.$\r$\n$\r$\nIhre Einstellungen \
+bleiben erhalten. Der Ordner:$\r$\n$INSTDIR"
+  ${ElseIf} $0 != ""
+    StrCpy $Greeting "Die Version $0 ist installiert. Sie wird durch die Version ${VERSION} ersetzt.$\r$\n$\r$\nIhre \
+Einstellungen bleiben erhalten. Der Ordner:$\r$\n$INSTDIR"
+  ${EndIf}
+  ${If} ${Silent}
+    Call ExpectClosedSilent
+  ${EndIf}
+FunctionEnd
+
+; The large one, where the picture is shown large.
+Function FittingPicture
+  System::Call 'user32::GetDpiForSystem() i .r0'
+  ${If} $0 > 120
+    File "/oname=$PLUGINSDIR\modern-wizard.bmp" "${HERE}\setup-large.bmp"
+  ${EndIf}
+FunctionEnd
+
+Function NameInstall
+  GetDlgItem $0 $HWNDPARENT 1
+  SendMessage $0 ${WM_SETTEXT} 0 "STR:&Installieren"
+FunctionEnd
+
+Function ExpectClosed
+  Call AskToClose
+  ${If} $0 != 0
+    Abort ; the page stays
+  ${EndIf}
+FunctionEnd
+
+; Nothing of the new version stays where it could not be installed.
+Function GiveUp
+  SetOutPath $TEMP
+  RMDir /r "$New"
+  RMDir "$INSTDIR"
+FunctionEnd
+
+!macro FailToInstall Text
+  Call GiveUp
+  !insertmacro Fail "${Text}"
+  Abort
+!macroend
+
+!macro Extract Name
+  File "/oname=$New\${Name}" "${FILES}\${Name}"
+!macroend
+
+!macro MakeFolders Name
+  CreateDirectory "$New\${Name}"
+  CreateDirectory "$INSTDIR\${Name}"
+!macroend
+
+; One step for the system: there is never a moment without the file, nor one with half of it.
+!macro TakePlace Name
+  !if "${Name}" == "Server.ini"
+    ${If} $KeepServers == 0
+  !endif
+  System::Call 'kernel32::MoveFileExW(w "$New\${Name}", w "$INSTDIR\${Name}", i 9) i .r0' ; REPLACE_EXISTING, WRITE_THROUGH
+  ${If} $0 == 0
+    !insertmacro FailToInstall "Die Datei „$INSTDIR\${Name}“ konnte nicht ersetzt werden.$\r$\n$\r$\nStarten Sie die \
+Installation noch einmal."
+  ${EndIf}
+  !if "${Name}" == "Server.ini"
+    ${EndIf}
+  !endif
+!macroend
+
+!macro NoteName Name
+  WriteRegStr HKCU "${KEY}\Files" "${Name}" ""
+!macroend
+
+; Pushes what the former version installed and this one has not.
+Function FindObsolete
+  StrCpy $Obsolete 0
+  StrCpy $1 0
+  ${Do}
+    ClearErrors
+    EnumRegValue $0 HKCU "${KEY}\Files" $1
+    ${If} ${Errors}
+    ${OrIf} $0 == ""
+      ${ExitDo}
+    ${EndIf}
+    IntOp $1 $1 + 1
+    ${IfNot} ${FileExists} "$New\$0"
+      Push $0
+      IntOp $Obsolete $Obsolete + 1
+    ${EndIf}
+  ${Loop}
+FunctionEnd
+
+Function RemoveObsolete
+  ${While} $Obsolete > 0
+    Pop $0
+    Delete "$INSTDIR\$0"
+    ${GetParent} "$INSTDIR\$0" $1
+    RMDir $1 ; an empty folder
+    IntOp $Obsolete $Obsolete - 1
+  ${EndWhile}
+FunctionEnd
+
+Function TellWindows
+  CreateShortcut "${SHORTCUT}" "$INSTDIR\${PROGRAM}" "" "" "" SW_SHOWNORMAL "" "Bereitet USB-Sticks für Orvanta-Receiver vor"
+  WriteRegStr HKCU "${KEY}" "DisplayName" "${TITLE}"
+  WriteRegStr HKCU "${KEY}" "DisplayVersion" "${VERSION}"
+  WriteRegStr HKCU "${KEY}" "Publisher" "Orvanta"
+  WriteRegStr HKCU "${KEY}" "DisplayIcon" "$INSTDIR\${PROGRAM}"
+  WriteRegStr HKCU "${KEY}" "InstallLocation" "$INSTDIR"
+  WriteRegStr HKCU "${KEY}" "UninstallString" '"$INSTDIR\${UNINSTALLER}"'
+  WriteRegStr HKCU "${KEY}" "QuietUninstallString" '"$INSTDIR\${UNINSTALLER}" /S _?=$INSTDIR'
+  WriteRegDWORD HKCU "${KEY}" "EstimatedSize" ${KILOBYTES}
+  WriteRegDWORD HKCU "${KEY}" "NoModify" 1
+  WriteRegDWORD HKCU "${KEY}" "NoRepair" 1
+  DeleteRegKey HKCU "${KEY}\Files"
+  !insertmacro EachFile NoteName
+  ${If} $KeepServers == 0
+    GetFileTime "$INSTDIR\Server.ini" $1 $2
+    WriteRegStr HKCU "${KEY}" "ServerTime" "$1 $2"
+  ${EndIf}
+FunctionEnd
+
+Section
+  StrCpy $New "$INSTDIR\~neu"
+  RMDir /r "$New" ; of one that was interrupted
+  ClearErrors
+  CreateDirectory "$New"
+  ${If} ${Errors}
+    !insertmacro FailToInstall "In den Ordner „$INSTDIR“ kann nicht geschrieben werden."
+  ${EndIf}
+  SetOutPath "$New"
+  !insertmacro EachFolder MakeFolders
+  ClearErrors
+  !insertmacro EachFile Extract
+  WriteUninstaller "$New\${UNINSTALLER}"
+  ${If} ${Errors}
+    !insertmacro FailToInstall "Die Dateien konnten nicht in den Ordner „$INSTDIR“ geschrieben werden."
+  ${EndIf}
+
+  Call FindObsolete
+  Call LookAtServers
+  !insertmacro TakePlace "${UNINSTALLER}"
+  !insertmacro EachFile TakePlace
+  Call RemoveObsolete
+  SetOutPath "$INSTDIR"
+  RMDir /r "$New"
+  Call TellWindows
+SectionEnd
+
+; Whatever could not be done: a file that cannot be extracted ends the section by itself.
+Function .onInstFailed
+  Call GiveUp
+FunctionEnd
+
+; Removing
+
+Function un.onInit
+  SetShellVarContext current
+  ${GetParameters} $0
+  ClearErrors
+  ${GetOptions} $0 "/KEEPSETTINGS" $1
+  StrCpy $KeepSettings 1
+  ${If} ${Errors}
+    StrCpy $KeepSettings 0
+  ${EndIf}
+  ${If} ${Silent}
+    Call un.ExpectClosedSilent
+  ${EndIf}
+FunctionEnd
+
+Function un.AskSettings
+  !insertmacro MUI_HEADER_TEXT "Programm entfernen" "${TITLE}"
+  nsDialogs::Create 1018
+  Pop $0
+  ${NSD_CreateLabel} 0 0 100% 30u "Das Programm wird aus diesem Ordner entfernt:$\r$\n$INSTDIR"
+  Pop $0
+  ${NSD_CreateCheckbox} 0 42u 100% 12u "Meine &Einstellungen behalten"
+  Pop $KeepBox
+  ${NSD_SetState} $KeepBox $KeepSettings
+  GetDlgItem $0 $HWNDPARENT 1
+  SendMessage $0 ${WM_SETTEXT} 0 "STR:Ent&fernen"
+  nsDialogs::Show
+FunctionEnd
+
+Function un.TakeSettings
+  ${NSD_GetState} $KeepBox $KeepSettings
+  Call un.AskToClose
+  ${If} $0 != 0
+    Abort ; the page stays
+  ${EndIf}
+FunctionEnd
+
+!macro RemoveFile Name
+  !if "${Name}" == "Server.ini"
+    ${If} $KeepServers == 0
+      Delete "$INSTDIR\${Name}"
+    ${EndIf}
+  !else
+    Delete "$INSTDIR\${Name}"
+  !endif
+!macroend
+
+!macro RemoveFolder Name
+  RMDir "$INSTDIR\${Name}"
+!macroend
+
+; What the program writes, beside itself or, where that is not possible, into the user's folder for it.
+Function un.RemoveSettings
+  Delete "$INSTDIR\Settings.ini"
+  Delete "$APPDATA\orvanta-usbtool\Settings.ini"
+  RMDir "$APPDATA\orvanta-usbtool"
+FunctionEnd
+
+; It runs from here when it was waited for, and cannot be deleted then.
+Function un.RemoveUninstaller
+  ClearErrors
+  Delete "$INSTDIR\${UNINSTALLER}"
+  ${If} ${Errors}
+    GetTempFileName $0
+    Delete $0
+    Rename "$INSTDIR\${UNINSTALLER}" $0
+  ${EndIf}
+FunctionEnd
+
+Section Uninstall
+  SetOutPath $TEMP
+  ClearErrors
+  Delete "$INSTDIR\${PROGRAM}"
+  ${If} ${Errors}
+    !insertmacro Fail "Die Datei „$INSTDIR\${PROGRAM}“ konnte nicht gelöscht werden."
+    Abort
+  ${EndIf}
+  StrCpy $KeepServers 0
+  ${If} $KeepSettings == 1
+    Call un.LookAtServers
+  ${EndIf}
+  !insertmacro EachFile RemoveFile
+  !insertmacro EachFolder RemoveFolder
+  ${If} $KeepSettings == 0
+    Call un.RemoveSettings
+  ${EndIf}
+  RMDir /r "$INSTDIR\~neu" ; of an installation that was interrupted
+  Call un.RemoveUninstaller
+  RMDir "$INSTDIR" ; not when it holds anything else
+  RMDir "$LOCALAPPDATA\Programs"
+  Delete "${SHORTCUT}"
+  DeleteRegKey HKCU "${KEY}"
+SectionEnd
