@@ -13,6 +13,7 @@ its uninstaller (see sign.py). What is packed is that of the archive, checked as
 import argparse
 import hashlib
 import os
+import shutil
 import subprocess
 import sys
 import tempfile
@@ -71,7 +72,9 @@ def make(build, output, seconds, number):
         program_files.expect_fine(files, build)
         write_files(folder / "files", files, seconds)
         (folder / "files.nsh").write_text(listing(files), encoding="utf-8")
-        compile_setup(target, folder, number, sum(map(len, files.values())) // 1024 + 1)
+        made = folder / target.name
+        compile_setup(made, folder, number, sum(map(len, files.values())) // 1024 + 1)
+        shutil.move(made, target)  # whole and signed, or not at all
     return target
 
 

@@ -1,5 +1,7 @@
 #include "tests/driver/windows/commands.h"
 
+#include "tests/driver/windows/command_line.h"
+#include "tests/driver/windows/dialogs.h"
 #include "tests/driver/windows/drives.h"
 #include "tests/driver/windows/input.h"
 #include "tests/driver/windows/inspect.h"
@@ -252,6 +254,24 @@ std::string others(const Request& request) {
     return json::object({{"windows", json::array(list)}});
 }
 
+std::string run(const Request& request) {
+    return runCommandLine(wide(request.text("command")), request.has("plain"));
+}
+
+std::string dialog(const Request&) {
+    return describeDialog();
+}
+
+std::string press(const Request& request) {
+    pressInDialog(wide(request.text("button")));
+    return done;
+}
+
+std::string measure(const Request& request) {
+    return textSize(wide(request.text("text")), request.number("width"), request.number("points"),
+                    request.has("bold"));
+}
+
 } // namespace
 
 std::string perform(const Request& request) {
@@ -283,6 +303,10 @@ std::string perform(const Request& request) {
         {"said", said},
         {"others", others},
         {"processes", processes},
+        {"run", run},
+        {"dialog", dialog},
+        {"press", press},
+        {"textSize", measure},
     };
     const auto command = commands.find(request.what());
     if (command == commands.end()) throw Failure("unknown request");

@@ -1,0 +1,235 @@
+"""The installer for Windows under Wine: in, started, up to another version and out, silently and by its pages."""
+
+import subprocess
+import unittest
+
+from windows_setup import (FOLDER, KEY, MENU, NEW, OLD, PROGRAM, SECONDS, TITLE, UNINSTALLER, InstallerCase, needs,
+                           packed, setup, wait_for, work_folder)
+
+DONE, CANCELLED, NOT_POSSIBLE, IS_OPEN = 0, 1, 2, 3
+SETTINGS = b"[USB Tool]\r\nchkAuto=0\r\n"
+SERVERS = b"[Server]\r\nUpdate=http://127.0.0.1:9\r\nUpdatePage=127.0.0.1:9\r\nWebHost=127.0.0.1:9\r\n"
+# What Wine itself notes when any program runs: its own clock, list of started programs and fonts.
+NOTED_BY_WINE = ("Software\\Wine", "Software\\Microsoft\\Windows\\CurrentVersion\\Explorer")
+
+
+class Silent(InstallerCase):
+    def test_in_and_its_entry(self):
+        self.assertEqual(self.install(), DONE)
+        self.expect_installed()
+        size = sum(map(len, packed(OLD).values())) // 1024 + 1
+        entry = self.machine.entry()
+        self.assertTrue(entry.pop("ServerTime"))
+        self.assertEqual(entry, {
+            "DisplayName": TITLE, "DisplayVersion": OLD, "Publisher": "Orvanta",
+            "DisplayIcon": rf"{FOLDER}\{PROGRAM}", "InstallLocation": FOLDER,
+            "UninstallString": rf'"{FOLDER}\{UNINSTALLER}"',
+            "QuietUninstallString": rf'"{FOLDER}\{UNINSTALLER}" /S _?={FOLDER}',
+            "EstimatedSize": f"dword:{size:08x}", "NoModify": "dword:00000001", "NoRepair": "dword:00000001"})
+        self.assertTrue(self.machine.path(rf"{MENU}\{TITLE}.lnk").exists())
+
+    def test_files_have_the_time_of_the_sources(self):
+        self.install()
+        times = {file.name: int(file.stat().st_mtime) for file in self.machine.folder.iterdir()
+                 if file.name != UNINSTALLER}
+        self.assertEqual({name: time for name, time in times.items() if time != SECONDS}, {})
+
+    def test_nothing_is_left(self):
+        self.install()
+        self.uninstall()  # what Wine makes with the first program of any kind is there from now on
+        files, user, machine = self.machine.files(), self.machine.registry(), self.machine.registry("HKLM")
+        self.assertEqual(self.install(), DONE)
+        self.assertNotEqual(self.machine.files(), files)
+        self.assertNotEqual(self.machine.registry(), user)
+        self.assertEqual(self.machine.registry("HKLM"), machine)
+        self.assertEqual(self.uninstall(), DONE)
+        self.assertEqual(self.machine.files(), files)
+        self.assertEqual(self.machine.registry(), user)
+        self.assertEqual(self.machine.registry("HKLM"), machine)
+        self.assertNotIn(KEY, user)
+        self.assertFalse(self.machine.folder.exists())
+        self.assertEqual([name for name in files if "Orvanta" in name], [])
+
+    def test_as_a_plain_user(self):
+        self.assertEqual(self.install(plain=True), DONE)
+        self.expect_installed()
+        self.assertEqual(self.machine.entry()["DisplayVersion"], OLD)
+
+    def test_into_another_folder_and_updated_there(self):
+        self.assertEqual(self.install(more=r" /D=C:\Meine Programme\Stick"), DONE)
+        self.machine.folder = self.machine.path(r"C:\Meine Programme\Stick")
+        self.expect_installed()
+        self.assertEqual(self.install(NEW), DONE)
+        self.expect_installed(NEW)
+        self.assertEqual(self.uninstall(), DONE)
+        self.assertFalse(self.machine.folder.exists())
+
+    def test_a_folder_that_cannot_be_made(self):
+        parent = self.machine.folder.parent
+        parent.parent.mkdir(parents=True, exist_ok=True)
+        parent.write_bytes(b"a file of this name")
+        self.assertEqual(self.install(), NOT_POSSIBLE)
+        self.assertEqual(self.machine.entry(), {})
+        self.assertEqual(parent.read_bytes(), b"a file of this name")
+
+    def test_a_file_that_cannot_be_replaced(self):
+        self.machine.folder.mkdir(parents=True)
+        (self.machine.folder / "sr100.bmp").mkdir()
+        (self.machine.folder / "sr100.bmp" / "mine").touch()
+        self.assertEqual(self.install(), NOT_POSSIBLE)
+        self.assertEqual(self.machine.entry(), {})
+        self.assertFalse((self.machine.folder / "~neu").exists())
+
+
+class Update(InstallerCase):
+    def setUp(self):
+        super().setUp()
+        self.install()
+
+    def put(self, name, data):
+        (self.machine.folder / name).write_bytes(data)
+
+    def test_the_new_version_is_there(self):
+        self.assertEqual(self.install(NEW), DONE)
+        self.expect_installed(NEW)
+        self.assertEqual(self.machine.entry()["DisplayVersion"], NEW)
+
+    def test_settings_and_changed_servers_stay(self):
+        self.put("Settings.ini", SETTINGS)
+        self.put("Server.ini", SERVERS)
+        for _ in range(2):
+            self.assertEqual(self.install(NEW), DONE)
+            self.expect_installed(NEW, {"Settings.ini": SETTINGS, "Server.ini": SERVERS})
+
+    def test_servers_that_nobody_changed_are_replaced(self):
+        server = self.machine.folder / "Server.ini"
+        installed = server.stat()
+        server.write_bytes(b"of the old version")
+        import os
+        os.utime(server, ns=(installed.st_atime_ns, installed.st_mtime_ns))
+        self.assertEqual(self.install(NEW), DONE)
+        self.expect_installed(NEW)
+
+    def test_what_only_the_old_version_had_goes(self):
+        self.put("old.bmp", b"old")
+        self.put("mine.txt", b"mine")
+        self.machine.wine("reg", "add", rf"HKCU\{KEY}\Files", "/v", "old.bmp", "/d", "", "/f")
+        self.assertEqual(self.install(NEW), DONE)
+        self.expect_installed(NEW, {"mine.txt": b"mine"})
+
+    def test_after_an_interruption(self):
+        half = self.machine.folder / "~neu"
+        half.mkdir()
+        (half / PROGRAM).write_bytes(b"half")
+        self.assertEqual(self.install(NEW), DONE)
+        self.expect_installed(NEW)
+        self.assertFalse(half.exists())
+
+    def test_interrupted_the_old_or_the_new_file_is_whole(self):
+        """Killed at any moment: each file is that of one version, and installing once more mends all."""
+        for milliseconds in (50, 150, 250, 400, 600):
+            process = self.start(setup(NEW))
+            self.addCleanup(process.wait)
+            self.machine.press("Installieren")
+            try:
+                process.wait(milliseconds / 1000)
+            except subprocess.TimeoutExpired:
+                self.machine.wine("taskkill", "/f", "/im", setup(NEW).name)
+            process.wait()
+            found, old, new = self.machine.installed(), packed(OLD), packed(NEW)
+            broken = [name for name in old if found[name] not in (old[name], new[name])]
+            self.assertEqual(broken, [])
+            self.assertEqual(self.install(NEW), DONE)
+            self.expect_installed(NEW)
+            self.assertEqual(self.install(OLD), DONE)
+
+
+class Open(InstallerCase):
+    def setUp(self):
+        super().setUp()
+        self.install()
+
+    def open_program(self):
+        self.start(self.machine.folder / PROGRAM)
+        self.machine.wait_program()
+
+    def test_nothing_is_replaced_or_removed(self):
+        self.open_program()
+        self.assertEqual(self.install(NEW), IS_OPEN)
+        self.assertEqual(self.uninstall(), IS_OPEN)
+        self.expect_installed()
+        self.assertEqual(self.machine.entry()["DisplayVersion"], OLD)
+        self.machine.end_program()
+        (self.machine.folder / "Settings.ini").unlink(missing_ok=True)
+        self.assertEqual(self.install(NEW), DONE)
+        self.expect_installed(NEW)
+
+    def test_the_pages_ask_and_go_on(self):
+        self.open_program()
+        self.start(setup(NEW))
+        self.machine.press("Installieren")
+        shown = self.machine.wait_dialog("noch geöffnet")
+        self.assertEqual(shown["title"], f"{TITLE} {NEW}")
+        self.picture("open")
+        self.machine.press("Retry")
+        self.machine.wait_dialog("noch geöffnet")
+        self.machine.end_program()
+        self.machine.press("Retry")
+        self.machine.wait_dialog("ist installiert")
+        self.assertEqual(self.machine.entry()["DisplayVersion"], NEW)
+
+    def test_the_page_stays_when_the_program_does(self):
+        self.open_program()
+        process = self.start(setup(NEW))
+        self.machine.press("Installieren")
+        self.machine.wait_dialog("noch geöffnet")
+        self.machine.press("Cancel")
+        self.machine.wait_dialog("Die Version 1.5 ist installiert.")
+        self.machine.press("Abbrechen")
+        self.assertEqual(process.wait(60), CANCELLED)
+        self.assertEqual(self.machine.entry()["DisplayVersion"], OLD)
+
+    def test_the_formatter_counts_as_open(self):
+        """It waits for an answer, which does not come."""
+        formatter = self.machine.folder / "fat32format.exe"
+        data = formatter.read_bytes()
+        formatter.write_bytes((self.machine.prefix / "drive_c/windows/system32/winver.exe").read_bytes())
+        self.start(formatter)
+        wait_for(lambda: "fat32format.exe" in self.machine.processes(), "the formatter", self.machine.processes)
+        self.assertEqual(self.install(NEW), IS_OPEN)
+        self.machine.wine("taskkill", "/f", "/im", "fat32format.exe")
+        wait_for(lambda: "fat32format.exe" not in self.machine.processes(), "its end", self.machine.processes)
+        formatter.write_bytes(data)
+        self.assertEqual(self.install(NEW), DONE)
+
+
+class Removing(InstallerCase):
+    def setUp(self):
+        super().setUp()
+        self.install()
+        (self.machine.folder / "Settings.ini").write_bytes(SETTINGS)
+
+    def test_settings_go_with_the_program(self):
+        (self.machine.folder / "Server.ini").write_bytes(SERVERS)
+        self.assertEqual(self.uninstall(), DONE)
+        self.assertFalse(self.machine.folder.exists())
+
+    def test_settings_stay_for_who_wants_that(self):
+        (self.machine.folder / "Server.ini").write_bytes(SERVERS)
+        self.assertEqual(self.uninstall(" /KEEPSETTINGS"), DONE)
+        self.assertEqual(self.machine.installed(), {"Settings.ini": SETTINGS, "Server.ini": SERVERS})
+        self.assertEqual(self.machine.entry(), {})
+
+    def test_what_is_the_user_s_stays(self):
+        (self.machine.folder / "mine.txt").write_bytes(b"mine")
+        self.assertEqual(self.uninstall(), DONE)
+        self.assertEqual(self.machine.installed(), {"mine.txt": b"mine"})
+
+    def test_a_formatter_can_be_gone_already(self):
+        (self.machine.folder / "fat32format.exe").unlink()
+        self.assertEqual(self.uninstall(), DONE)
+        self.assertFalse(self.machine.folder.exists())
+
+
+if __name__ == "__main__":
+    unittest.main(verbosity=2)

@@ -1,0 +1,233 @@
+"""What the tests of the installer for Windows share: installers of two versions, and a Windows for each test.
+
+    USBTOOL_WINDOWS_BUILD   folder of the cross build, with the program and the probe (build/windows)
+    USBTOOL_PICTURES        where pictures of the pages go
+"""
+
+import functools
+import os
+import pwd
+import shutil
+import subprocess
+import sys
+import tempfile
+import time
+import unittest
+from pathlib import Path
+
+ROOT = Path(__file__).resolve().parents[2]
+BUILD = Path(os.environ.get("USBTOOL_WINDOWS_BUILD", ROOT / "build" / "windows")).resolve()
+os.environ.setdefault("USBTOOL_BUILD", str(BUILD))
+sys.path[:0] = [str(ROOT / "tests" / "driver"), str(ROOT / "packaging" / "windows")]
+
+import make_setup  # noqa: E402
+import program_files  # noqa: E402
+import wine_machine  # noqa: E402
+from window import POLL  # noqa: E402
+
+TITLE = "Orvanta USB-Stick Internetupdate Tool"
+SECONDS = 1_700_000_000  # the time of all files
+OLD, NEW = "1.5", "1.6"
+PATIENCE = 60  # seconds
+PROGRAM = "orvanta-usbtool.exe"
+UNINSTALLER = "Deinstallieren.exe"
+USER = pwd.getpwuid(os.getuid()).pw_name
+FOLDER = rf"C:\users\{USER}\AppData\Local\Programs\Orvanta USB-Tool"
+MENU = rf"C:\users\{USER}\AppData\Roaming\Microsoft\Windows\Start Menu\Programs"
+KEY = r"Software\Microsoft\Windows\CurrentVersion\Uninstall\orvanta-usbtool"
+
+
+def needs():
+    """What is missing on this machine, in words."""
+    missing = [tool for tool in ("makensis", "wine", "Xvfb", "osslsigncode", "openssl") if shutil.which(tool) is None]
+    missing += [str(file) for file in (BUILD / "program" / PROGRAM, wine_machine.TOOLS / "usbtool_probe.exe")
+                if not file.exists()]
+    return "missing: " + ", ".join(missing) if missing else ""
+
+
+@functools.cache
+def work_folder():
+    folder = tempfile.mkdtemp(prefix="usbtool-installer-")
+    unittest.addModuleCleanup(shutil.rmtree, folder)
+    return Path(folder)
+
+
+@functools.cache
+def setup(number):
+    """The installer of that version; the programs in it are those of the build, whatever the version."""
+    return make_setup.make(BUILD, work_folder(), SECONDS, number)
+
+
+@functools.cache
+def packed(number):
+    """{name: bytes} of what is installed."""
+    with tempfile.TemporaryDirectory() as folder:
+        return program_files.contents(BUILD, folder, number)
+
+
+def windows_path(path):
+    return "Z:" + str(path).replace("/", "\\")
+
+
+class WindowsMachine(wine_machine.Machine):
+    """A Windows with nothing installed; letters as large as told, 96 being the ordinary ones."""
+
+    def __init__(self, letters=96):
+        base = wine_machine.make_base()
+        prefix = Path(tempfile.mkdtemp(prefix="installer-", dir=wine_machine.PREFIXES))
+        wine_machine.copy_prefix(base, prefix)
+        if letters != 96:
+            registry = prefix / "user.reg"
+            text = registry.read_text(encoding="utf-8")
+            section = "[Control Panel\\\\Desktop]"
+            if section not in text:
+                raise AssertionError("the registry has no section of the desktop")
+            before, _, after = text.partition(section)
+            line, _, rest = after.partition("\n")
+            rest = "\n".join(row for row in rest.split("\n") if not row.startswith('"LogPixels"'))
+            registry.write_text(f'{before}{section}{line}\n"LogPixels"=dword:{letters:08x}\n{rest}', encoding="utf-8")
+        super().__init__(prefix)
+        self.folder = self.path(FOLDER)
+
+    def path(self, windows):
+        """Where a path of drive C: is on this machine."""
+        return self.prefix / "drive_c" / windows.removeprefix("C:\\").replace("\\", "/")
+
+    def run(self, command, plain=None):
+        """Exit code of a whole command line."""
+        reply = self.request("run", command=command, **({"plain": 1} if plain else {}))
+        if plain and reply["administrator"]:
+            raise AssertionError("it ran with an administrator's rights")
+        return reply["status"]
+
+    def start(self, program):
+        """Starts a program, which is not waited for."""
+        return subprocess.Popen([wine_machine.WINE, str(program)], env=self.environment, stdin=subprocess.DEVNULL,
+                                stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+
+    def wine(self, *words):
+        subprocess.run([wine_machine.WINE, *words], env=self.environment, check=True, stdin=subprocess.DEVNULL,
+                       stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+
+    def registry(self, root="HKCU"):
+        """{key: {name: value}} as an export shows them."""
+        target = self.prefix / f"{root}.reg"
+        self.wine("reg", "export", root, windows_path(target), "/y")
+        keys, key = {}, None
+        for line in target.read_text(encoding="utf-16").replace("\\\n  ", "").splitlines():
+            if line.startswith("["):
+                key = keys.setdefault(line[1:-1].partition("\\")[2], {})
+            elif "=" in line and key is not None:
+                name, _, value = line.partition("=")
+                key[name.strip('"')] = value
+        target.unlink()
+        return keys
+
+    def entry(self):
+        """What the list of programs knows, texts without their quotes; empty when there is no entry."""
+        values = self.registry().get(KEY, {})
+        return {name: value[1:-1].replace('\\"', '"').replace("\\\\", "\\") if value.startswith('"') else value
+                for name, value in values.items()}
+
+    def files(self):
+        """All files and folders of drive C:, but for temporary ones."""
+        drive = self.prefix / "drive_c"
+        names = (path.relative_to(drive).as_posix() for path in drive.rglob("*"))
+        return sorted(name for name in names if "/temp/" not in f"/{name.lower()}/")
+
+    def installed(self):
+        """{name: bytes} of what is in the program's folder."""
+        return {file.relative_to(self.folder).as_posix(): file.read_bytes()
+                for file in self.folder.rglob("*") if file.is_file()}
+
+    # Pages
+
+    def dialog(self):
+        """What a dialog of another program shows; None when there is none."""
+        return self.request("dialog")["dialog"]
+
+    def wait_dialog(self, text):
+        """The dialog that shows a text, once it does."""
+        return wait_for(lambda: self._showing(text), f"a dialog with {text!r}", self.dialog)
+
+    def _showing(self, text):
+        shown = self.dialog()
+        return shown if shown and any(text in control["text"] for control in shown["controls"]) else None
+
+    def press(self, button):
+        wait_for(lambda: self._usable(button), f"a button {button!r}", self.dialog)
+        self.request("press", button=button)
+
+    def _usable(self, button):
+        shown = self.dialog() or {"controls": []}
+        return any(control["text"].replace("&", "") == button and control["enabled"] for control in shown["controls"])
+
+    def wait_no_dialog(self):
+        wait_for(lambda: self.dialog() is None, "the end of the dialog", self.dialog)
+
+    def program_windows(self):
+        return [window["name"] for window in self.request("windows")["windows"] if window["visible"]]
+
+    def wait_program(self):
+        wait_for(lambda: "frmMain" in self.program_windows(), "the program's window", self.program_windows)
+
+    def end_program(self):
+        self.request("endSession")
+        wait_for(lambda: PROGRAM not in self.processes(), "the program's end", self.processes)
+
+    def close(self):
+        super().close()
+        shutil.rmtree(self.prefix, ignore_errors=True)
+
+
+def wait_for(condition, what, otherwise):
+    """What the condition tells, as soon as that is anything."""
+    end = time.monotonic() + PATIENCE
+    while True:
+        found = condition()
+        if found:
+            return found
+        if time.monotonic() > end:
+            raise AssertionError(f"waited for {what} in vain; there is {otherwise()}")
+        time.sleep(POLL)
+
+
+class InstallerCase(unittest.TestCase):
+    letters = 96
+    maxDiff = None
+
+    def setUp(self):
+        missing = needs()
+        if missing:
+            self.fail(missing)
+        self.machine = WindowsMachine(self.letters)
+        self.addCleanup(self.machine.close)
+
+    def start(self, program):
+        process = self.machine.start(program)
+        self.addCleanup(process.wait)
+        self.addCleanup(process.kill)
+        return process
+
+    def install(self, number=OLD, more="", plain=None):
+        return self.machine.run(f'"{windows_path(setup(number))}" /S{more}', plain)
+
+    def uninstall(self, more=""):
+        """As the list of programs tells for removing silently."""
+        program, _, rest = self.machine.entry()["QuietUninstallString"].partition(" /S")
+        return self.machine.run(f"{program} /S{more}{rest}")
+
+    def expect_installed(self, number=OLD, changed=None):
+        """What was packed is there and nothing else, but for what is told with its bytes."""
+        wanted = packed(number) | (changed or {})
+        found = self.machine.installed()
+        self.assertEqual(found.pop(UNINSTALLER)[:2], b"MZ")
+        self.assertEqual(sorted(found), sorted(wanted))
+        self.assertEqual([name for name in wanted if found[name] != wanted[name]], [])
+
+    def picture(self, name):
+        folder = os.environ.get("USBTOOL_PICTURES")
+        if folder:
+            Path(folder).mkdir(parents=True, exist_ok=True)
+            time.sleep(0.3)  # so that it is painted; no test depends on a picture
+            self.machine.screenshot(Path(folder) / f"{name}.png")
