@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Installs what a task needs and this machine lacks: scripts/setup.sh GROUP...
-# Groups: program, tests, style, windows, desktop, hardware, portability, packages, makefiles. Every package the project uses is
-# named here, once; README.md tells what each is for.
+# Groups: program, tests, style, windows, desktop, hardware, portability, makefiles, packages. Every package the
+# project uses is named here, once; README.md tells what each is for.
 set -euo pipefail
 
 declare -A packages=(
@@ -17,6 +17,7 @@ declare -A packages=(
   [packages]="debhelper dpkg-dev lintian desktop-file-utils appstream man-db libxml2-utils polkitd debootstrap
               g++-mingw-w64-x86-64-posix"
   [makefiles]="make"
+  [packages]="nsis osslsigncode dpkg-dev"
 )
 
 missing=()

@@ -83,8 +83,8 @@ Var KeepBox
 !insertmacro MUI_PAGE_INSTFILES
 
 !define MUI_FINISHPAGE_TITLE "Das Programm ist installiert"
-!define MUI_FINISHPAGE_TEXT "Sie finden es im Startmenü unter „${TITLE}“.$\r$\n$\r$\nZum Entfernen dient unter Windows \
-die Liste „Apps“ in den Einstellungen."
+!define MUI_FINISHPAGE_TEXT "Sie finden es im Startmenü unter „${TITLE}“.$\r$\n$\r$\n\
+Entfernen können Sie es in den Einstellungen von Windows unter „Apps“."
 !define MUI_FINISHPAGE_RUN "$INSTDIR\${PROGRAM}"
 !define MUI_FINISHPAGE_RUN_TEXT "Programm jetzt &starten"
 !define MUI_FINISHPAGE_BUTTON "&Fertig"
@@ -158,8 +158,9 @@ Function ${un}AskToClose
     ${If} $0 == 0
       ${ExitDo}
     ${EndIf}
-    MessageBox MB_RETRYCANCEL|MB_ICONEXCLAMATION "Das Programm ist noch geöffnet, vielleicht nur als Symbol neben der \
-Uhr.$\r$\n$\r$\nBeenden Sie es, und versuchen Sie es dann noch einmal." /SD IDCANCEL IDRETRY +2
+    MessageBox MB_RETRYCANCEL|MB_ICONEXCLAMATION \
+"Das Programm ist noch geöffnet, vielleicht nur als Symbol neben der Uhr.$\r$\n$\r$\n\
+Beenden Sie es, und versuchen Sie es dann noch einmal." /SD IDCANCEL IDRETRY +2
     ${Break}
   ${Loop}
 FunctionEnd
@@ -203,15 +204,15 @@ Function .onInit
     !insertmacro Fail "Die Installation läuft bereits."
     Quit
   ${EndIf}
-  StrCpy $Greeting "Das Programm bereitet USB-Sticks für Orvanta-Receiver vor.$\r$\n$\r$\nEs wird nur für Sie installiert, \
-Administratorrechte sind dafür nicht nötig. Der Ordner:$\r$\n$INSTDIR"
+  StrCpy $Greeting "Das Programm bereitet USB-Sticks für Orvanta-Receiver vor.$\r$\n$\r$\n\
+Es wird nur für Sie installiert, Administratorrechte sind dafür nicht nötig. Der Ordner:$\r$\n$INSTDIR"
   ReadRegStr $0 HKCU "${KEY}" "DisplayVersion"
   ${If} $0 == "${VERSION}"
-    StrCpy $Greeting "Diese Version ist schon installiert. Sie wird noch einmal installiert.$\r$\n$\r$\nIhre Einstellungen \
-bleiben erhalten. Der Ordner:$\r$\n$INSTDIR"
+    StrCpy $Greeting "Diese Version ist schon installiert. Sie wird noch einmal installiert.$\r$\n$\r$\n\
+Ihre Einstellungen bleiben erhalten. Der Ordner:$\r$\n$INSTDIR"
   ${ElseIf} $0 != ""
-    StrCpy $Greeting "Die Version $0 ist installiert. Sie wird durch die Version ${VERSION} ersetzt.$\r$\n$\r$\nIhre \
-Einstellungen bleiben erhalten. Der Ordner:$\r$\n$INSTDIR"
+    StrCpy $Greeting "Die Version $0 ist installiert. Sie wird durch die Version ${VERSION} ersetzt.$\r$\n$\r$\n\
+Ihre Einstellungen bleiben erhalten. Der Ordner:$\r$\n$INSTDIR"
   ${EndIf}
   ${If} ${Silent}
     Call ExpectClosedSilent
@@ -265,7 +266,8 @@ FunctionEnd
   !if "${Name}" == "Server.ini"
     ${If} $KeepServers == 0
   !endif
-  System::Call 'kernel32::MoveFileExW(w "$New\${Name}", w "$INSTDIR\${Name}", i 9) i .r0' ; REPLACE_EXISTING, WRITE_THROUGH
+  ; MOVEFILE_REPLACE_EXISTING and MOVEFILE_WRITE_THROUGH
+  System::Call 'kernel32::MoveFileExW(w "$New\${Name}", w "$INSTDIR\${Name}", i 9) i .r0'
   ${If} $0 == 0
     !insertmacro FailToInstall "Die Datei „$INSTDIR\${Name}“ konnte nicht ersetzt werden.$\r$\n$\r$\nStarten Sie die \
 Installation noch einmal."
@@ -309,7 +311,8 @@ Function RemoveObsolete
 FunctionEnd
 
 Function TellWindows
-  CreateShortcut "${SHORTCUT}" "$INSTDIR\${PROGRAM}" "" "" "" SW_SHOWNORMAL "" "Bereitet USB-Sticks für Orvanta-Receiver vor"
+  CreateShortcut "${SHORTCUT}" "$INSTDIR\${PROGRAM}" "" "" "" SW_SHOWNORMAL "" \
+    "Bereitet USB-Sticks für Orvanta-Receiver vor"
   WriteRegStr HKCU "${KEY}" "DisplayName" "${TITLE}"
   WriteRegStr HKCU "${KEY}" "DisplayVersion" "${VERSION}"
   WriteRegStr HKCU "${KEY}" "Publisher" "Orvanta"

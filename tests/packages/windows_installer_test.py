@@ -81,6 +81,14 @@ class Silent(InstallerCase):
         self.assertFalse((self.machine.folder / "~neu").exists())
 
 
+class OldWindows(InstallerCase):
+    version = "win81"
+
+    def test_it_is_refused(self):
+        self.assertEqual(self.install(), NOT_POSSIBLE)
+        self.assertFalse(self.machine.folder.exists())
+
+
 class Update(InstallerCase):
     def setUp(self):
         super().setUp()

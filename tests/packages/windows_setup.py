@@ -37,6 +37,16 @@ MENU = rf"C:\users\{USER}\AppData\Roaming\Microsoft\Windows\Start Menu\Programs"
 KEY = r"Software\Microsoft\Windows\CurrentVersion\Uninstall\orvanta-usbtool"
 
 
+# What a prefix is told before it starts, behind what it has.
+SETTINGS = r"""
+[Software\\Wine]
+"Version"="{version}"
+
+[Control Panel\\Desktop]
+"LogPixels"=dword:{letters:08x}
+"""
+
+
 def needs():
     """What is missing on this machine, in words."""
     missing = [tool for tool in ("makensis", "wine", "Xvfb", "osslsigncode", "openssl") if shutil.which(tool) is None]
@@ -72,20 +82,12 @@ def windows_path(path):
 class WindowsMachine(wine_machine.Machine):
     """A Windows with nothing installed; letters as large as told, 96 being the ordinary ones."""
 
-    def __init__(self, letters=96):
+    def __init__(self, letters=96, version="win10"):
         base = wine_machine.make_base()
         prefix = Path(tempfile.mkdtemp(prefix="installer-", dir=wine_machine.PREFIXES))
         wine_machine.copy_prefix(base, prefix)
-        if letters != 96:
-            registry = prefix / "user.reg"
-            text = registry.read_text(encoding="utf-8")
-            section = "[Control Panel\\\\Desktop]"
-            if section not in text:
-                raise AssertionError("the registry has no section of the desktop")
-            before, _, after = text.partition(section)
-            line, _, rest = after.partition("\n")
-            rest = "\n".join(row for row in rest.split("\n") if not row.startswith('"LogPixels"'))
-            registry.write_text(f'{before}{section}{line}\n"LogPixels"=dword:{letters:08x}\n{rest}', encoding="utf-8")
+        with open(prefix / "user.reg", "a", encoding="ascii") as registry:
+            registry.write(SETTINGS.format(letters=letters, version=version))
         super().__init__(prefix)
         self.folder = self.path(FOLDER)
 
@@ -194,13 +196,14 @@ def wait_for(condition, what, otherwise):
 
 class InstallerCase(unittest.TestCase):
     letters = 96
+    version = "win10"
     maxDiff = None
 
     def setUp(self):
         missing = needs()
         if missing:
             self.fail(missing)
-        self.machine = WindowsMachine(self.letters)
+        self.machine = WindowsMachine(self.letters, self.version)
         self.addCleanup(self.machine.close)
 
     def start(self, program):
