@@ -81,5 +81,5 @@ picture sr700hdtwin jpg
 picture sr800hdpvr bmp
 picture sr900uhd jpg
 
-side 164 ../packaging/windows/setup.bmp
-side 328 ../packaging/windows/setup-large.bmp
+side 150 ../packaging/windows/setup.bmp
+side 300 ../packaging/windows/setup-large.bmp

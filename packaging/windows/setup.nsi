@@ -67,9 +67,9 @@ Var KeepBox
 !define MUI_ICON "${ICON}"
 !define MUI_UNICON "${ICON}"
 !define MUI_WELCOMEFINISHPAGE_BITMAP "${HERE}\setup.bmp"
+!define MUI_WELCOMEFINISHPAGE_BITMAP_STRETCH AspectFitHeight ; how wide its place is depends on the letters
 
-!define MUI_WELCOMEPAGE_TITLE "${TITLE} ${VERSION}"
-!define MUI_WELCOMEPAGE_TITLE_3LINES
+!define MUI_WELCOMEPAGE_TITLE "${TITLE}"
 !define MUI_WELCOMEPAGE_TEXT "$Greeting"
 !define MUI_PAGE_CUSTOMFUNCTION_PRE FittingPicture
 !define MUI_PAGE_CUSTOMFUNCTION_SHOW NameInstall
@@ -204,11 +204,12 @@ Function .onInit
     !insertmacro Fail "Die Installation läuft bereits."
     Quit
   ${EndIf}
-  StrCpy $Greeting "Das Programm bereitet USB-Sticks für Orvanta-Receiver vor.$\r$\n$\r$\n\
+  StrCpy $Greeting "Version ${VERSION}$\r$\n$\r$\n\
+Das Programm bereitet USB-Sticks für Orvanta-Receiver vor.$\r$\n$\r$\n\
 Es wird nur für Sie installiert, Administratorrechte sind dafür nicht nötig. Der Ordner:$\r$\n$INSTDIR"
   ReadRegStr $0 HKCU "${KEY}" "DisplayVersion"
   ${If} $0 == "${VERSION}"
-    StrCpy $Greeting "Diese Version ist schon installiert. Sie wird noch einmal installiert.$\r$\n$\r$\n\
+    StrCpy $Greeting "Die Version ${VERSION} ist schon installiert. Sie wird erneuert.$\r$\n$\r$\n\
 Ihre Einstellungen bleiben erhalten. Der Ordner:$\r$\n$INSTDIR"
   ${ElseIf} $0 != ""
     StrCpy $Greeting "Die Version $0 ist installiert. Sie wird durch die Version ${VERSION} ersetzt.$\r$\n$\r$\n\

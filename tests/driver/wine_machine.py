@@ -77,6 +77,8 @@ def wine_environment(prefix, **changes):
 class Machine:
     """One screen, one prefix, one probe. Programs run on it one after the other."""
 
+    screen = SCREEN
+
     def __init__(self, prefix):
         self.prefix = prefix
         self._drives = {}
@@ -90,7 +92,7 @@ class Machine:
 
     def _start_screen(self):
         read, write = os.pipe()
-        size = f"{SCREEN[0]}x{SCREEN[1]}x24"
+        size = f"{self.screen[0]}x{self.screen[1]}x24"
         self._screen = subprocess.Popen(["Xvfb", "-displayfd", str(write), "-screen", "0", size, "-nolisten", "tcp"],
                                         pass_fds=[write], stderr=subprocess.DEVNULL)
         os.close(write)

@@ -42,6 +42,9 @@ SETTINGS = r"""
 [Software\\Wine]
 "Version"="{version}"
 
+[Software\\Wine\\Explorer\\Desktops]
+"Default"="{width}x{height}"
+
 [Control Panel\\Desktop]
 "LogPixels"=dword:{letters:08x}
 """
@@ -82,12 +85,13 @@ def windows_path(path):
 class WindowsMachine(wine_machine.Machine):
     """A Windows with nothing installed; letters as large as told, 96 being the ordinary ones."""
 
-    def __init__(self, letters=96, version="win10"):
+    def __init__(self, letters, version, screen):
+        self.screen = screen
         base = wine_machine.make_base()
         prefix = Path(tempfile.mkdtemp(prefix="installer-", dir=wine_machine.PREFIXES))
         wine_machine.copy_prefix(base, prefix)
         with open(prefix / "user.reg", "a", encoding="ascii") as registry:
-            registry.write(SETTINGS.format(letters=letters, version=version))
+            registry.write(SETTINGS.format(letters=letters, version=version, width=screen[0], height=screen[1]))
         super().__init__(prefix)
         self.folder = self.path(FOLDER)
 
@@ -197,13 +201,14 @@ def wait_for(condition, what, otherwise):
 class InstallerCase(unittest.TestCase):
     letters = 96
     version = "win10"
+    screen = wine_machine.SCREEN
     maxDiff = None
 
     def setUp(self):
         missing = needs()
         if missing:
             self.fail(missing)
-        self.machine = WindowsMachine(self.letters, self.version)
+        self.machine = WindowsMachine(self.letters, self.version, self.screen)
         self.addCleanup(self.machine.close)
 
     def start(self, program):

@@ -8,7 +8,8 @@ import zipfile
 from pathlib import Path
 from unittest import mock
 
-from windows_setup import BUILD, OLD, PROGRAM, SECONDS, UNINSTALLER, InstallerCase, make_setup, needs, windows_path
+from windows_setup import (BUILD, NEW, OLD, PROGRAM, SECONDS, UNINSTALLER, InstallerCase, make_setup, needs, setup,
+                           windows_path)
 
 import make_zip
 
@@ -72,6 +73,32 @@ class Signed(InstallerCase):
         with self.assertRaises(subprocess.CalledProcessError):
             self.make("false", make_setup, OLD)
         self.assertEqual(list((self.folder / "out").glob("*.exe")), [])
+
+
+class Installer(unittest.TestCase):
+    """The file itself."""
+
+    def setUp(self):
+        if missing := needs():
+            self.fail(missing)
+        self.data = setup(NEW).read_bytes()
+
+    def test_it_is_for_64_bits(self):
+        header = int.from_bytes(self.data[0x3C:0x40], "little")
+        self.assertEqual(self.data[header:header + 6], b"PE\0\0\x64\x86")
+
+    def test_its_manifest(self):
+        manifest = self.data[self.data.index(b"<assembly"):self.data.index(b"</assembly>")].decode()
+        for part in ('requestedExecutionLevel level="asInvoker"', "{8e0f7a12-bfb3-4fe8-b9a5-48fd50a15a9a}",
+                     ">true</dpiAware>", ">System</dpiAwareness>", ">true</longPathAware>",
+                     "Microsoft.Windows.Common-Controls"):
+            self.assertIn(part.lower(), manifest.lower())
+
+    def test_its_version(self):
+        for text in ("Installiert das Orvanta USB-Stick Internetupdate Tool", f"{NEW}.0.0", "Orvanta"):
+            self.assertIn(text.encode("utf-16-le"), self.data)
+        fixed = self.data.index(bytes.fromhex("bd04effe"))  # VS_FIXEDFILEINFO
+        self.assertEqual(self.data[fixed + 8:fixed + 16], bytes.fromhex("0600 0100 0000 0000"))
 
 
 class Same(unittest.TestCase):
