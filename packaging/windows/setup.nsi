@@ -370,6 +370,12 @@ Function un.onInit
   SetShellVarContext current
   ${GetParameters} $0
   ClearErrors
+  ${GetOptions} $0 "/LAST" $1
+  ${IfNot} ${Errors}
+    Call un.RemoveTheLast
+    Quit
+  ${EndIf}
+  ClearErrors
   ${GetOptions} $0 "/KEEPSETTINGS" $1
   StrCpy $KeepSettings 1
   ${If} ${Errors}
@@ -423,15 +429,31 @@ Function un.RemoveSettings
   RMDir "$APPDATA\orvanta-usbtool"
 FunctionEnd
 
-; It runs from here when it was waited for, and cannot be deleted then.
+Function un.RemoveFolders
+  RMDir "$INSTDIR" ; not when it holds anything else
+  RMDir "$LOCALAPPDATA\Programs"
+FunctionEnd
+
+; It runs from its own place when it is waited for, and cannot be deleted then: a copy does that after its end.
 Function un.RemoveUninstaller
   ClearErrors
   Delete "$INSTDIR\${UNINSTALLER}"
   ${If} ${Errors}
-    GetTempFileName $0
-    Delete $0
-    Rename "$INSTDIR\${UNINSTALLER}" $0
+    CopyFiles /SILENT /FILESONLY "$INSTDIR\${UNINSTALLER}" "$TEMP\~orvanta-usbtool.exe"
+    Exec '"$TEMP\~orvanta-usbtool.exe" /S /LAST _?=$INSTDIR'
   ${EndIf}
+FunctionEnd
+
+; What that copy does.
+Function un.RemoveTheLast
+  ${For} $0 1 600
+    Delete "$INSTDIR\${UNINSTALLER}"
+    ${IfNot} ${FileExists} "$INSTDIR\${UNINSTALLER}"
+      ${ExitFor}
+    ${EndIf}
+    Sleep 50
+  ${Next}
+  Call un.RemoveFolders
 FunctionEnd
 
 Section Uninstall
@@ -453,8 +475,7 @@ Section Uninstall
   ${EndIf}
   RMDir /r "$INSTDIR\~neu" ; of an installation that was interrupted
   Call un.RemoveUninstaller
-  RMDir "$INSTDIR" ; not when it holds anything else
-  RMDir "$LOCALAPPDATA\Programs"
+  Call un.RemoveFolders
   Delete "${SHORTCUT}"
   DeleteRegKey HKCU "${KEY}"
 SectionEnd

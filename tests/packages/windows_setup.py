@@ -31,6 +31,7 @@ OLD, NEW = "1.5", "1.6"
 PATIENCE = 60  # seconds
 PROGRAM = "orvanta-usbtool.exe"
 UNINSTALLER = "Deinstallieren.exe"
+LAST = "~orvanta-usbtool.exe"
 USER = pwd.getpwuid(os.getuid()).pw_name
 FOLDER = rf"C:\users\{USER}\AppData\Local\Programs\Orvanta USB-Tool"
 MENU = rf"C:\users\{USER}\AppData\Roaming\Microsoft\Windows\Start Menu\Programs"
@@ -223,7 +224,10 @@ class InstallerCase(unittest.TestCase):
     def uninstall(self, more=""):
         """As the list of programs tells for removing silently."""
         program, _, rest = self.machine.entry()["QuietUninstallString"].partition(" /S")
-        return self.machine.run(f"{program} /S{more}{rest}")
+        status = self.machine.run(f"{program} /S{more}{rest}")
+        if status == 0:  # it cannot delete itself; a copy does that after its end
+            wait_for(lambda: LAST not in self.machine.processes(), "the end of the uninstaller", self.machine.processes)
+        return status
 
     def expect_installed(self, number=OLD, changed=None):
         """What was packed is there and nothing else, but for what is told with its bytes."""
