@@ -4,8 +4,8 @@ import os
 import subprocess
 import unittest
 
-from windows_setup import (FOLDER, KEY, MENU, NEW, OLD, PROGRAM, SECONDS, TITLE, UNINSTALLER, InstallerCase,
-                           packed, setup, wait_for)
+from windows_setup import (FOLDER, KEY, MENU, NEW, OLD, PATIENCE, PROGRAM, SECONDS, TITLE, UNINSTALLER,
+                           InstallerCase, packed, setup, wait_for)
 
 DONE, CANCELLED, NOT_POSSIBLE, IS_OPEN = 0, 1, 2, 3
 SETTINGS = b"[USB Tool]\r\nchkAuto=0\r\n"
@@ -200,7 +200,7 @@ class Open(InstallerCase):
         self.machine.press("Cancel")
         self.machine.wait_dialog("Die Version 1.5 ist installiert.")
         self.machine.press("Abbrechen")
-        self.assertEqual(process.wait(60), CANCELLED)
+        self.assertEqual(process.wait(PATIENCE), CANCELLED)
         self.assertEqual(self.machine.entry()["DisplayVersion"], OLD)
 
     def test_the_formatter_counts_as_open(self):

@@ -2,7 +2,7 @@
 
 import unittest
 
-from windows_setup import FOLDER, NEW, OLD, PROGRAM, TITLE, UNINSTALLER, InstallerCase, setup
+from windows_setup import FOLDER, NEW, OLD, PATIENCE, PROGRAM, TITLE, UNINSTALLER, InstallerCase, setup
 
 CLOSE = "Beenden"  # the last page's button
 LARGE = {TITLE, "Das Programm ist installiert"}  # titles, in 12 points
@@ -46,7 +46,7 @@ class Pages(InstallerCase):
         self.expect_installed()
         self.assertTrue(self.box("Programm jetzt starten"))
         self.machine.press("Fertig")
-        self.assertEqual(process.wait(60), 0)
+        self.assertEqual(process.wait(PATIENCE), 0)
         self.machine.wait_program()
         self.picture(f"3-program-{self.letters}")
         self.machine.end_program()
@@ -88,7 +88,7 @@ class Ways(InstallerCase):
         process = self.start(setup(OLD))
         self.machine.wait_dialog("Es wird nur für Sie installiert")
         self.machine.press("Abbrechen")
-        self.assertEqual(process.wait(60), 1)
+        self.assertEqual(process.wait(PATIENCE), 1)
         self.assertFalse(self.machine.folder.exists())
         self.assertEqual(self.machine.entry(), {})
 

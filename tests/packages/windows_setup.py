@@ -2,6 +2,7 @@
 
     USBTOOL_WINDOWS_BUILD   folder of the cross build, with the program and the probe (build/windows)
     USBTOOL_PICTURES        where pictures of the pages go
+    USBTOOL_PATIENCE        seconds until something that is waited for counts as missing
 """
 
 import functools
@@ -23,12 +24,12 @@ sys.path[:0] = [str(ROOT / "tests" / "driver"), str(ROOT / "packaging" / "window
 import make_setup  # noqa: E402
 import program_files  # noqa: E402
 import wine_machine  # noqa: E402
-from window import POLL  # noqa: E402
+from window import POLL, DriverError  # noqa: E402
 
 TITLE = "Orvanta USB-Stick Internetupdate Tool"
 SECONDS = 1_700_000_000  # the time of all files
 OLD, NEW = "1.5", "1.6"
-PATIENCE = 60  # seconds
+PATIENCE = float(os.environ.get("USBTOOL_PATIENCE", "120"))  # seconds: longer than what a busy machine takes
 PROGRAM = "orvanta-usbtool.exe"
 UNINSTALLER = "Deinstallieren.exe"
 LAST = "~orvanta-usbtool.exe"
@@ -155,22 +156,35 @@ class WindowsMachine(wine_machine.Machine):
 
     def wait_dialog(self, text):
         """The dialog that shows a text, once it does."""
-        return wait_for(lambda: self._showing(text), f"a dialog with {text!r}", self.dialog)
+        return wait_for(lambda: self._showing(text), f"a dialog with {text!r}", self._dialog_now)
+
+    def _dialog_now(self):
+        """None, too, while one page takes the place of another."""
+        try:
+            return self.dialog()
+        except DriverError:
+            return None
+
+    def _gone(self):
+        try:
+            return self.dialog() is None
+        except DriverError:
+            return False
 
     def _showing(self, text):
-        shown = self.dialog()
+        shown = self._dialog_now()
         return shown if shown and any(text in control["text"] for control in shown["controls"]) else None
 
     def press(self, button):
-        wait_for(lambda: self._usable(button), f"a button {button!r}", self.dialog)
+        wait_for(lambda: self._usable(button), f"a button {button!r}", self._dialog_now)
         self.request("press", button=button)
 
     def _usable(self, button):
-        shown = self.dialog() or {"controls": []}
+        shown = self._dialog_now() or {"controls": []}
         return any(control["text"].replace("&", "") == button and control["enabled"] for control in shown["controls"])
 
     def wait_no_dialog(self):
-        wait_for(lambda: self.dialog() is None, "the end of the dialog", self.dialog)
+        wait_for(self._gone, "the end of the dialog", self._dialog_now)
 
     def program_windows(self):
         return [window["name"] for window in self.request("windows")["windows"] if window["visible"]]
