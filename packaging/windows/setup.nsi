@@ -89,15 +89,18 @@ Entfernen können Sie es in den Einstellungen von Windows unter „Apps“."
 !define MUI_FINISHPAGE_RUN_TEXT "Programm jetzt &starten"
 !define MUI_FINISHPAGE_BUTTON "&Fertig"
 !define MUI_FINISHPAGE_NOREBOOTSUPPORT
+!define MUI_PAGE_CUSTOMFUNCTION_SHOW HideOtherButtons
 !insertmacro MUI_PAGE_FINISH
 
 UninstPage custom un.AskSettings un.TakeSettings
 !define MUI_PAGE_HEADER_TEXT "Wird entfernt"
 !define MUI_PAGE_HEADER_SUBTEXT "Das dauert nur einen Augenblick."
-!define MUI_UNINSTFILESPAGE_FINISHHEADER_TEXT "Entfernt"
-!define MUI_UNINSTFILESPAGE_FINISHHEADER_SUBTEXT "Das Programm ist nicht mehr auf diesem Computer."
-!define MUI_UNINSTFILESPAGE_ABORTHEADER_TEXT "Nicht entfernt"
-!define MUI_UNINSTFILESPAGE_ABORTHEADER_SUBTEXT "Das Programm wurde nicht entfernt."
+!define MUI_INSTFILESPAGE_FINISHHEADER_TEXT "Entfernt"
+!define MUI_INSTFILESPAGE_FINISHHEADER_SUBTEXT "Das Programm ist nicht mehr auf diesem Computer."
+!undef MUI_INSTFILESPAGE_ABORTHEADER_TEXT
+!undef MUI_INSTFILESPAGE_ABORTHEADER_SUBTEXT
+!define MUI_INSTFILESPAGE_ABORTHEADER_TEXT "Nicht entfernt"
+!define MUI_INSTFILESPAGE_ABORTHEADER_SUBTEXT "Das Programm wurde nicht entfernt."
 !insertmacro MUI_UNPAGE_INSTFILES
 
 !insertmacro MUI_LANGUAGE "German"
@@ -231,6 +234,14 @@ FunctionEnd
 Function NameInstall
   GetDlgItem $0 $HWNDPARENT 1
   SendMessage $0 ${WM_SETTEXT} 0 "STR:&Installieren"
+FunctionEnd
+
+; There is no way back from the last page, and nothing to cancel.
+Function HideOtherButtons
+  GetDlgItem $0 $HWNDPARENT 3
+  ShowWindow $0 ${SW_HIDE}
+  GetDlgItem $0 $HWNDPARENT 2
+  ShowWindow $0 ${SW_HIDE}
 FunctionEnd
 
 Function ExpectClosed
