@@ -5,6 +5,7 @@
     USBTOOL_PATIENCE        seconds until something that is waited for counts as missing
 """
 
+import atexit
 import functools
 import os
 import pwd
@@ -63,7 +64,7 @@ def needs():
 @functools.cache
 def work_folder():
     folder = tempfile.mkdtemp(prefix="usbtool-installer-")
-    unittest.addModuleCleanup(shutil.rmtree, folder)
+    atexit.register(shutil.rmtree, folder)
     return Path(folder)
 
 
