@@ -1,6 +1,8 @@
-"""The archive for Windows: what is wrong with a program is found in each of them."""
+"""The packages for Windows: what is wrong with a program is found in each of them; what goes along; who signs."""
 
+import os
 import sys
+import tempfile
 import unittest
 from pathlib import Path
 from unittest import mock
@@ -8,6 +10,7 @@ from unittest import mock
 sys.path.insert(0, str(Path(__file__).resolve().parents[2] / "packaging" / "windows"))
 
 import program_files  # noqa: E402
+import sign  # noqa: E402
 
 FINE = "\tDLL Name: KERNEL32.dll\n\tDLL Name: msvcrt.dll\n"
 
@@ -38,6 +41,34 @@ class Complaints(unittest.TestCase):
         for name in program_files.LARGEST:
             self.assertEqual(complaints(name, b"..../builder/build/x"), [f"{name} names the folder /builder/build"])
             self.assertEqual(len(complaints(name, "/builder/build".encode("utf-16-le"))), 1)
+
+
+class Handbook(unittest.TestCase):
+    def test_it_goes_along_where_it_was_made(self):
+        with tempfile.TemporaryDirectory() as temporary:
+            folder = Path(temporary)
+            self.assertEqual(program_files.handbook(folder), {})
+            (folder / "Anleitung").mkdir()
+            (folder / "Anleitung.html").write_bytes(b"page")
+            (folder / "Anleitung" / "start.png").write_bytes(b"picture")
+            (folder / "other.html").write_bytes(b"other")
+            self.assertEqual(program_files.handbook(folder), {"Anleitung.html": b"page", "Anleitung/start.png": b"picture"})
+
+
+class Signing(unittest.TestCase):
+    """The command gets the file at its end, or where it wants it."""
+
+    def signed_by(self, command):
+        with mock.patch.dict(os.environ, SIGN_COMMAND=command), mock.patch.object(sign.subprocess, "run") as run:
+            sign.sign("a file.exe")
+        return [call.args[0] for call in run.call_args_list]
+
+    def test_where_the_file_goes(self):
+        self.assertEqual(self.signed_by("signer -k 'my key'"), [["signer", "-k", "my key", "a file.exe"]])
+        self.assertEqual(self.signed_by("signer --in={} -q"), [["signer", "--in=a file.exe", "-q"]])
+
+    def test_nothing_is_signed_without_a_command(self):
+        self.assertEqual(self.signed_by(" "), [])
 
 
 if __name__ == "__main__":
