@@ -1,11 +1,12 @@
 """The installer for Windows under Wine: in, started, up to another version and out, silently and by its pages."""
 
 import os
+import shutil
 import subprocess
 import unittest
 
-from windows_setup import (FOLDER, KEY, MENU, NEW, OLD, PATIENCE, PROGRAM, SECONDS, TITLE, UNINSTALLER,
-                           InstallerCase, packed, setup, wait_for)
+from windows_setup import (BUILD, FOLDER, KEY, MENU, NEW, OLD, PATIENCE, PROGRAM, SECONDS, TITLE, UNINSTALLER,
+                           InstallerCase, make_setup, packed, setup, wait_for, windows_path, work_folder)
 
 DONE, CANCELLED, NOT_POSSIBLE, IS_OPEN = 0, 1, 2, 3
 SETTINGS = b"[USB Tool]\r\nchkAuto=0\r\n"
@@ -86,6 +87,24 @@ class Silent(InstallerCase):
         self.assertEqual(self.install(), NOT_POSSIBLE)
         self.assertEqual(self.machine.entry(), {})
         self.assertFalse((self.machine.folder / "~neu").exists())
+
+
+class Handbook(InstallerCase):
+    """Pictures lie in a folder, which comes and goes with them."""
+
+    def test_in_and_out(self):
+        build = work_folder() / "with-handbook"
+        shutil.copytree(BUILD / "program", build / "program", ignore=shutil.ignore_patterns("Anleitung*"))
+        (build / "program" / "Anleitung").mkdir()
+        pages = {"Anleitung.html": b"page", "Anleitung/start.png": b"picture"}
+        for name, data in pages.items():
+            (build / "program" / name).write_bytes(data)
+        target = make_setup.make(build, work_folder() / "handbook", SECONDS, OLD)
+        self.assertEqual(self.machine.run(f'"{windows_path(target)}" /S'), DONE)
+        found = self.machine.installed()
+        self.assertEqual({name: found.get(name) for name in pages}, pages)
+        self.assertEqual(self.uninstall(), DONE)
+        self.assertFalse(self.machine.folder.exists())
 
 
 class OldWindows(InstallerCase):

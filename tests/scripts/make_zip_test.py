@@ -52,7 +52,8 @@ class Handbook(unittest.TestCase):
             (folder / "Anleitung.html").write_bytes(b"page")
             (folder / "Anleitung" / "start.png").write_bytes(b"picture")
             (folder / "other.html").write_bytes(b"other")
-            self.assertEqual(program_files.handbook(folder), {"Anleitung.html": b"page", "Anleitung/start.png": b"picture"})
+            self.assertEqual(program_files.handbook(folder),
+                             {"Anleitung.html": b"page", "Anleitung/start.png": b"picture"})
 
 
 class Signing(unittest.TestCase):
