@@ -51,6 +51,9 @@ public:
     /// The window is gone.
     std::function<void()> onUnload;
 
+    /// The user asked for help with the window.
+    std::function<void()> onHelp;
+
     /// Adds a control, which must live as long as the form.
     void add(Control& control) { controls_.push_back(&control); }
     const std::vector<Control*>& controls() const noexcept { return controls_; }
@@ -73,6 +76,11 @@ public:
     /// The user pressed Enter while that control had the keyboard. Nothing is pressed while a click on one of
     /// the form's buttons is being handled: who presses Enter twice does not mean to begin a second time.
     void enterPressed(Control* focus);
+
+    /// The user pressed the key for help.
+    void helpRequested() {
+        if (onHelp) onHelp();
+    }
 
     /// Loads the window when it is not, shows it beside `owner` and returns.
     void show(Form* owner = nullptr);

@@ -57,6 +57,7 @@ public:
         window_->fitScreen();
         window_->onCloseRequested = [this] { requestClose(); };
         window_->onEnter = [this](const QWidget* focus) { enter(focus); };
+        window_->onHelp = [this] { dispatch([this] { form_.helpRequested(); }, this); };
         window_->onFocusMoved = [this](const QWidget* focus) { showEnterButton(focus); };
         window_->watchEnter();
         showEnterButton(nullptr);

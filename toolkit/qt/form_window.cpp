@@ -160,6 +160,8 @@ void FormWindow::keyPressEvent(QKeyEvent* event) {
     if (handleEnter(*event)) return;
     if (event->matches(QKeySequence::Cancel) && isModal())
         requestClose();
+    else if (event->key() == Qt::Key_F1 && !event->isAutoRepeat())
+        report(onHelp);
     else
         event->ignore();
 }
@@ -205,9 +207,12 @@ void FormWindow::closeEvent(QCloseEvent* event) {
 }
 
 void FormWindow::requestClose() {
-    // A copy: the window may go while the wish is granted.
-    const auto report = onCloseRequested;
-    if (report) report();
+    report(onCloseRequested);
+}
+
+void FormWindow::report(const std::function<void()>& onWish) {
+    const auto wish = onWish; // a copy: the window may go while the wish is granted
+    if (wish) wish();
 }
 
 } // namespace toolkit::qt

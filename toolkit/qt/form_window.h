@@ -23,6 +23,8 @@ public:
     std::function<void()> onCloseRequested;
     /// Enter was pressed, while that part (null for none) had the keyboard.
     std::function<void(const QWidget* focus)> onEnter;
+    /// The key for help was pressed.
+    std::function<void()> onHelp;
     /// Another part of the window has the keyboard.
     std::function<void(const QWidget* focus)> onFocusMoved;
 
@@ -45,6 +47,7 @@ protected:
 private:
     bool handleEnter(const QKeyEvent& event);
     void requestClose();
+    static void report(const std::function<void()>& onWish);
     void chooseFirstFocus();
     void placeOver(const QRect& middle);
     void appearingGoesOn(QEvent::Type step);

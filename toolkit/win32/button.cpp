@@ -1,5 +1,6 @@
 #include "toolkit/button.h"
 
+#include "toolkit/win32/accessible_text.h"
 #include "toolkit/win32/binding.h"
 #include "toolkit/win32/captioned.h"
 #include "toolkit/win32/painting.h"
@@ -8,11 +9,19 @@ namespace toolkit::win32 {
 
 namespace {
 
+/// What a button is called that shows a mere sign stands in the layout behind a tab.
+///
 /// Of a disabled button the text tells what to do, so it is drawn to be read.
 /// https://learn.microsoft.com/windows/win32/controls/nm-customdraw-button
 class ButtonAdaptor : public ClickedAdaptor<Button> {
 public:
-    using ClickedAdaptor::ClickedAdaptor;
+    ButtonAdaptor(Button& button, FormWindow& window, HWND part) : ClickedAdaptor(button, window, part) {
+        const std::wstring text = windowText(part);
+        const std::size_t tab = text.find(L'\t');
+        if (tab == std::wstring::npos) return;
+        setWindowText(part, text.substr(0, tab));
+        speak(part, Spoken::Name, text.substr(tab + 1));
+    }
 
     std::optional<LRESULT> notified(const NMHDR& header) override {
         if (header.code != NM_CUSTOMDRAW || IsWindowEnabled(part()) != FALSE) return {};

@@ -47,6 +47,7 @@ public:
         window_->onCloseRequested = [this] { requestClose(); };
         window_->onSessionEnd = [&form] { dispatchEndNow([&form] { form.closeRequested(); }); };
         window_->onEnter = [this](int number) { enter(number); };
+        window_->onHelp = [this] { dispatch([this] { form_.helpRequested(); }, this); };
         window_->onRescaled = [this] { showIcon(); };
         window_->onDestroyed = [this] { window_ = nullptr; };
         liveViews().push_back(this);
@@ -160,6 +161,7 @@ private:
         window_->onCloseRequested = {};
         window_->onSessionEnd = {};
         window_->onEnter = {};
+        window_->onHelp = {};
         window_->onRescaled = {};
         window_->onDestroyed = {};
         return std::exchange(window_, nullptr);

@@ -156,6 +156,12 @@ bool FormWindow::handleEnter(const MSG& message) {
     return true;
 }
 
+bool FormWindow::handleHelp(const MSG& message) {
+    if (message.message != WM_KEYDOWN || message.wParam != VK_F1) return false;
+    if ((HIWORD(message.lParam) & KF_REPEAT) == 0) report(onHelp);
+    return true;
+}
+
 int FormWindow::showEnterButton(int number) const {
     const LRESULT answer = SendMessageW(handle_, DM_GETDEFID, 0, 0);
     SendMessageW(handle_, DM_SETDEFID, static_cast<WPARAM>(number), 0);

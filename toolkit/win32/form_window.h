@@ -42,6 +42,8 @@ public:
     std::function<void()> onSessionEnd;
     /// Enter was pressed, while the part of that number (0 for none) had the keyboard.
     std::function<void(int number)> onEnter;
+    /// The key for help was pressed.
+    std::function<void()> onHelp;
     /// The resolution or the set of colours has changed.
     std::function<void()> onRescaled;
     /// The window is gone; this object follows.
@@ -68,6 +70,8 @@ public:
 
     /// Reports Enter; false when it means something to the part that gets it.
     bool handleEnter(const MSG& message);
+    /// Reports the key for help, once however long it is held down; false for any other one.
+    bool handleHelp(const MSG& message);
     /// Shows which button Enter presses; 0 for none. Returns the one that was shown so far.
     int showEnterButton(int number) const;
 

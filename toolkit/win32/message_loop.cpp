@@ -35,7 +35,7 @@ void handleUnframed(MSG& message) {
     HWND const root = message.hwnd == nullptr ? nullptr : GetAncestor(message.hwnd, GA_ROOT);
     if (FormWindow* const window = FormWindow::of(root)) {
         window->toolTips().follow(message);
-        if (window->handleEnter(message) || isDialogKey(root, message)) return;
+        if (window->handleEnter(message) || window->handleHelp(message) || isDialogKey(root, message)) return;
     }
     TranslateMessage(&message);
     DispatchMessageW(&message);

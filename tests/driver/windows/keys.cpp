@@ -9,7 +9,7 @@ namespace probe {
 
 namespace {
 
-constexpr std::array<std::pair<std::string_view, WORD>, 18> keyNames{{{"Tab", VK_TAB},
+constexpr std::array<std::pair<std::string_view, WORD>, 19> keyNames{{{"Tab", VK_TAB},
                                                                       {"Return", VK_RETURN},
                                                                       {"Escape", VK_ESCAPE},
                                                                       {"Space", VK_SPACE},
@@ -21,6 +21,7 @@ constexpr std::array<std::pair<std::string_view, WORD>, 18> keyNames{{{"Tab", VK
                                                                       {"Right", VK_RIGHT},
                                                                       {"Home", VK_HOME},
                                                                       {"End", VK_END},
+                                                                      {"F1", VK_F1},
                                                                       {"F4", VK_F4},
                                                                       {"F10", VK_F10},
                                                                       {"+", VK_ADD},
