@@ -1,5 +1,6 @@
 #include "app/frmMain.h"
 
+#include "app/handbook.h"
 #include "base/lines.h"
 #include "drive/cDrive.h"
 #include "drive/device_monitor.h"
@@ -70,6 +71,8 @@ void frmMain::connectEvents() {
     cmdSearch.onClick = [this] { cmdSearch_Click(); };
     cmdSaveOnStick.onClick = [this] { cmdSaveOnStick_Click(); };
     cmdtest.onClick = [this] { cmdtest_Click(); };
+    cmdHelp.onClick = [this] { app::openHandbook(caption()); };
+    onHelp = cmdHelp.onClick;
     txtOpenPath.onKeyPress = [this](char32_t) {
         cmdSaveOnStick.setEnabled(true);
         UnsavedChanges = true;
@@ -130,6 +133,7 @@ void frmMain::Timer1_Timer() {
 
 void frmMain::cmdtest_Click() {
     if (assistant_ == nullptr) assistant_ = std::make_unique<Form1>(*this);
+    assistant_->onHelp = onHelp;
     assistant_->show(this);
 }
 
@@ -146,6 +150,7 @@ void frmMain::chooseAmongSticks() {
         candidates.push_back({root, std::move(label), drive::factsOf(drive, root)});
     }
     frmAuswahl dialog(std::move(candidates));
+    dialog.onHelp = onHelp;
     dialog.onChosen = [&drive](const std::string& root) { drive.ChooseUSB_Info(root); };
     dialog.showModal(*this);
 }

@@ -35,7 +35,7 @@ void MainWindow::addControls() {
              &cmdChoose,      &StatusBar1,     &Timer1,        &Frame2,          &lblLW,         &txtDT_Cap,
              &Command1,       &txtFAT,         &cmbSize,       &lblHDSize,       &lblHDFree,     &lblHDUsed,
              &lblHDFreeColor, &lblHDUsedColor, &Picture1,      &cmdSearch,       &cmdOpen,       &txtOpenPath,
-             &cmdSaveOnStick, &chkAuto,        &Frame4,        &cmdtest,         &prgUpdate})
+             &cmdSaveOnStick, &chkAuto,        &Frame4,        &cmdtest,         &prgUpdate,     &cmdHelp})
         add(*control);
     const auto addArray = [this](auto& array) {
         for (std::size_t i = 0; i < array.size(); ++i)

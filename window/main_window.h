@@ -52,6 +52,7 @@ public:
     toolkit::Button cmdChoose{"cmdChoose"};
     toolkit::StatusBar StatusBar1{"StatusBar1"};
     toolkit::ProgressBar prgUpdate{"prgUpdate"}; ///< right of panel 2
+    toolkit::Button cmdHelp{"cmdHelp"};          ///< right of that
     toolkit::Timer Timer1;
 
     // The stick.

@@ -83,6 +83,7 @@
 #define StatusBar1 1096
 #define prgUpdate 1097
 #define prgUpdateText 1098
+#define cmdHelp 1099
 
 // frmMain: the menu that belongs to the tray icon
 #define mnuPopup_0 1100
