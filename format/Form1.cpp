@@ -5,6 +5,7 @@
 #include "format/disk_text.h"
 #include "format/process_runner.h"
 #include "platform/program_path.h"
+#include "platform/sandbox.h"
 #include "platform/volumes.h"
 #include "toolkit/message_box.h"
 #include "toolkit/scoped_flag.h"
@@ -20,6 +21,9 @@ constexpr const char* thirdStep = "Schritt 3:";
 
 constexpr const char* firstInstructions = "Vergewisseren Sie sich dass die USB-Platte NICHT am PC "
                                           "angeschlossen ist und drücken Sie dann auf WEITER.";
+
+constexpr const char* switchedOff = "Im Flatpak ist der Assistent abgeschaltet: Zum Formatieren dient das "
+                                    "Paket für Debian und Ubuntu oder der Ordner des Programms.";
 
 std::string secondInstructions() {
     return joinLines(
@@ -76,13 +80,11 @@ Form1::Form1(toolkit::Form& owner) : Form("Form1"), Timer1("Timer1", 4000ms, tru
 /// The window may be loaded again after it was closed; its buttons are then as they were the first time.
 void Form1::Form_Load() {
     showFirstStep();
-    Command1.setEnabled(true);
     Command2.setEnabled(true);
 }
 
 void Form1::Command2_Click() {
     showFirstStep();
-    Command1.setEnabled(true);
     Command2.setEnabled(false);
 }
 
@@ -118,11 +120,14 @@ void Form1::Timer1_Timer() {
     Command1.setEnabled(true);
 }
 
+/// A sandbox has no disk to offer, so there it goes no further.
 void Form1::showFirstStep() {
+    const bool possible = !platform::isSandboxed();
     state_ = WithoutDisk;
     Label3.setCaption(firstStep);
-    Label2.setCaption(firstInstructions);
+    Label2.setCaption(possible ? firstInstructions : switchedOff);
     lblDisk.setCaption({});
+    Command1.setEnabled(possible);
 }
 
 void Form1::beginWaiting() {

@@ -1,5 +1,8 @@
-// https://specifications.freedesktop.org/notification/latest/protocol.html
+// https://specifications.freedesktop.org/notification/latest/protocol.html, and from a sandbox
+// https://flatpak.github.io/xdg-desktop-portal/docs/doc-org.freedesktop.portal.Notification.html
 #include "platform/notification.h"
+
+#include "platform/sandbox.h"
 
 #include <QDBusConnection>
 #include <QDBusMessage>
@@ -29,18 +32,32 @@ quint32 numberOf(const std::optional<QDBusPendingCall>& shown) {
     return reply.isError() ? 0 : reply.value();
 }
 
+/// One of the same name takes the place of the one before.
+QDBusMessage portalRequest(std::string_view title, std::string_view body) {
+    QDBusMessage request =
+        QDBusMessage::createMethodCall("org.freedesktop.portal.Desktop", "/org/freedesktop/portal/desktop",
+                                       "org.freedesktop.portal.Notification", "AddNotification");
+    request << QStringLiteral("update") << QVariantMap{{"title", text(title)}, {"body", text(body)}};
+    return request;
+}
+
+QDBusMessage desktopRequest(std::string_view title, std::string_view body, quint32 replaced) {
+    QDBusMessage request = QDBusMessage::createMethodCall(service, path, service, "Notify");
+    const QVariantMap hints = {{"desktop-entry", "orvanta-usbtool"}};
+    request << QStringLiteral("Orvanta USB-Stick Internetupdate Tool") << replaced
+            << QStringLiteral("orvanta-usbtool") << text(title) << text(body).toHtmlEscaped() << QStringList()
+            << hints << untilTheDesktopSays;
+    return request;
+}
+
 } // namespace
 
 bool showNotification(std::intptr_t /*window*/, std::string_view title, std::string_view body) {
     static std::optional<QDBusPendingCall> last;
     const QDBusConnection bus = QDBusConnection::sessionBus();
     if (!bus.isConnected()) return false;
-    QDBusMessage request = QDBusMessage::createMethodCall(service, path, service, "Notify");
-    const QVariantMap hints = {{"desktop-entry", "orvanta-usbtool"}};
-    request << QStringLiteral("Orvanta USB-Stick Internetupdate Tool") << numberOf(last)
-            << QStringLiteral("orvanta-usbtool") << text(title) << text(body).toHtmlEscaped() << QStringList()
-            << hints << untilTheDesktopSays;
-    last = bus.asyncCall(request);
+    last = bus.asyncCall(isSandboxed() ? portalRequest(title, body)
+                                       : desktopRequest(title, body, numberOf(last)));
     return true;
 }
 

@@ -90,6 +90,7 @@ struct Computer {
     bool settles = true;
     bool sparesCopies = false;  ///< a copy that is there already is left alone
     bool active = true;         ///< the user works with one of the program's windows
+    bool sandboxed = false;
     std::string missingService; ///< as missingDriveService() tells it
     /// Makes an operation fail; it is given as the journal has it. File operations come to `failure` then,
     /// and whatever is fetched ends there.

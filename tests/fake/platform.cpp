@@ -6,6 +6,7 @@
 #include "platform/http.h"
 #include "platform/notification.h"
 #include "platform/program_folder.h"
+#include "platform/sandbox.h"
 #include "platform/shell.h"
 #include "platform/system_path.h"
 #include "platform/taskbar.h"
@@ -295,6 +296,10 @@ int shellExecute(ShellOwner owner, std::string_view verb, std::string_view file,
                                      std::string(directory), showCommand});
     const auto code = computer().shellCodes.find(std::string(file));
     return code == computer().shellCodes.end() ? int{ShellAccepted} : code->second;
+}
+
+bool isSandboxed() {
+    return computer().sandboxed;
 }
 
 int showFolder(ShellOwner owner, std::string_view folder) {

@@ -41,7 +41,9 @@ bool handlingHeldEventsSoon = false;
 void describe(QApplication& application) {
     QCoreApplication::setApplicationName(QStringLiteral("orvanta-usbtool"));
     QGuiApplication::setApplicationDisplayName({});
-    QGuiApplication::setDesktopFileName(QStringLiteral("orvanta-usbtool"));
+    // Flatpak gives every program's desktop file the name of its own.
+    QGuiApplication::setDesktopFileName(
+        qEnvironmentVariable("FLATPAK_ID", QCoreApplication::applicationName()));
     QGuiApplication::setQuitOnLastWindowClosed(false);
     QApplication::setWindowIcon(qt::iconOf(programIcon));
     QObject::connect(&application, &QGuiApplication::commitDataRequest, &application,

@@ -1,0 +1,9 @@
+#include "platform/sandbox.h"
+
+namespace platform {
+
+bool isSandboxed() {
+    return false;
+}
+
+} // namespace platform
