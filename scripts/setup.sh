@@ -5,8 +5,8 @@
 set -euo pipefail
 
 declare -A packages=(
-  [program]="g++ ccache cmake ninja-build qt6-base-dev libcurl4-openssl-dev libblkid-dev libpng-dev
-             fonts-dejavu-core xdg-utils python3"
+  [program]="g++ cmake ninja-build qt6-base-dev libcurl4-openssl-dev libblkid-dev libpng-dev
+             fonts-dejavu-core xdg-utils python3 python3-markdown"
   [tests]="libgtest-dev dbus curl mtools dosfstools e2fsprogs openssl strace xvfb"
   [style]="clang-format-14 clang-tidy-14"
   [windows]="g++-mingw-w64-x86-64-posix googletest wine wine64 xvfb xauth imagemagick"
