@@ -1,13 +1,15 @@
 #!/usr/bin/python3
-"""Makes the user guide a page for browsers: make_handbook.py SOURCE FOLDER
+"""Makes the user guide a page for browsers: make_handbook.py [--single] SOURCE FOLDER
 
 SOURCE is docs/anleitung.md. FOLDER gets Anleitung.html and a folder Anleitung with the pictures that the text shows,
-byte for byte; pictures of an earlier text go. The same source makes the same bytes.
+byte for byte; pictures of an earlier text go. With --single the page holds its pictures itself. The same source makes
+the same bytes.
 """
 
+import argparse
+import base64
 import re
 import shutil
-import sys
 from pathlib import Path
 
 import markdown
@@ -48,16 +50,30 @@ def page_of(text):
     return FRAME.format(title=title_of(text), style=STYLE.read_text(encoding="utf-8"), body=body), pictures
 
 
-def make(source, folder):
+def make(source, folder, single=False):
     page, pictures = page_of(source.read_text(encoding="utf-8"))
     shutil.rmtree(folder / PICTURES, ignore_errors=True)
-    (folder / PICTURES).mkdir(parents=True)
+    folder.mkdir(parents=True, exist_ok=True)
+    if not single:
+        (folder / PICTURES).mkdir()
     for picture in pictures:
-        shutil.copyfile(source.parent / picture, folder / PICTURES / Path(picture).name)
+        shown = f"{PICTURES}/{Path(picture).name}"
+        if single:
+            data = base64.b64encode((source.parent / picture).read_bytes()).decode("ascii")
+            page = page.replace(f'src="{shown}"', f'src="data:image/png;base64,{data}"')
+        else:
+            shutil.copyfile(source.parent / picture, folder / shown)
     (folder / PAGE).write_bytes(page.encode("utf-8"))
 
 
+def main():
+    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("--single", action="store_true")
+    parser.add_argument("source", type=Path)
+    parser.add_argument("folder", type=Path)
+    options = parser.parse_args()
+    make(options.source, options.folder, options.single)
+
+
 if __name__ == "__main__":
-    if len(sys.argv) != 3:
-        sys.exit(__doc__)
-    make(Path(sys.argv[1]), Path(sys.argv[2]))
+    main()

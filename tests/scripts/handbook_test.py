@@ -1,5 +1,6 @@
 """The user guide: what it quotes the program shows, what the program shows it explains, and its page is whole."""
 
+import base64
 import hashlib
 import html
 import re
@@ -158,6 +159,14 @@ class Whole(unittest.TestCase):
             name = Path(picture["src"]).name
             self.assertEqual((self.target / picture["src"]).read_bytes(), (ROOT / "docs/pictures" / name).read_bytes())
             self.assertTrue(picture["alt"])
+
+    def test_a_single_page_holds_its_pictures(self):
+        with tempfile.TemporaryDirectory() as folder:
+            make_handbook.make(GUIDE, Path(folder), single=True)
+            self.assertEqual([file.name for file in Path(folder).iterdir()], ["Anleitung.html"])
+            pictures = Page((Path(folder) / "Anleitung.html").read_text(encoding="utf-8")).pictures
+        held = [base64.b64decode(picture["src"].removeprefix("data:image/png;base64,")) for picture in pictures]
+        self.assertEqual(held, [(self.target / picture["src"]).read_bytes() for picture in self.page.pictures])
 
     def test_it_needs_nothing_from_elsewhere(self):
         self.assertNotRegex(self.text, r"<(script|link|iframe)|https?:|@import|url\(")

@@ -1,5 +1,6 @@
 // What the desktop is told of a job: a session bus of the test's own, with somebody who listens.
 #include "platform/notification.h"
+#include "platform/sandbox.h"
 #include "platform/taskbar.h"
 
 #include "tests/conformance/linux/session_bus.h"
@@ -62,7 +63,29 @@ protected:
 
 } // namespace
 
+/// tests/packages/flatpak_test.py has it run in one.
+TEST_F(DesktopBus, FromASandboxThePortalNotifies) {
+    if (!isSandboxed()) GTEST_SKIP() << "this is no sandbox";
+    QDBusConnection desktop = connect();
+    Desktop portal;
+    ASSERT_TRUE(desktop.registerVirtualObject("/org/freedesktop/portal/desktop", &portal));
+    ASSERT_TRUE(desktop.registerService("org.freedesktop.portal.Desktop"));
+    EXPECT_TRUE(showNotification(0, "Update abgeschlossen", "a < b"));
+    EXPECT_TRUE(showNotification(0, "Update fehlgeschlagen", ""));
+    ASSERT_TRUE(waitFor([&] { return portal.requests.size() == 2; }));
+    const QDBusMessage first = portal.requests[0];
+    EXPECT_EQ(first.interface() + "." + first.member(),
+              "org.freedesktop.portal.Notification.AddNotification");
+    EXPECT_EQ(first.signature(), "sa{sv}");
+    const auto shown = qdbus_cast<QVariantMap>(first.arguments().value(1));
+    EXPECT_EQ(shown.value("title").toString(), "Update abgeschlossen");
+    EXPECT_EQ(shown.value("body").toString(), "a < b");
+    EXPECT_EQ(portal.requests[1].arguments().value(0), first.arguments().value(0))
+        << "it takes the first one's place";
+}
+
 TEST_F(DesktopBus, ANotificationHasTitleAndText) {
+    if (isSandboxed()) GTEST_SKIP() << "a sandbox asks the portal";
     QDBusConnection desktop = connect();
     Desktop notifications;
     ASSERT_TRUE(desktop.registerVirtualObject("/org/freedesktop/Notifications", &notifications));
