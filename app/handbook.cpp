@@ -1,6 +1,7 @@
 #include "app/handbook.h"
 
 #include "base/lines.h"
+#include "build_choices.h"
 #include "platform/files.h"
 #include "platform/program_path.h"
 #include "platform/shell.h"
@@ -13,9 +14,6 @@ namespace app {
 namespace {
 
 constexpr std::string_view page = "Anleitung.html";
-
-/// A package may keep documents in a folder of their own; empty: they lie beside the program.
-constexpr std::string_view folderOfDocuments;
 
 constexpr const char* missing = "Die Anleitung fehlt. Installieren Sie das Programm neu, oder entpacken Sie "
                                 "sein Archiv noch einmal vollständig.";
@@ -36,7 +34,7 @@ std::string handbookFile(std::string_view otherFolder) {
 }
 
 void openHandbook(std::string_view title) {
-    const std::string file = handbookFile(folderOfDocuments);
+    const std::string file = handbookFile(base::handbookFolder);
     if (file.empty())
         toolkit::messageBox(missing, toolkit::Exclamation, title);
     else if (!platform::ShellOpenFile("open", file, {}, {}, platform::showNormal, false))
