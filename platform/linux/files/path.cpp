@@ -1,6 +1,7 @@
 #include "platform/linux/files/path.h"
 
 #include "base/letters.h"
+#include "build_choices.h"
 #include "platform/linux/base/file_error.h"
 #include "platform/linux/base/folder_reader.h"
 #include "platform/linux/drives/drive_source.h"
@@ -55,7 +56,7 @@ bool splitNames(std::string_view rest, Route& route) {
 /// for none.
 std::optional<std::string> ownFolderOf(std::string_view path) {
     std::optional<std::string> found;
-    for (std::string folder : {programFolder(), userConfigFolder()}) {
+    for (std::string folder : {programFolder(), userConfigFolder(), std::string(base::handbookFolder)}) {
         if (folder.empty()) continue;
         if (folder.back() == '/') folder.pop_back();
         const bool begins =
