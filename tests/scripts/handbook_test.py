@@ -169,6 +169,7 @@ class Whole(unittest.TestCase):
         self.assertEqual(held, [(self.target / picture["src"]).read_bytes() for picture in self.page.pictures])
 
     def test_it_needs_nothing_from_elsewhere(self):
+        self.assertNotRegex(self.text, r"<th></th>")
         self.assertNotRegex(self.text, r"<(script|link|iframe)|https?:|@import|url\(")
 
     def test_the_same_bytes_each_time(self):
