@@ -247,3 +247,19 @@ TEST_F(FormatAssistant, TellsWhichDiskItFound) {
     expectSecondStep();
     EXPECT_EQ(assistant.lblDisk.caption(), "") << "it is gone";
 }
+
+TEST_F(FormatAssistant, IsOffInASandbox) {
+    const std::string off =
+        "Im Flatpak ist der Assistent abgeschaltet: Zum Formatieren dient das Paket für Debian "
+        "und Ubuntu oder der Ordner des Programms.";
+    assistant.unload();
+    computer().sandboxed = true;
+    assistant.show(&window);
+    expectStep("Schritt 1:", off, false);
+    assistant.Command1.click();
+    assistant.enterPressed(nullptr);
+    assistant.Command2.click();
+    expectStep("Schritt 1:", off, false);
+    EXPECT_TRUE(fake::computer().messages.empty());
+    EXPECT_TRUE(console().commandLines.empty());
+}
