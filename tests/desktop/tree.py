@@ -24,6 +24,7 @@ MAIN = [
                                           "SR 600 HD CI", "SR 700 HD Twin", "SR 800 HD PVR", "SR 900 UHD")],
     *[("radio button", name) for name in ("Österreich", "Deutschland", "Italia", "France", "Spain")],
     ("push button", "Starte Update"),
+    ("push button", "Hilfe"),
     ("notification", "USB Stick"),
     ("notification", "Updates geladen."),
     (None, "Laufwerkspfad E:\\"),
