@@ -53,18 +53,14 @@ TEST_F(Handbook, OpensByTheKeyAndByTheButton) {
     EXPECT_TRUE(computer().messages.empty());
 }
 
-TEST_F(Handbook, OpensInEveryWindow) {
+TEST_F(Handbook, OpensFromTheChoiceAmongSticks) {
     plugIn("E:\\");
     computer().onModal = [](toolkit::Form& dialog) {
         dialog.helpRequested();
         dialog.unload();
     };
     start();
-    EXPECT_EQ(opened(), std::vector<std::string>{beside}) << "the choice among sticks";
-    click(window().cmdtest);
-    const auto& forms = computer().windows;
-    EXPECT_EQ(forms.back(), "open Form1");
-    EXPECT_TRUE(static_cast<bool>(window().onHelp));
+    EXPECT_EQ(opened(), std::vector<std::string>{beside});
 }
 
 TEST_F(Handbook, AWindowThatNobodyHelpsWithIsSilent) {
