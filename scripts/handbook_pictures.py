@@ -83,6 +83,7 @@ def assistant(program, target, drives):
     program.wait_for("Label3", "text", "Schritt 2:", window="Form1")
     program.set_drives(drives)
     program.wait_for("Label3", "text", "Schritt 3:", timeout=60, window="Form1")
+    program.focus("Command1", "Form1")
     take(program, "Form1", target)
 
 

@@ -13,6 +13,8 @@ EXCLAMATION = 48
 
 
 class Handbook(AssistantCase):
+    LEAST = 16  # points that the mouse has to find, each way
+
     def page(self, program):
         return self.program_path(program, PAGE)
 
@@ -50,8 +52,13 @@ class Handbook(AssistantCase):
         names = ("StatusBar1_1", "StatusBar1_2", "prgUpdate", "cmdHelp")
         left = [parts[name]["geometry"][0] for name in names]
         self.assertEqual(left, sorted(left))
-        _, top, _, height = parts["cmdHelp"]["geometry"]
-        self.assertLessEqual(height, parts["StatusBar1"]["geometry"][3])
+        x, _, width, height = parts["cmdHelp"]["geometry"]
+        bar_x, _, bar_width, bar_height = parts["StatusBar1"]["geometry"]
+        edge = 8  # of the bar, in which nothing stands
+        self.assertLess(x + width, bar_x + bar_width - edge)
+        self.assertGreater(width, self.LEAST)
+        self.assertGreater(height, self.LEAST)
+        self.assertLess(height, bar_height)
 
     def test_the_assistant(self):
         program = self.start_assistant()
