@@ -88,8 +88,8 @@ struct Computer {
     /// What writing to a path comes to.
     std::map<std::string, platform::FileResult> writeResults;
     bool settles = true;
-    bool sparesCopies = false;  ///< a copy that is there already is left alone
-    bool active = true;         ///< the user works with one of the program's windows
+    bool sparesCopies = false; ///< a copy that is there already is left alone
+    bool active = true;        ///< the user works with one of the program's windows
     bool sandboxed = false;
     std::string missingService; ///< as missingDriveService() tells it
     /// Makes an operation fail; it is given as the journal has it. File operations come to `failure` then,
