@@ -4,6 +4,7 @@
 
 #include "app/handbook.h"
 #include "format/Form1.h"
+#include "toolkit/message_style.h"
 
 using unit::MainWindow;
 
