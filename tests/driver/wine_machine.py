@@ -33,7 +33,7 @@ SCREEN = (1366, 768)  # the smallest one that the window has to fit
 
 # A desktop in a window of its own needs no window manager. Z:, which is this machine's root folder, is no hard disk:
 # one that is plugged in has the last letter of those. The directory service has a provider of these tests, and so has
-# the service that keeps what screen readers say.
+# the service that keeps what screen readers say. Pages go to the browser of this machine, as addresses do.
 REGISTRY = r"""REGEDIT4
 
 [HKEY_CURRENT_USER\Software\Wine\Explorer]
@@ -47,6 +47,12 @@ REGISTRY = r"""REGEDIT4
 
 [HKEY_LOCAL_MACHINE\Software\Microsoft\ADs\Providers\WinNT]
 @="UsbToolTestWinNT"
+
+[HKEY_CLASSES_ROOT\.html]
+@="htmlfile"
+
+[HKEY_CLASSES_ROOT\htmlfile\shell\open\command]
+@="winebrowser.exe -nohome \"%1\""
 
 [HKEY_CLASSES_ROOT\UsbToolTestWinNT\CLSID]
 @="{{6d0e9c1e-5d0c-4b8e-9a53-2f6a1f7f3b10}}"
