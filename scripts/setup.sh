@@ -15,7 +15,7 @@ declare -A packages=(
   [hardware]="qemu-system-x86 debootstrap dosfstools mtools exfatprogs ntfs-3g fdisk"
   [portability]="debootstrap clang-14"
   [packages]="debhelper dpkg-dev lintian desktop-file-utils appstream man-db libxml2-utils polkitd debootstrap
-              g++-mingw-w64-x86-64-posix"
+              g++-mingw-w64-x86-64-posix nsis osslsigncode python3-yaml bubblewrap"
   [makefiles]="make"
   [packages]="nsis osslsigncode dpkg-dev"
 )

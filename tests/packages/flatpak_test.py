@@ -53,6 +53,8 @@ class Manifest(unittest.TestCase):
         self.assertIn('qEnvironmentVariable("FLATPAK_ID", QCoreApplication::applicationName())', source)
         self.assertEqual((MANIFEST["rename-desktop-file"], MANIFEST["rename-icon"]), (f"{name}.desktop", name))
         self.assertEqual(MANIFEST["command"], name)
+        metainfo = (ROOT / "packaging" / "linux" / f"{name}.metainfo.xml.in").read_text(encoding="utf-8")
+        self.assertIn(f"<id>{MANIFEST['id']}</id>", metainfo)
 
     def test_the_user_guide_names_it(self):
         guide = (ROOT / "docs" / "anleitung.md").read_text(encoding="utf-8")
