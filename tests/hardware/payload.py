@@ -25,6 +25,6 @@ def make_payload(folder):
     if FORMATTER.exists():
         shutil.copy(FORMATTER, folder / "windows")
     for file in [*(folder / "program").iterdir(), *folder.glob("plugins/**/*.so")]:
-        if file.read_bytes()[:4] == b"\x7fELF":
+        if file.is_file() and file.read_bytes()[:4] == b"\x7fELF":
             subprocess.run(["strip", "--strip-debug", file], check=True)
     return folder
