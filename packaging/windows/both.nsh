@@ -1,0 +1,87 @@
+; What installer and uninstaller share
+
+!macro Fail Text
+  DetailPrint "${Text}"
+  MessageBox MB_OK|MB_ICONSTOP "${Text}" /SD IDOK
+  SetErrorLevel ${NOT_POSSIBLE}
+!macroend
+
+!macro ForBoth un
+; $0: whether a window of the program is there, of whichever copy. It may be hidden, then its icon is beside the clock.
+Function ${un}FindProgramWindow
+  StrLen $2 "${TITLE}"
+  StrCpy $0 0
+  ${Do}
+    FindWindow $0 "frmMain" "" 0 $0
+    ${If} $0 == 0
+      ${ExitDo}
+    ${EndIf}
+    System::Call 'user32::GetWindowTextW(p r0, w .r1, i ${NSIS_MAX_STRLEN})'
+    StrCpy $1 $1 $2
+  ${LoopUntil} $1 == "${TITLE}"
+FunctionEnd
+
+; $0: whether the file named $1 in the folder runs, as it does without that window, or for another user.
+Function ${un}FindRunning
+  StrCpy $0 0
+  ; to write it, and whatever others do with it; only one that is there
+  System::Call 'kernel32::CreateFileW(w "$INSTDIR\$1", i 0x40000000, i 7, p 0, i 3, i 0, p 0) p .r2 ?e'
+  Pop $3
+  ${If} $2 != -1
+    System::Call 'kernel32::CloseHandle(p r2)'
+  ${ElseIf} $3 == 32 ; ERROR_SHARING_VIOLATION
+    StrCpy $0 1
+  ${EndIf}
+FunctionEnd
+
+; $0: whether anything of the program is in use.
+Function ${un}FindOpen
+  Call ${un}FindProgramWindow
+  ${If} $0 == 0
+    StrCpy $1 "${PROGRAM}"
+    Call ${un}FindRunning
+  ${EndIf}
+  ${If} $0 == 0
+    StrCpy $1 "fat32format.exe"
+    Call ${un}FindRunning
+  ${EndIf}
+FunctionEnd
+
+; $0: whether it is still in use after the user was asked to close it.
+Function ${un}AskToClose
+  ${Do}
+    Call ${un}FindOpen
+    ${If} $0 == 0
+      ${ExitDo}
+    ${EndIf}
+    MessageBox MB_RETRYCANCEL|MB_ICONEXCLAMATION \
+"Das Programm ist noch geöffnet, vielleicht nur als Symbol neben der Uhr.$\r$\n$\r$\n\
+Beenden Sie es, und versuchen Sie es dann noch einmal." /SD IDCANCEL IDRETRY +2
+    ${Break}
+  ${Loop}
+FunctionEnd
+
+; Once more for who has no pages.
+Function ${un}ExpectClosedSilent
+  Call ${un}AskToClose
+  ${If} $0 != 0
+    SetErrorLevel ${IS_OPEN}
+    Quit
+  ${EndIf}
+FunctionEnd
+
+; $KeepServers: whether Server.ini is not the one that was installed.
+Function ${un}LookAtServers
+  StrCpy $KeepServers 0
+  ${If} ${FileExists} "$INSTDIR\Server.ini"
+    ReadRegStr $0 HKCU "${KEY}" "ServerTime"
+    GetFileTime "$INSTDIR\Server.ini" $1 $2
+    ${If} $0 != "$1 $2"
+      StrCpy $KeepServers 1
+    ${EndIf}
+  ${EndIf}
+FunctionEnd
+!macroend
+
+!insertmacro ForBoth ""
+!insertmacro ForBoth "un."
