@@ -70,13 +70,13 @@ Function ${un}ExpectClosedSilent
   ${EndIf}
 FunctionEnd
 
-; $KeepServers: whether Server.ini is not the one that was installed.
+; $KeepServers: whether Server.ini has a time that none had which was installed.
 Function ${un}LookAtServers
   StrCpy $KeepServers 0
   ${If} ${FileExists} "$INSTDIR\Server.ini"
-    ReadRegStr $0 HKCU "${KEY}" "ServerTime"
     GetFileTime "$INSTDIR\Server.ini" $1 $2
-    ${If} $0 != "$1 $2"
+    ReadRegStr $0 HKCU "${KEY}\ServerTimes" "$1 $2"
+    ${If} $0 == ""
       StrCpy $KeepServers 1
     ${EndIf}
   ${EndIf}

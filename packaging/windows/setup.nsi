@@ -204,6 +204,12 @@ Installation noch einmal."
   !endif
 !macroend
 
+; Before the file takes its place: an interruption leaves the old one or the new one, and both are known.
+Function NoteServers
+  GetFileTime "$New\Server.ini" $1 $2
+  WriteRegStr HKCU "${KEY}\ServerTimes" "$1 $2" "${VERSION}"
+FunctionEnd
+
 !macro NoteName Name
   WriteRegStr HKCU "${KEY}\Files" "${Name}" ""
 !macroend
@@ -252,10 +258,6 @@ Function TellWindows
   WriteRegDWORD HKCU "${KEY}" "NoRepair" 1
   DeleteRegKey HKCU "${KEY}\Files"
   !insertmacro EachFile NoteName
-  ${If} $KeepServers == 0
-    GetFileTime "$INSTDIR\Server.ini" $1 $2
-    WriteRegStr HKCU "${KEY}" "ServerTime" "$1 $2"
-  ${EndIf}
 FunctionEnd
 
 Section
@@ -277,6 +279,7 @@ Section
 
   Call FindObsolete
   Call LookAtServers
+  Call NoteServers
   !insertmacro TakePlace "${UNINSTALLER}"
   !insertmacro EachFile TakePlace
   Call RemoveObsolete
