@@ -6,6 +6,10 @@
   SetErrorLevel ${NOT_POSSIBLE}
 !macroend
 
+!macro RemoveFolder Name
+  RMDir "$INSTDIR\${Name}"
+!macroend
+
 !macro ForBoth un
 ; $0: whether a window of the program is there, of whichever copy. It may be hidden, then its icon is beside the clock.
 Function ${un}FindProgramWindow
@@ -80,6 +84,25 @@ Function ${un}LookAtServers
       StrCpy $KeepServers 1
     ${EndIf}
   ${EndIf}
+FunctionEnd
+
+; $0: the folder that holds those of a user's programs, which the installer makes; that of the program once more where
+; the user has chosen a place of his own.
+Function ${un}FindFolderAbove
+  StrLen $1 "${PROGRAMS}\"
+  StrCpy $2 "$INSTDIR" $1
+  StrCpy $0 "$INSTDIR"
+  ${If} $2 == "${PROGRAMS}\"
+    StrCpy $0 "${PROGRAMS}"
+  ${EndIf}
+FunctionEnd
+
+; Those that hold nothing else.
+Function ${un}RemoveFolders
+  !insertmacro EachFolder RemoveFolder
+  RMDir "$INSTDIR"
+  Call ${un}FindFolderAbove
+  RMDir "$0"
 FunctionEnd
 !macroend
 

@@ -52,20 +52,11 @@ FunctionEnd
   !endif
 !macroend
 
-!macro RemoveFolder Name
-  RMDir "$INSTDIR\${Name}"
-!macroend
-
 ; What the program writes, beside itself or, where that is not possible, into the user's folder for it.
 Function un.RemoveSettings
   Delete "$INSTDIR\Settings.ini"
   Delete "$APPDATA\orvanta-usbtool\Settings.ini"
   RMDir "$APPDATA\orvanta-usbtool"
-FunctionEnd
-
-Function un.RemoveFolders
-  RMDir "$INSTDIR" ; not when it holds anything else
-  RMDir "$LOCALAPPDATA\Programs"
 FunctionEnd
 
 ; It runs from its own place when it is waited for, and cannot be deleted then: a copy does that after its end.
@@ -103,7 +94,6 @@ Section Uninstall
     Call un.LookAtServers
   ${EndIf}
   !insertmacro EachFile RemoveFile
-  !insertmacro EachFolder RemoveFolder
   ${If} $KeepSettings == 0
     Call un.RemoveSettings
   ${EndIf}

@@ -18,6 +18,7 @@ SetDateSave on
 !define TITLE "Orvanta USB-Stick Internetupdate Tool"
 !define PROGRAM "orvanta-usbtool.exe"
 !define UNINSTALLER "Deinstallieren.exe"
+!define PROGRAMS "$LOCALAPPDATA\Programs"
 !define SHORTCUT "$SMPROGRAMS\${TITLE}.lnk"
 !define KEY "Software\Microsoft\Windows\CurrentVersion\Uninstall\orvanta-usbtool"
 !define NOT_POSSIBLE 2
@@ -29,7 +30,7 @@ UninstallCaption "${TITLE} entfernen"
 BrandingText "Version ${VERSION}"
 SetFont /LANG=1031 "Tahoma" 9 ; as in the program
 OutFile "${TARGET}"
-InstallDir "$LOCALAPPDATA\Programs\Orvanta USB-Tool"
+InstallDir "${PROGRAMS}\Orvanta USB-Tool"
 InstallDirRegKey HKCU "${KEY}" "InstallLocation"
 RequestExecutionLevel user
 AllowSkipFiles off
@@ -57,6 +58,8 @@ VIAddVersionKey /LANG=1031 "ProductVersion" "${FOUR_NUMBERS}"
 
 Var New          ; folder beside the program where the new files are written before they take the old ones' places
 Var Obsolete     ; number of files of the former version, on the stack, that this one does not have
+Var IsFirst      ; 1: no version is installed yet
+Var IsPlacing    ; 1: the new files take their places
 Var KeepServers  ; 1: the user has changed Server.ini
 Var KeepSettings ; 1: the settings stay when the program goes
 Var Greeting
@@ -126,10 +129,14 @@ Function .onInit
 Das Programm bereitet USB-Sticks für Orvanta-Receiver vor.$\r$\n$\r$\n\
 Es wird nur für Sie installiert, Administratorrechte sind dafür nicht nötig. Der Ordner:$\r$\n$INSTDIR"
   ReadRegStr $0 HKCU "${KEY}" "DisplayVersion"
-  ${If} $0 == "${VERSION}"
+  StrCpy $IsFirst 0
+  StrCpy $IsPlacing 0
+  ${If} $0 == ""
+    StrCpy $IsFirst 1
+  ${ElseIf} $0 == "${VERSION}"
     StrCpy $Greeting "Die Version ${VERSION} ist schon installiert. Sie wird erneuert.$\r$\n$\r$\n\
 Ihre Einstellungen bleiben erhalten. Der Ordner:$\r$\n$INSTDIR"
-  ${ElseIf} $0 != ""
+  ${Else}
     StrCpy $Greeting "Die Version $0 ist installiert. Sie wird durch die Version ${VERSION} ersetzt.$\r$\n$\r$\n\
 Ihre Einstellungen bleiben erhalten. Der Ordner:$\r$\n$INSTDIR"
   ${EndIf}
@@ -166,16 +173,30 @@ Function ExpectClosed
   ${EndIf}
 FunctionEnd
 
-; Nothing of the new version stays where it could not be installed.
+!macro TakeBack Name
+  ${IfNot} ${FileExists} "$New\${Name}" ; it has got its place
+    Delete "$INSTDIR\${Name}"
+  ${EndIf}
+!macroend
+
+; Nothing stays of what could not be installed. Where a version was before, its entry and its uninstaller do, and so does
+; each file that has already taken an older one's place.
 Function GiveUp
   SetOutPath $TEMP
+  ${If} $IsFirst == 1
+  ${AndIf} $IsPlacing == 1
+    StrCpy $IsPlacing 0
+    !insertmacro TakeBack "${UNINSTALLER}"
+    !insertmacro EachFile TakeBack
+    DeleteRegKey HKCU "${KEY}"
+  ${EndIf}
   RMDir /r "$New"
-  RMDir "$INSTDIR"
+  Call RemoveFolders
 FunctionEnd
 
 !macro FailToInstall Text
-  Call GiveUp
   !insertmacro Fail "${Text}"
+  Call GiveUp
   Abort
 !macroend
 
@@ -280,6 +301,7 @@ Section
   Call FindObsolete
   Call LookAtServers
   Call NoteServers
+  StrCpy $IsPlacing 1
   !insertmacro TakePlace "${UNINSTALLER}"
   !insertmacro EachFile TakePlace
   Call RemoveObsolete
