@@ -42,21 +42,41 @@ Function un.TakeSettings
   ${EndIf}
 FunctionEnd
 
+!macro Remove Path
+  ClearErrors
+  Delete "${Path}"
+  ${If} ${Errors}
+    StrCpy $Left "${Path}"
+  ${EndIf}
+!macroend
+
 !macro RemoveFile Name
   !if "${Name}" == "Server.ini"
     ${If} $KeepServers == 0
-      Delete "$INSTDIR\${Name}"
+      !insertmacro Remove "$INSTDIR\${Name}"
     ${EndIf}
   !else
-    Delete "$INSTDIR\${Name}"
+    !insertmacro Remove "$INSTDIR\${Name}"
   !endif
 !macroend
 
-; What the program writes, beside itself or, where that is not possible, into the user's folder for it.
+; What could not be removed can be later: the uninstaller and its entry stay for that.
+Function un.ExpectNothingLeft
+  ${If} $Left != ""
+    !insertmacro Fail "Die Datei „$Left“ konnte nicht gelöscht werden.$\r$\n$\r$\nVersuchen Sie es später noch einmal."
+    Abort
+  ${EndIf}
+FunctionEnd
+
+; What the program writes: beside itself or, only where that is not possible, into the user's folder for it. Those there
+; are another copy's as long as this one has its own.
 Function un.RemoveSettings
-  Delete "$INSTDIR\Settings.ini"
-  Delete "$APPDATA\orvanta-usbtool\Settings.ini"
-  RMDir "$APPDATA\orvanta-usbtool"
+  ${If} ${FileExists} "$INSTDIR\Settings.ini"
+    !insertmacro Remove "$INSTDIR\Settings.ini"
+  ${Else}
+    !insertmacro Remove "$APPDATA\orvanta-usbtool\Settings.ini"
+    RMDir "$APPDATA\orvanta-usbtool"
+  ${EndIf}
 FunctionEnd
 
 ; It runs from its own place when it is waited for, and cannot be deleted then: a copy does that after its end.
@@ -83,23 +103,22 @@ FunctionEnd
 
 Section Uninstall
   SetOutPath $TEMP
-  ClearErrors
-  Delete "$INSTDIR\${PROGRAM}"
-  ${If} ${Errors}
-    !insertmacro Fail "Die Datei „$INSTDIR\${PROGRAM}“ konnte nicht gelöscht werden."
-    Abort
-  ${EndIf}
+  StrCpy $Left ""
+  !insertmacro Remove "$INSTDIR\${PROGRAM}"
+  Call un.ExpectNothingLeft
+  !insertmacro Remove "${SHORTCUT}"
   StrCpy $KeepServers 0
   ${If} $KeepSettings == 1
     Call un.LookAtServers
   ${EndIf}
   !insertmacro EachFile RemoveFile
+  RMDir /r "$INSTDIR\~neu" ; of an installation that was interrupted
+  Call un.ExpectNothingLeft
   ${If} $KeepSettings == 0
     Call un.RemoveSettings
+    Call un.ExpectNothingLeft
   ${EndIf}
-  RMDir /r "$INSTDIR\~neu" ; of an installation that was interrupted
   Call un.RemoveUninstaller
   Call un.RemoveFolders
-  Delete "${SHORTCUT}"
   DeleteRegKey HKCU "${KEY}"
 SectionEnd

@@ -62,6 +62,7 @@ Var IsFirst      ; 1: no version is installed yet
 Var IsPlacing    ; 1: the new files take their places
 Var KeepServers  ; 1: the user has changed Server.ini
 Var KeepSettings ; 1: the settings stay when the program goes
+Var Left         ; a file that could not be removed
 Var Greeting
 Var KeepBox
 
