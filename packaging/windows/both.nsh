@@ -6,6 +6,16 @@
   SetErrorLevel ${NOT_POSSIBLE}
 !macroend
 
+; Only one that installs or removes at a time; the turn is over with the process.
+!macro TakeTurn un Text
+  System::Call 'kernel32::CreateMutexW(p 0, i 0, w "orvanta-usbtool-setup") p .r0 ?e'
+  Pop $1
+  ${If} $1 == 183 ; ERROR_ALREADY_EXISTS
+    !insertmacro Fail "${Text}"
+    Call ${un}Leave
+  ${EndIf}
+!macroend
+
 !macro RemoveFolder Name
   RMDir "$INSTDIR\${Name}"
 !macroend
@@ -65,12 +75,20 @@ Beenden Sie es, und versuchen Sie es dann noch einmal." /SD IDCANCEL IDRETRY +2
   ${Loop}
 FunctionEnd
 
+; Before any page is there.
+Function ${un}Leave
+  !if "${un}" == "un."
+    Call un.RemoveCopy
+  !endif
+  Quit
+FunctionEnd
+
 ; Once more for who has no pages.
 Function ${un}ExpectClosedSilent
   Call ${un}AskToClose
   ${If} $0 != 0
     SetErrorLevel ${IS_OPEN}
-    Quit
+    Call ${un}Leave
   ${EndIf}
 FunctionEnd
 

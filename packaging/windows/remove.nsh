@@ -2,13 +2,8 @@
 
 Function un.onInit
   SetShellVarContext current
+  !insertmacro TakeTurn "un." "Das Programm wird gerade installiert oder entfernt."
   ${GetParameters} $0
-  ClearErrors
-  ${GetOptions} $0 "/LAST" $1
-  ${IfNot} ${Errors}
-    Call un.RemoveTheLast
-    Quit
-  ${EndIf}
   ClearErrors
   ${GetOptions} $0 "/KEEPSETTINGS" $1
   StrCpy $KeepSettings 1
@@ -79,26 +74,63 @@ Function un.RemoveSettings
   ${EndIf}
 FunctionEnd
 
-; It runs from its own place when it is waited for, and cannot be deleted then: a copy does that after its end.
+; Nobody can delete a program that runs: Windows' own command line does that after its end, for as long as
+; REMOVAL_SECONDS, and removes the folders when they are empty then. The names are variables of its own: whatever they
+; hold, it is no part of the commands.
+Function un.DeleteAtEnd
+  Call un.FindFolderAbove
+  ${If} $EXEDIR != "$INSTDIR"
+    StrCpy $0 $EXEDIR
+  ${EndIf}
+  System::Call 'kernel32::SetEnvironmentVariableW(w "ORVANTA_FILE", w "$EXEPATH")'
+  System::Call 'kernel32::SetEnvironmentVariableW(w "ORVANTA_FOLDER", w "$EXEDIR")'
+  System::Call 'kernel32::SetEnvironmentVariableW(w "ORVANTA_ABOVE", w r0)'
+  SetOutPath $SYSDIR ; no folder that is to go
+  ExecShell "" "$SYSDIR\cmd.exe" '/d /e:on /v:off /c for /l %i in (1,1,${REMOVAL_SECONDS}) do (\
+del /f /q "%ORVANTA_FILE%" & rmdir "%ORVANTA_FOLDER%" & rmdir "%ORVANTA_ABOVE%" & \
+if exist "%ORVANTA_FILE%" ("$SYSDIR\ping.exe" -n 2 127.0.0.1) else exit)' SW_HIDE
+FunctionEnd
+
+; Who waits for it has it run from its own place, everybody else from a copy.
 Function un.RemoveUninstaller
-  ClearErrors
-  Delete "$INSTDIR\${UNINSTALLER}"
-  ${If} ${Errors}
-    CopyFiles /SILENT /FILESONLY "$INSTDIR\${UNINSTALLER}" "$TEMP\~orvanta-usbtool.exe"
-    Exec '"$TEMP\~orvanta-usbtool.exe" /S /LAST _?=$INSTDIR'
+  ${If} $EXEFILE == "${UNINSTALLER}"
+    Call un.DeleteAtEnd
+    Return
+  ${EndIf}
+  ${For} $0 1 50 ; what has started the copy may not have ended yet
+    ClearErrors
+    Delete "$INSTDIR\${UNINSTALLER}"
+    ${IfNot} ${Errors}
+      Return
+    ${EndIf}
+    Sleep 100
+  ${Next}
+  StrCpy $Left "$INSTDIR\${UNINSTALLER}"
+FunctionEnd
+
+; The copy goes however it ends.
+Function un.RemoveCopy
+  ${If} $EXEFILE != "${UNINSTALLER}"
+    Call un.DeleteAtEnd
   ${EndIf}
 FunctionEnd
 
-; What that copy does.
-Function un.RemoveTheLast
-  ${For} $0 1 600
-    Delete "$INSTDIR\${UNINSTALLER}"
-    ${IfNot} ${FileExists} "$INSTDIR\${UNINSTALLER}"
-      ${ExitFor}
-    ${EndIf}
-    Sleep 50
-  ${Next}
-  Call un.RemoveFolders
+Function un.RemoveCopySilent
+  ${If} ${Silent}
+    Call un.RemoveCopy
+  ${EndIf}
+FunctionEnd
+
+Function un.onGUIEnd
+  Call un.RemoveCopy
+FunctionEnd
+
+Function un.onUninstSuccess
+  Call un.RemoveCopySilent
+FunctionEnd
+
+Function un.onUninstFailed
+  Call un.RemoveCopySilent
 FunctionEnd
 
 Section Uninstall
@@ -119,6 +151,7 @@ Section Uninstall
     Call un.ExpectNothingLeft
   ${EndIf}
   Call un.RemoveUninstaller
+  Call un.ExpectNothingLeft
   Call un.RemoveFolders
   DeleteRegKey HKCU "${KEY}"
 SectionEnd

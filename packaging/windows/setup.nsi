@@ -23,6 +23,7 @@ SetDateSave on
 !define KEY "Software\Microsoft\Windows\CurrentVersion\Uninstall\orvanta-usbtool"
 !define NOT_POSSIBLE 2
 !define IS_OPEN 3
+!define REMOVAL_SECONDS 10
 
 Name "${TITLE}"
 Caption "${TITLE} ${VERSION}"
@@ -120,12 +121,7 @@ Function .onInit
     !insertmacro Fail "Das Programm braucht Windows 10 oder 11."
     Quit
   ${EndIf}
-  System::Call 'kernel32::CreateMutexW(p 0, i 0, w "orvanta-usbtool-setup") p .r0 ?e'
-  Pop $1
-  ${If} $1 == 183 ; ERROR_ALREADY_EXISTS
-    !insertmacro Fail "Die Installation läuft bereits."
-    Quit
-  ${EndIf}
+  !insertmacro TakeTurn "" "Die Installation läuft bereits."
   StrCpy $Greeting "Version ${VERSION}$\r$\n$\r$\n\
 Das Programm bereitet USB-Sticks für Orvanta-Receiver vor.$\r$\n$\r$\n\
 Es wird nur für Sie installiert, Administratorrechte sind dafür nicht nötig. Der Ordner:$\r$\n$INSTDIR"
@@ -232,6 +228,18 @@ Function NoteServers
   WriteRegStr HKCU "${KEY}\ServerTimes" "$1 $2" "${VERSION}"
 FunctionEnd
 
+; An uninstaller without an entry is one that has just ended: it is not to be deleted when it is the new one.
+Function AwaitRemoval
+  ${If} $IsFirst == 1
+    ${For} $0 1 100 ; somewhat longer than REMOVAL_SECONDS
+      ${IfNot} ${FileExists} "$INSTDIR\${UNINSTALLER}"
+        ${ExitFor}
+      ${EndIf}
+      Sleep 150
+    ${Next}
+  ${EndIf}
+FunctionEnd
+
 !macro NoteName Name
   WriteRegStr HKCU "${KEY}\Files" "${Name}" ""
 !macroend
@@ -283,6 +291,7 @@ Function TellWindows
 FunctionEnd
 
 Section
+  Call AwaitRemoval
   StrCpy $New "$INSTDIR\~neu"
   RMDir /r "$New" ; of one that was interrupted
   ClearErrors
