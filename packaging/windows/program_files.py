@@ -92,8 +92,10 @@ def complaints(name, program, build):
 
 
 def expect_fine(files, build):
-    """Ends with what is wrong with the programs, when there is something."""
+    """Ends with what is wrong with the programs, or is missing, when there is something."""
     wrong = [complaint for name in LARGEST for complaint in complaints(name, files[name], build)]
+    if HANDBOOK not in files:
+        wrong.append(f"the build has made no {HANDBOOK}")
     if wrong:
         sys.exit("\n".join(wrong))
 

@@ -56,6 +56,15 @@ class Handbook(unittest.TestCase):
                              {"Anleitung.html": b"page", "Anleitung/start.png": b"picture"})
 
 
+    def test_without_it_nothing_is_packed(self):
+        files = {name: b"" for name in program_files.LARGEST}
+        with mock.patch.object(program_files, "run", lambda *command: FINE):
+            program_files.expect_fine(files | {"Anleitung.html": b"page"}, Path("/builder/build"))
+            with self.assertRaises(SystemExit) as ended:
+                program_files.expect_fine(files, Path("/builder/build"))
+        self.assertIn("Anleitung.html", str(ended.exception))
+
+
 class Signing(unittest.TestCase):
     """The command gets the file at its end, or where it wants it."""
 
