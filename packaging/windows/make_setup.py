@@ -1,10 +1,11 @@
 #!/usr/bin/env python3
 """Makes the installer of the program for Windows, the same bytes whenever and wherever it is made.
 
-packaging/windows/make_setup.py [--build FOLDER] [--output FOLDER]
+packaging/windows/make_setup.py [--build FOLDER] [--output FOLDER] [--check]
 
 --build   a finished cross build; without it the preset "windows" is built
 --output  where the installer goes (build/packages)
+--check   makes the installer once more, from a copy of the sources in another folder, and compares the two
 
 All files have the time of the last commit, or SOURCE_DATE_EPOCH; SIGN_COMMAND signs the programs, the installer and
 its uninstaller (see sign.py). What is packed is that of the archive, checked as there.
@@ -20,6 +21,7 @@ import tempfile
 from pathlib import Path
 
 import program_files
+import second_build
 import sign
 from program_files import PROGRAM, ROOT, source_time, version
 
@@ -82,10 +84,19 @@ def main():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("--build", type=Path)
     parser.add_argument("--output", type=Path, default=ROOT / "build" / "packages")
+    parser.add_argument("--check", action="store_true")
     options = parser.parse_args()
-    target = make(program_files.finished_build(options.build), options.output, source_time(), version())
+    if options.check and sign.command():
+        sys.exit("A signature tells when it was made: --check compares unsigned installers only.")
+    seconds = source_time()
+    target = make(program_files.finished_build(options.build), options.output, seconds, program_version())
     digest = hashlib.sha256(target.read_bytes()).hexdigest()
     print(f"{target}: {target.stat().st_size} bytes; SHA-256 {digest}")
+    if options.check:
+        with tempfile.TemporaryDirectory(prefix="usbtool-setup-") as folder:
+            if second_build.made_by("make_setup.py", seconds, Path(folder)).read_bytes() != target.read_bytes():
+                sys.exit("A second build, in another folder, makes another installer.")
+        print("A second build, in another folder, makes the same installer.")
 
 
 if __name__ == "__main__":

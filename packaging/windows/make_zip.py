@@ -14,8 +14,6 @@ no folder of this machine.
 
 import argparse
 import hashlib
-import os
-import shutil
 import sys
 import tempfile
 import time
@@ -23,8 +21,9 @@ import zipfile
 from pathlib import Path
 
 import program_files
+import second_build
 import sign
-from program_files import LARGEST, ROOT, run, source_time, version
+from program_files import LARGEST, ROOT, program_version, source_time
 
 FIRST_TIME = 315_532_800  # 1980; a ZIP archive knows none before
 
@@ -50,28 +49,6 @@ def make(build, output, seconds):
     return target, {name: len(files[name]) for name in LARGEST}
 
 
-def copy_of_sources(folder):
-    names = run("git", "-C", ROOT, "ls-files", "-z", "--cached", "--others", "--exclude-standard").split("\0")
-    for name in filter(None, names):
-        if (ROOT / name).is_file():
-            (folder / name).parent.mkdir(parents=True, exist_ok=True)
-            shutil.copy2(ROOT / name, folder / name)
-
-
-def made_elsewhere(seconds, folder):
-    """The archive of a build of its own, in a folder of another name and depth."""
-    sources = folder / "another folder" / "sources"
-    build = folder / "b"
-    copy_of_sources(sources)
-    run("cmake", "-S", sources, "-B", build, "-G", "Ninja", "-DCMAKE_BUILD_TYPE=MinSizeRel", "-DBUILD_TESTING=OFF",
-        "--toolchain", sources / "cmake" / "mingw-w64-x86_64.cmake")
-    run("cmake", "--build", build, "--target", "orvanta-usbtool", "-j", "2")
-    environment = dict(os.environ, SOURCE_DATE_EPOCH=str(seconds))
-    script = sources / "packaging" / "windows" / "make_zip.py"
-    run(sys.executable, script, "--build", build, "--output", folder / "out", env=environment)
-    return next((folder / "out").glob("*.zip"))
-
-
 def differing(first, second):
     with zipfile.ZipFile(first) as one, zipfile.ZipFile(second) as other:
         names = set(one.namelist()) | set(other.namelist())
@@ -94,7 +71,7 @@ def main():
     print(f"{target}: {target.stat().st_size} bytes, {programs}; SHA-256 {digest}")
     if options.check:
         with tempfile.TemporaryDirectory(prefix="usbtool-package-") as folder:
-            second = made_elsewhere(seconds, Path(folder))
+            second = second_build.made_by("make_zip.py", seconds, Path(folder))
             names = differing(target, second)
             if names or second.read_bytes() != target.read_bytes():
                 sys.exit("A second build, in another folder, makes another archive: " + ", ".join(names))
