@@ -6,6 +6,7 @@
 #include <windows.h>
 
 #include <array>
+#include <utility>
 
 namespace probe {
 
@@ -55,9 +56,12 @@ DWORD exitCode(HANDLE process) {
     return status;
 }
 
-} // namespace
+struct Started {
+    HANDLE process = nullptr; ///< to be closed
+    bool administrator = false;
+};
 
-std::string runCommandLine(std::wstring commandLine, bool asPlainUser) {
+Started launch(std::wstring commandLine, bool asPlainUser) {
     STARTUPINFOW start{};
     start.cb = sizeof start;
     PROCESS_INFORMATION process{};
@@ -68,11 +72,25 @@ std::string runCommandLine(std::wstring commandLine, bool asPlainUser) {
     HANDLE own = nullptr;
     OpenProcessToken(process.hProcess, TOKEN_ALL_ACCESS, &own);
     const bool administrator = isAdministrator(own);
-    const DWORD status = exitCode(process.hProcess);
-    for (const HANDLE handle : {token, own, process.hProcess, process.hThread})
+    for (const HANDLE handle : {token, own, process.hThread})
         CloseHandle(handle);
+    return {process.hProcess, administrator};
+}
+
+} // namespace
+
+std::string runCommandLine(std::wstring commandLine, bool asPlainUser) {
+    const Started started = launch(std::move(commandLine), asPlainUser);
+    const DWORD status = exitCode(started.process);
+    CloseHandle(started.process);
     return json::object({{"status", json::number(static_cast<long long>(status))},
-                         {"administrator", json::boolean(administrator)}});
+                         {"administrator", json::boolean(started.administrator)}});
+}
+
+std::string startCommandLine(std::wstring commandLine, bool asPlainUser) {
+    const Started started = launch(std::move(commandLine), asPlainUser);
+    CloseHandle(started.process);
+    return json::object({{"administrator", json::boolean(started.administrator)}});
 }
 
 } // namespace probe

@@ -9,4 +9,7 @@ namespace probe {
 /// plain user it has a token in which the group of the administrators allows nothing.
 std::string runCommandLine(std::wstring commandLine, bool asPlainUser);
 
+/// The same without waiting, and so without an exit code.
+std::string startCommandLine(std::wstring commandLine, bool asPlainUser);
+
 } // namespace probe

@@ -258,6 +258,23 @@ std::string run(const Request& request) {
     return runCommandLine(wide(request.text("command")), request.has("plain"));
 }
 
+std::string start(const Request& request) {
+    return startCommandLine(wide(request.text("command")), request.has("plain"));
+}
+
+/// Has a file open that nobody else can delete or replace then, until the next request of the kind; none
+/// without a name.
+std::string hold(const Request& request) {
+    static HANDLE held = INVALID_HANDLE_VALUE;
+    if (held != INVALID_HANDLE_VALUE) CloseHandle(held);
+    held = INVALID_HANDLE_VALUE;
+    if (!request.has("file")) return done;
+    held = CreateFileW(wide(request.text("file")).c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr,
+                       OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (held == INVALID_HANDLE_VALUE) throw Failure("the file cannot be opened");
+    return done;
+}
+
 std::string dialog(const Request&) {
     return describeDialog();
 }
@@ -304,6 +321,8 @@ std::string perform(const Request& request) {
         {"others", others},
         {"processes", processes},
         {"run", run},
+        {"start", start},
+        {"hold", hold},
         {"dialog", dialog},
         {"press", press},
         {"textSize", measure},
