@@ -1,16 +1,16 @@
 """The installer for Windows under Wine: in, started, up to another version and out, silently and by its pages."""
 
 import os
-import shutil
-import subprocess
+import time
 import unittest
 
-from windows_setup import (BUILD, FOLDER, KEY, MENU, NEW, OLD, PATIENCE, PROGRAM, SECONDS, TITLE, UNINSTALLER,
-                           InstallerCase, make_setup, packed, setup, wait_for, windows_path, work_folder)
+from windows_setup import (FOLDER, KEY, MENU, NEW, OLD, PATIENCE, POLL, PROGRAM, TITLE, UNINSTALLER, InstallerCase,
+                           packed, setup, time_of, wait_for)
 
 DONE, CANCELLED, NOT_POSSIBLE, IS_OPEN = 0, 1, 2, 3
 SETTINGS = b"[USB Tool]\r\nchkAuto=0\r\n"
 SERVERS = b"[Server]\r\nUpdate=http://127.0.0.1:9\r\nUpdatePage=127.0.0.1:9\r\nWebHost=127.0.0.1:9\r\n"
+ELSEWHERE = MENU.partition(r"\Microsoft")[0] + r"\orvanta-usbtool\Settings.ini"
 # When its screen was set up, anew with each program.
 NOTED_BY_WINE = (r"System\CurrentControlSet\Control\Class", r"System\CurrentControlSet\Control\Video")
 
@@ -26,9 +26,7 @@ class Silent(InstallerCase):
         self.assertEqual(self.install(), DONE)
         self.expect_installed()
         size = sum(map(len, packed(OLD).values())) // 1024 + 1
-        entry = self.machine.entry()
-        self.assertTrue(entry.pop("ServerTime"))
-        self.assertEqual(entry, {
+        self.assertEqual(self.machine.entry(), {
             "DisplayName": TITLE, "DisplayVersion": OLD, "Publisher": "Orvanta",
             "DisplayIcon": rf"{FOLDER}\{PROGRAM}", "InstallLocation": FOLDER,
             "UninstallString": rf'"{FOLDER}\{UNINSTALLER}"',
@@ -36,11 +34,18 @@ class Silent(InstallerCase):
             "EstimatedSize": f"dword:{size:08x}", "NoModify": "dword:00000001", "NoRepair": "dword:00000001"})
         self.assertTrue(self.machine.path(rf"{MENU}\{TITLE}.lnk").exists())
 
+    def test_the_text_beside_it_names_them(self):
+        files = packed(OLD)
+        text = files["LIESMICH.txt"].decode("utf-8-sig")
+        for name in [UNINSTALLER, *files]:
+            if not name.endswith((".bmp", ".gif", ".jpg", ".png", "0hdci.ico")):  # pictures
+                self.assertRegex(text, rf"\n  {name}[ ,]")
+
     def test_files_have_the_time_of_the_sources(self):
         self.install()
         times = {file.name: int(file.stat().st_mtime) for file in self.machine.folder.iterdir()
-                 if file.name != UNINSTALLER}
-        self.assertEqual({name: time for name, time in times.items() if time != SECONDS}, {})
+                 if file.is_file() and file.name != UNINSTALLER}
+        self.assertEqual({name: time for name, time in times.items() if time != time_of(OLD)}, {})
 
     def test_nothing_is_left(self):
         self.install()
@@ -59,18 +64,24 @@ class Silent(InstallerCase):
         self.assertEqual([name for name in files if "Orvanta" in name], [])
 
     def test_as_a_plain_user(self):
-        self.assertEqual(self.install(plain=True), DONE)
-        self.expect_installed()
-        self.assertEqual(self.machine.entry()["DisplayVersion"], OLD)
+        for number in (OLD, NEW):
+            self.assertEqual(self.install(number, plain=True), DONE)
+            self.expect_installed(number)
+            self.assertEqual(self.machine.entry()["DisplayVersion"], number)
+        self.assertEqual(self.uninstall(plain=True), DONE)
+        self.expect_gone()
 
     def test_into_another_folder_and_updated_there(self):
+        programs = self.machine.folder.parent
+        programs.mkdir(parents=True, exist_ok=True)  # the user's own, with nothing in it
         self.assertEqual(self.install(more=r" /D=C:\Meine Programme\Stick"), DONE)
         self.machine.folder = self.machine.path(r"C:\Meine Programme\Stick")
         self.expect_installed()
         self.assertEqual(self.install(NEW), DONE)
         self.expect_installed(NEW)
         self.assertEqual(self.uninstall(), DONE)
-        self.assertFalse(self.machine.folder.exists())
+        self.expect_gone()
+        self.assertTrue(programs.exists())
 
     def test_a_folder_that_cannot_be_made(self):
         parent = self.machine.folder.parent
@@ -84,27 +95,12 @@ class Silent(InstallerCase):
         self.machine.folder.mkdir(parents=True)
         (self.machine.folder / "sr100.bmp").mkdir()
         (self.machine.folder / "sr100.bmp" / "mine").touch()
+        (self.machine.folder / "Server.ini").write_bytes(SERVERS)
+        files, user = self.machine.files(), self.machine.registry()
         self.assertEqual(self.install(), NOT_POSSIBLE)
-        self.assertEqual(self.machine.entry(), {})
-        self.assertFalse((self.machine.folder / "~neu").exists())
-
-
-class Handbook(InstallerCase):
-    """Pictures lie in a folder, which comes and goes with them."""
-
-    def test_in_and_out(self):
-        build = work_folder() / "with-handbook"
-        shutil.copytree(BUILD / "program", build / "program", ignore=shutil.ignore_patterns("Anleitung*"))
-        (build / "program" / "Anleitung").mkdir()
-        pages = {"Anleitung.html": b"page", "Anleitung/start.png": b"picture"}
-        for name, data in pages.items():
-            (build / "program" / name).write_bytes(data)
-        target = make_setup.make(build, work_folder() / "handbook", SECONDS, OLD)
-        self.assertEqual(self.machine.run(f'"{windows_path(target)}" /S'), DONE)
-        found = self.machine.installed()
-        self.assertEqual({name: found.get(name) for name in pages}, pages)
-        self.assertEqual(self.uninstall(), DONE)
-        self.assertFalse(self.machine.folder.exists())
+        self.assertEqual(self.machine.files(), files)
+        self.assertEqual((self.machine.folder / "Server.ini").read_bytes(), SERVERS)
+        self.assertEqual(differences(user, self.machine.registry()), {})
 
 
 class OldWindows(InstallerCase):
@@ -135,6 +131,12 @@ class Update(InstallerCase):
             self.assertEqual(self.install(NEW), DONE)
             self.expect_installed(NEW, {"Settings.ini": SETTINGS, "Server.ini": SERVERS})
 
+    def test_servers_follow_each_version(self):
+        self.assertNotEqual(packed(OLD)["Server.ini"], packed(NEW)["Server.ini"])
+        for number in (NEW, OLD, NEW):
+            self.assertEqual(self.install(number), DONE)
+            self.expect_installed(number)
+
     def test_servers_that_nobody_changed_are_replaced(self):
         server = self.machine.folder / "Server.ini"
         installed = server.stat()
@@ -158,23 +160,66 @@ class Update(InstallerCase):
         self.expect_installed(NEW)
         self.assertFalse(half.exists())
 
-    def test_interrupted_the_old_or_the_new_file_is_whole(self):
-        """Killed at any moment: each file is that of one version, and installing once more mends all."""
-        for milliseconds in (50, 150, 250, 400, 600):
-            process = self.start(setup(NEW))
-            self.addCleanup(process.wait)
-            self.machine.press("Installieren")
-            try:
-                process.wait(milliseconds / 1000)
-            except subprocess.TimeoutExpired:
-                self.machine.wine("taskkill", "/f", "/im", setup(NEW).name)
-            process.wait()
-            found, old, new = self.machine.installed(), packed(OLD), packed(NEW)
-            broken = [name for name in old if found[name] not in (old[name], new[name])]
-            self.assertEqual(broken, [])
-            self.assertEqual(self.install(NEW), DONE)
-            self.expect_installed(NEW)
-            self.assertEqual(self.install(OLD), DONE)
+    def test_a_file_in_use(self):
+        """The entry stays that of the old version, and installing once more mends all."""
+        self.machine.hold("sr100.bmp")
+        self.assertEqual(self.install(NEW), NOT_POSSIBLE)
+        self.assertEqual(self.machine.entry()["DisplayVersion"], OLD)
+        self.assertFalse((self.machine.folder / "~neu").exists())
+        self.machine.release()
+        self.assertEqual(self.install(NEW), DONE)
+        self.expect_installed(NEW)
+
+
+class Interrupted(InstallerCase):
+    """Killed at any moment: each file is that of one version, and installing once more mends all."""
+
+    def setUp(self):
+        super().setUp()
+        self.install()
+        self.fresh = self.machine.folder / "~neu"
+
+    def is_replaced(self, name):
+        return int((self.machine.folder / name).stat().st_mtime) == time_of(NEW)
+
+    def kill_when(self, moment):
+        """Whether it was in the middle of its work then."""
+        process = self.start(setup(NEW))
+        self.machine.press("Installieren")
+        end = time.monotonic() + PATIENCE
+        while not moment():
+            if time.monotonic() > end:
+                self.fail("the moment does not come")
+        process.kill()
+        process.wait()
+        wait_for(lambda: setup(NEW).name not in self.machine.processes(), "its end", self.machine.processes)
+        return self.fresh.exists()
+
+    def expect_mended(self):
+        found, old, new = self.machine.installed(), packed(OLD), packed(NEW)
+        self.assertEqual([name for name in old if found[name] not in (old[name], new[name])], [])
+        for number in (NEW, OLD):
+            self.assertEqual(self.install(number), DONE)
+            self.expect_installed(number)
+
+    def test_while_files_are_written(self):
+        self.assertTrue(self.kill_when(self.fresh.exists))
+        self.expect_mended()
+        self.assertTrue(self.kill_when((self.fresh / PROGRAM).exists))
+        self.expect_mended()
+
+    def test_while_files_take_their_places(self):
+        """One that is in use keeps it between the first and the last of them."""
+        self.machine.hold("sr100.bmp")
+        self.assertTrue(self.kill_when(lambda: self.machine.dialog_with("konnte nicht ersetzt werden")))
+        self.machine.release()
+        self.assertTrue(self.is_replaced("Server.ini"))
+        self.assertFalse(self.is_replaced(PROGRAM))
+        self.expect_mended()
+
+    def test_while_the_servers_do(self):
+        self.kill_when(lambda: self.is_replaced("Server.ini"))  # it may have gone on to the end
+        self.expect_mended()
 
 
 class Open(InstallerCase):
@@ -217,7 +262,7 @@ class Open(InstallerCase):
         self.machine.press("Installieren")
         self.machine.wait_dialog("noch geöffnet")
         self.machine.press("Cancel")
-        self.machine.wait_dialog("Die Version 1.5 ist installiert.")
+        self.machine.wait_dialog(f"Die Version {OLD} ist installiert.")
         self.machine.press("Abbrechen")
         self.assertEqual(process.wait(PATIENCE), CANCELLED)
         self.assertEqual(self.machine.entry()["DisplayVersion"], OLD)
@@ -241,11 +286,21 @@ class Removing(InstallerCase):
         super().setUp()
         self.install()
         (self.machine.folder / "Settings.ini").write_bytes(SETTINGS)
+        self.elsewhere = self.machine.path(ELSEWHERE)
+        self.elsewhere.parent.mkdir(parents=True)
+        self.elsewhere.write_bytes(SETTINGS)
 
     def test_settings_go_with_the_program(self):
         (self.machine.folder / "Server.ini").write_bytes(SERVERS)
         self.assertEqual(self.uninstall(), DONE)
-        self.assertFalse(self.machine.folder.exists())
+        self.expect_gone()
+        self.assertEqual(self.elsewhere.read_bytes(), SETTINGS)  # another copy's
+
+    def test_settings_in_the_user_s_folder_are_its_own_without_others(self):
+        (self.machine.folder / "Settings.ini").unlink()
+        self.assertEqual(self.uninstall(), DONE)
+        self.expect_gone()
+        self.assertFalse(self.elsewhere.parent.exists())
 
     def test_settings_stay_for_who_wants_that(self):
         (self.machine.folder / "Server.ini").write_bytes(SERVERS)
@@ -261,7 +316,34 @@ class Removing(InstallerCase):
     def test_a_formatter_can_be_gone_already(self):
         (self.machine.folder / "fat32format.exe").unlink()
         self.assertEqual(self.uninstall(), DONE)
-        self.assertFalse(self.machine.folder.exists())
+        self.expect_gone()
+
+    def test_a_file_in_use(self):
+        """The entry stays, with which the rest can be removed later."""
+        self.machine.hold("sr100.bmp")
+        self.assertEqual(self.uninstall(), NOT_POSSIBLE)
+        self.assertEqual(sorted(self.machine.installed()), sorted([UNINSTALLER, "Settings.ini", "sr100.bmp"]))
+        self.machine.release()
+        self.assertEqual(self.uninstall(), DONE)
+        self.expect_gone()
+
+    def test_nobody_waits(self):
+        """It then runs from a copy, which goes, too."""
+        self.assertEqual(self.machine.run(f'"{FOLDER}\\{UNINSTALLER}" /S'), DONE)
+        end = time.monotonic() + PATIENCE
+        while self.machine.temporary() != self.temporary or self.machine.folder.exists():
+            self.assertLess(time.monotonic(), end, self.machine.temporary())
+            time.sleep(POLL)
+        self.machine.wait_removal()
+        self.expect_gone()
+
+    def test_installed_at_once_again(self):
+        """What deletes the uninstaller after its end does not take the new one."""
+        command = self.machine.entry()["QuietUninstallString"]
+        self.assertEqual(self.machine.run(command), DONE)
+        self.assertEqual(self.install(NEW), DONE)
+        self.machine.wait_removal()
+        self.expect_installed(NEW)
 
 
 if __name__ == "__main__":

@@ -28,12 +28,12 @@ import wine_machine  # noqa: E402
 from window import POLL, DriverError  # noqa: E402
 
 TITLE = "Orvanta USB-Stick Internetupdate Tool"
-SECONDS = 1_700_000_000  # the time of all files
-OLD, NEW = "1.5", "1.6"
+SECONDS, DAY = 1_700_000_000, 86_400
+OLD, NEW = program_files.program_version(), "99.6"
 PATIENCE = float(os.environ.get("USBTOOL_PATIENCE", "120"))  # seconds: longer than what a busy machine takes
 PROGRAM = "orvanta-usbtool.exe"
 UNINSTALLER = "Deinstallieren.exe"
-LAST = "~orvanta-usbtool.exe"
+REMOVES = "cmd.exe"  # deletes the uninstaller after its end
 USER = pwd.getpwuid(os.getuid()).pw_name
 FOLDER = rf"C:\users\{USER}\AppData\Local\Programs\Orvanta USB-Tool"
 MENU = rf"C:\users\{USER}\AppData\Roaming\Microsoft\Windows\Start Menu\Programs"
@@ -68,17 +68,35 @@ def work_folder():
     return Path(folder)
 
 
+def time_of(number):
+    """The time of all files of that version."""
+    return SECONDS + DAY * (number == NEW)
+
+
+@functools.cache
+def build_of(number):
+    """The build, whatever the version; of the next one the addresses and the handbook are others."""
+    if number != NEW:
+        return BUILD
+    folder = work_folder() / "next"
+    shutil.copytree(BUILD / "program", folder / "program")
+    for name, more in (("Server.ini", b"; the next one\r\n"), ("Anleitung.html", b"<!-- the next one -->\n")):
+        with open(folder / "program" / name, "ab") as file:
+            file.write(more)
+    return folder
+
+
 @functools.cache
 def setup(number):
-    """The installer of that version; the programs in it are those of the build, whatever the version."""
-    return make_setup.make(BUILD, work_folder(), SECONDS, number)
+    """The installer of that version."""
+    return make_setup.make(build_of(number), work_folder(), time_of(number), number)
 
 
 @functools.cache
 def packed(number):
     """{name: bytes} of what is installed."""
     with tempfile.TemporaryDirectory() as folder:
-        return program_files.contents(BUILD, folder, number)
+        return program_files.contents(build_of(number), folder, number)
 
 
 def windows_path(path):
@@ -108,6 +126,18 @@ class WindowsMachine(wine_machine.Machine):
         if plain and reply["administrator"]:
             raise AssertionError("it ran with an administrator's rights")
         return reply["status"]
+
+    def launch_plain(self, program):
+        """Starts a program, which is not waited for, without an administrator's rights."""
+        if self.request("start", command=f'"{windows_path(program)}"', plain=1)["administrator"]:
+            raise AssertionError("it runs with an administrator's rights")
+
+    def hold(self, file):
+        """Has a file of the program open, which cannot be deleted or replaced then, until it is released."""
+        self.request("hold", file=windows_path(self.folder / file))
+
+    def release(self):
+        self.request("hold")
 
     def start(self, program):
         """Starts a program, which is not waited for."""
@@ -139,10 +169,13 @@ class WindowsMachine(wine_machine.Machine):
                 for name, value in values.items()}
 
     def files(self):
-        """All files and folders of drive C:, but for temporary ones."""
+        """All files and folders of drive C:, temporary ones, too."""
         drive = self.prefix / "drive_c"
-        names = (path.relative_to(drive).as_posix() for path in drive.rglob("*"))
-        return sorted(name for name in names if "/temp/" not in f"/{name.lower()}/")
+        return sorted(path.relative_to(drive).as_posix() for path in drive.rglob("*"))
+
+    def temporary(self):
+        """Those that are temporary."""
+        return [name for name in self.files() if "/temp/" in name.lower()]
 
     def installed(self):
         """{name: bytes} of what is in the program's folder."""
@@ -157,7 +190,7 @@ class WindowsMachine(wine_machine.Machine):
 
     def wait_dialog(self, text):
         """The dialog that shows a text, once it does."""
-        return wait_for(lambda: self._showing(text), f"a dialog with {text!r}", self._dialog_now)
+        return wait_for(lambda: self.dialog_with(text), f"a dialog with {text!r}", self._dialog_now)
 
     def _dialog_now(self):
         """None, too, while one page takes the place of another."""
@@ -172,7 +205,8 @@ class WindowsMachine(wine_machine.Machine):
         except DriverError:
             return False
 
-    def _showing(self, text):
+    def dialog_with(self, text):
+        """The dialog, when it shows that text."""
         shown = self._dialog_now()
         return shown if shown and any(text in control["text"] for control in shown["controls"]) else None
 
@@ -196,6 +230,10 @@ class WindowsMachine(wine_machine.Machine):
     def end_program(self):
         self.request("endSession")
         wait_for(lambda: PROGRAM not in self.processes(), "the program's end", self.processes)
+
+    def wait_removal(self):
+        """Until the uninstaller is gone, which it cannot delete itself."""
+        wait_for(lambda: REMOVES not in self.processes(), "the end of what deletes the uninstaller", self.processes)
 
     def close(self):
         super().close()
@@ -226,6 +264,7 @@ class InstallerCase(unittest.TestCase):
             self.fail(missing)
         self.machine = WindowsMachine(self.letters, self.version, self.screen)
         self.addCleanup(self.machine.close)
+        self.temporary = self.machine.temporary()
 
     def start(self, program):
         process = self.machine.start(program)
@@ -236,12 +275,12 @@ class InstallerCase(unittest.TestCase):
     def install(self, number=OLD, more="", plain=None):
         return self.machine.run(f'"{windows_path(setup(number))}" /S{more}', plain)
 
-    def uninstall(self, more=""):
+    def uninstall(self, more="", plain=None):
         """As the list of programs tells for removing silently."""
         program, _, rest = self.machine.entry()["QuietUninstallString"].partition(" /S")
-        status = self.machine.run(f"{program} /S{more}{rest}")
-        if status == 0:  # it cannot delete itself; a copy does that after its end
-            wait_for(lambda: LAST not in self.machine.processes(), "the end of the uninstaller", self.machine.processes)
+        status = self.machine.run(f"{program} /S{more}{rest}", plain)
+        if status == 0:
+            self.machine.wait_removal()
         return status
 
     def expect_installed(self, number=OLD, changed=None):
@@ -251,6 +290,12 @@ class InstallerCase(unittest.TestCase):
         self.assertEqual(found.pop(UNINSTALLER)[:2], b"MZ")
         self.assertEqual(sorted(found), sorted(wanted))
         self.assertEqual([name for name in wanted if found[name] != wanted[name]], [])
+
+    def expect_gone(self):
+        """Files, entry, and what was made on the way."""
+        self.assertFalse(self.machine.folder.exists())
+        self.assertEqual(self.machine.entry(), {})
+        self.assertEqual(self.machine.temporary(), self.temporary)
 
     def picture(self, name):
         folder = os.environ.get("USBTOOL_PICTURES")
