@@ -176,8 +176,8 @@ FunctionEnd
   ${EndIf}
 !macroend
 
-; Nothing stays of what could not be installed. Where a version was before, its entry and its uninstaller do, and so does
-; each file that has already taken an older one's place.
+; Nothing stays of what could not be installed. Where a version was before, its entry and its files do, and so does each
+; file that has already taken an older one's place.
 Function GiveUp
   SetOutPath $TEMP
   ${If} $IsFirst == 1
