@@ -44,9 +44,12 @@ def by_script(root, output, script, *tools):
     if not path.exists():
         raise NotMade(f"there is no {script}")
     expect_tools(*tools)
-    before = set(output.iterdir())
-    run(sys.executable, path, "--output", output)
-    return new_files(output, before)
+    with tempfile.TemporaryDirectory(prefix="usbtool-release-") as folder:
+        run(sys.executable, "-B", path, "--output", folder)
+        made = sorted(Path(folder).glob(f"*{end}"))
+        if not made:
+            raise NotMade(f"{path.name} has left no *{end}")
+        return [Path(shutil.move(file, output / file.name)) for file in made]
 
 
 def make_zip(root, output, _seconds):

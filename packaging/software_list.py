@@ -6,6 +6,7 @@ import json
 import subprocess
 import tarfile
 import time
+import uuid
 import zipfile
 from pathlib import Path
 
@@ -120,7 +121,7 @@ class SoftwareList:
                 "hasExtractedLicensingInfos": list(self.licences.values())}
         digest = hashlib.sha256(json.dumps(body, sort_keys=True).encode()).hexdigest()
         head = {"spdxVersion": "SPDX-2.3", "dataLicense": "CC0-1.0", "SPDXID": "SPDXRef-DOCUMENT", "name": name,
-                "documentNamespace": f"https://www.orvanta.example/spdx/{name}-{digest}",
+                "documentNamespace": uuid.uuid5(uuid.NAMESPACE_OID, digest).urn,
                 "creationInfo": {"created": created, "creators": ["Tool: orvanta-usbtool-packaging"]}}
         return json.dumps(head | body, indent=1, ensure_ascii=False) + "\n"
 

@@ -18,36 +18,25 @@ import software_list  # noqa: E402
 
 ZIP_MAKER = """
 import os, sys, zipfile
-with zipfile.ZipFile(sys.argv[2] + "/orvanta-usbtool-1.5-windows-x64.zip", "w") as archive:
+with zipfile.ZipFile(sys.argv[2] + "/orvanta-usbtool-3.4-windows-x64.zip", "w") as archive:
     for name, text in (("orvanta-usbtool.exe", os.environ["SOURCE_DATE_EPOCH"]), ("Server.ini", "[Server]")):
         archive.writestr(zipfile.ZipInfo("orvanta-usbtool/" + name), text)
 """
 SETUP_MAKER = """
 import sys
-open(sys.argv[2] + "/orvanta-usbtool-1.5-windows-x64-setup.exe", "wb").write(bytes(2_000_000))
+open(sys.argv[2] + "/orvanta-usbtool-3.4-windows-x64-setup.exe", "wb").write(bytes(2_000_000))
 """
-RULES = """#!/usr/bin/make -f
-build clean binary-indep build-arch build-indep:
-binary binary-arch:
-\tmkdir -p debian/tmp/DEBIAN debian/tmp/usr/share/sample
-\techo sample >debian/tmp/usr/share/sample/file
-\tdpkg-gencontrol -psample
-\tdpkg-deb --root-owner-group -b debian/tmp ..
-"""
-CONTROL = """Source: sample
-Maintainer: A Tester <tester@sample.example>
-Standards-Version: 4.6.2
-
-Package: sample
-Architecture: all
-Description: sample
- For a test.
-"""
-CHANGELOG = """sample (1.5) unstable; urgency=medium
-
-  * Sample.
-
- -- A Tester <tester@sample.example>  Tue, 14 Nov 2023 22:13:20 +0000
+DEB_MAKER = """
+import pathlib, subprocess, sys, tempfile
+with tempfile.TemporaryDirectory() as folder:
+    for name, text in (("DEBIAN/control", "Package: sample\\nVersion: 3.4\\nArchitecture: all\\n"
+                        "Maintainer: A Tester <tester@sample.example>\\nDescription: sample\\n"),
+                       ("usr/share/sample/file", "sample")):
+        file = pathlib.Path(folder, name)
+        file.parent.mkdir(parents=True, exist_ok=True)
+        file.write_text(text)
+    subprocess.run(["dpkg-deb", "--root-owner-group", "-b", folder, sys.argv[2] + "/orvanta-usbtool_3.4_all.deb"], check=True)
+pathlib.Path(sys.argv[2], "orvanta-usbtool_3.4.build.log").touch()
 """
 
 
@@ -61,7 +50,7 @@ class ReleaseCase(unittest.TestCase):
         self.output = Path(temporary.name) / "out"
         self.root.mkdir()
         self.git("init", "-q", "-b", "main")
-        self.put("CMakeLists.txt", "project(orvanta-usbtool VERSION 1.5 LANGUAGES CXX)\n")
+        self.put("CMakeLists.txt", "project(orvanta-usbtool VERSION 3.4 LANGUAGES CXX)\n")
         self.commit("cmake: the first of all")
 
     def git(self, *words):
@@ -102,7 +91,7 @@ class ReleaseCase(unittest.TestCase):
         return {name: (self.output / name).read_bytes() for name in self.made()}
 
     def software(self):
-        return json.loads((self.output / "orvanta-usbtool-1.5.spdx.json").read_text(encoding="utf-8"))
+        return json.loads((self.output / "orvanta-usbtool-3.4.spdx.json").read_text(encoding="utf-8"))
 
 
 class Whole(ReleaseCase):
@@ -119,9 +108,11 @@ class Whole(ReleaseCase):
         first = self.release()
         self.assertEqual(first.returncode, 0, first.stdout + first.stderr)
         self.assertEqual(self.made(), [
-            "NOTES.md", "SHA256SUMS", "orvanta-usbtool-1.5-windows-x64-setup.exe",
-            "orvanta-usbtool-1.5-windows-x64.zip", "orvanta-usbtool-1.5.spdx.json", "orvanta-usbtool-1.5.tar.xz",
-            "sample_1.5_all.deb"])
+            "NOTES.md", "SHA256SUMS", "orvanta-usbtool-3.4-windows-x64-setup.exe",
+            "orvanta-usbtool-3.4-windows-x64.zip", "orvanta-usbtool-3.4.spdx.json", "orvanta-usbtool-3.4.tar.xz",
+            "orvanta-usbtool_3.4_all.deb"])
+        software = self.software()
+        self.assertRegex(software["documentNamespace"], "^urn:uuid:[0-9a-f-]{36}$")
         before = self.bytes_of_all()
         (self.output / "mine.txt").write_text("mine", encoding="utf-8")
         self.assertEqual(self.release().returncode, 0)
@@ -136,14 +127,14 @@ class Whole(ReleaseCase):
 
     def test_sizes_stand_beside_the_peers(self):
         table = self.release().stdout.splitlines()
-        self.assertIn("   2.00 MB  orvanta-usbtool-1.5-windows-x64-setup.exe", table)
+        self.assertIn("   2.00 MB  orvanta-usbtool-3.4-windows-x64-setup.exe", table)
         self.assertLess(table.index("   1.50 MB  (Rufus)"), table.index("  20.00 MB  (Fedora Media Writer)"))
 
     def test_what_is_gone_from_the_release_goes(self):
         self.release()
         self.assertEqual(self.release("--only", "source").returncode, 0)
-        self.assertEqual(self.made(), ["NOTES.md", "SHA256SUMS", "orvanta-usbtool-1.5.spdx.json",
-                                       "orvanta-usbtool-1.5.tar.xz"])
+        self.assertEqual(self.made(), ["NOTES.md", "SHA256SUMS", "orvanta-usbtool-3.4.spdx.json",
+                                       "orvanta-usbtool-3.4.tar.xz"])
 
     def test_the_software_list(self):
         self.release()
@@ -190,8 +181,8 @@ class Missing(ReleaseCase):
         found = self.release()
         self.assertEqual(found.returncode, 1)
         self.assertIn("not made: zip: there is no packaging/windows/make_zip.py\n", found.stdout)
-        self.assertIn("not made: deb: there is no debian/control\n", found.stdout)
-        self.assertIn("orvanta-usbtool-1.5.tar.xz", self.made())
+        self.assertIn("not made: deb: there is no packaging/linux/make_deb.py\n", found.stdout)
+        self.assertIn("orvanta-usbtool-3.4.tar.xz", self.made())
 
     def test_what_was_not_asked_for_is_no_failure(self):
         self.assertEqual(self.release("--only", "source").returncode, 0)
@@ -203,8 +194,41 @@ class Missing(ReleaseCase):
         self.commit("packaging: it fails")
         found = self.release("--only", "zip,source")
         self.assertEqual(found.returncode, 1)
-        self.assertRegex(found.stdout, r"not made: zip: (failed: .* ended with 7|missing: )")
-        self.assertIn("orvanta-usbtool-1.5.tar.xz", self.made())
+        self.assertRegex(found.stdout, r"not made: zip: (failed: make_zip.py ended with 7|missing: )")
+        self.assertIn("orvanta-usbtool-3.4.tar.xz", self.made())
+
+
+    def test_a_builder_that_leaves_nothing(self):
+        self.put("packaging/windows/make_zip.py", "")
+        self.commit("packaging: it does nothing")
+        found = self.release("--only", "zip,source")
+        self.assertEqual(found.returncode, 1)
+        self.assertRegex(found.stdout, r"not made: zip: (make_zip.py has left no \*.zip|missing: )")
+        self.assertEqual([name for name in self.made() if name.endswith(".zip")], [])
+
+
+class Folder(ReleaseCase):
+    """What is another's in it is neither deleted nor replaced."""
+
+    def expect_refused(self, name, text):
+        self.output.mkdir(exist_ok=True)
+        (self.output / name).write_text(text, encoding="utf-8")
+        found = self.release("--only", "source")
+        self.assertEqual(found.returncode, 1)
+        self.assertIn(f"{name} is not that of a release", found.stderr)
+        self.assertEqual((self.output / name).read_text(encoding="utf-8"), text)
+        self.assertNotIn("orvanta-usbtool-3.4.tar.xz", self.made())
+
+    def test_sums_of_something_else(self):
+        beside = self.output.parent / "orvanta-usbtool"
+        beside.write_text("mine", encoding="utf-8")
+        for line in ("mine.txt", "../orvanta-usbtool", "orvanta-usbtool/../../orvanta-usbtool"):
+            self.expect_refused("SHA256SUMS", f"{'0' * 64}  {line}\n")
+        self.expect_refused("SHA256SUMS", f"{'0' * 64} *orvanta-usbtool\n")
+        self.assertTrue(beside.exists())
+
+    def test_notes_of_something_else(self):
+        self.expect_refused("NOTES.md", "# Mine\n")
 
     def test_build_dependencies_that_are_missing(self):
         self.put_debian()
@@ -218,7 +242,7 @@ class Missing(ReleaseCase):
 class Sources(ReleaseCase):
     def test_changes_that_are_not_committed_are_refused(self):
         for name in ("CMakeLists.txt", "new.txt"):
-            self.put(name, "project(orvanta-usbtool VERSION 1.7 LANGUAGES CXX)\n")
+            self.put(name, "project(orvanta-usbtool VERSION 3.5 LANGUAGES CXX)\n")
             found = self.release("--only", "source")
             self.assertEqual(found.returncode, 1)
             self.assertIn(name, found.stderr)
@@ -233,9 +257,9 @@ class Sources(ReleaseCase):
         self.commit("folder: a name")
         self.put("ignored", "never")
         self.release("--only", "source")
-        with tarfile.open(self.output / "orvanta-usbtool-1.5.tar.xz") as archive:
+        with tarfile.open(self.output / "orvanta-usbtool-3.4.tar.xz") as archive:
             files = {entry.name: entry.mtime for entry in archive if entry.isfile()}
-        self.assertEqual(files, dict.fromkeys((f"orvanta-usbtool-1.5/{name}" for name in
+        self.assertEqual(files, dict.fromkeys((f"orvanta-usbtool-3.4/{name}" for name in
                                                (".gitignore", "CMakeLists.txt", "folder/name")), 1_700_000_000))
 
 
@@ -248,16 +272,16 @@ class Notes(ReleaseCase):
     def test_all_without_a_tag(self):
         self.commit("online: asks once")
         self.commit("Whatever else")
-        self.assertEqual(self.notes(), "# Orvanta USB-Stick Internetupdate Tool 1.5\n\nAll changes:\n\n"
+        self.assertEqual(self.notes(), "# Orvanta USB-Stick Internetupdate Tool 3.4\n\nAll changes:\n\n"
                                        "## cmake\n\n- the first of all\n\n## online\n\n- asks once\n\n"
                                        "## other\n\n- Whatever else\n")
 
     def test_since_the_last_tag(self):
-        self.git("tag", "v1.4")
+        self.git("tag", "v3.3")
         self.commit("online: asks once")
         self.commit("online: waits longer")
-        self.git("tag", "v1.5")  # the release itself
-        self.assertEqual(self.notes(), "# Orvanta USB-Stick Internetupdate Tool 1.5\n\nChanges since v1.4:\n\n"
+        self.git("tag", "v3.4")  # the release itself
+        self.assertEqual(self.notes(), "# Orvanta USB-Stick Internetupdate Tool 3.4\n\nChanges since v3.3:\n\n"
                                        "## online\n\n- asks once\n- waits longer\n")
 
     def test_since_a_commit(self):
