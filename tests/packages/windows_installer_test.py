@@ -4,7 +4,7 @@ import os
 import time
 import unittest
 
-from windows_setup import (FOLDER, KEY, MENU, NEW, OLD, PATIENCE, POLL, PROGRAM, TITLE, UNINSTALLER, InstallerCase,
+from windows_setup import (FOLDER, KEY, MENU, NEW, OLD, PATIENCE, PROGRAM, TITLE, UNINSTALLER, InstallerCase,
                            packed, setup, time_of, wait_for)
 
 DONE, CANCELLED, NOT_POSSIBLE, IS_OPEN = 0, 1, 2, 3
@@ -330,11 +330,8 @@ class Removing(InstallerCase):
     def test_nobody_waits(self):
         """It then runs from a copy, which goes, too."""
         self.assertEqual(self.machine.run(f'"{FOLDER}\\{UNINSTALLER}" /S'), DONE)
-        end = time.monotonic() + PATIENCE
-        while self.machine.temporary() != self.temporary or self.machine.folder.exists():
-            self.assertLess(time.monotonic(), end, self.machine.temporary())
-            time.sleep(POLL)
-        self.machine.wait_removal()
+        wait_for(lambda: not self.machine.folder.exists(), "the end of the program's folder", self.machine.installed)
+        self.wait_tidy()
         self.expect_gone()
 
     def test_installed_at_once_again(self):
@@ -342,7 +339,7 @@ class Removing(InstallerCase):
         command = self.machine.entry()["QuietUninstallString"]
         self.assertEqual(self.machine.run(command), DONE)
         self.assertEqual(self.install(NEW), DONE)
-        self.machine.wait_removal()
+        self.wait_tidy()
         self.expect_installed(NEW)
 
 

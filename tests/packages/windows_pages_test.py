@@ -59,7 +59,7 @@ class Pages(InstallerCase):
         self.page("nicht mehr auf diesem Computer", "5-removed")
         self.machine.press(CLOSE)
         self.machine.wait_no_dialog()
-        self.machine.wait_removal()
+        self.wait_tidy()
         self.expect_gone()
 
     def test_an_update_says_so(self):
@@ -137,8 +137,7 @@ class Ways(InstallerCase):
         self.assertNotEqual(self.machine.temporary(), self.temporary)
         self.machine.press("Abbrechen")
         self.machine.wait_no_dialog()
-        self.machine.wait_removal()
-        self.assertEqual(self.machine.temporary(), self.temporary)
+        self.wait_tidy()
         self.expect_installed()
 
     def test_a_plain_user_clicks(self):
@@ -161,7 +160,7 @@ class Ways(InstallerCase):
         self.machine.wait_dialog("nicht mehr auf diesem Computer")
         self.machine.press(CLOSE)
         self.machine.wait_no_dialog()
-        self.machine.wait_removal()
+        self.wait_tidy()
         self.expect_gone()
 
 

@@ -36,6 +36,7 @@ UNINSTALLER = "Deinstallieren.exe"
 REMOVES = "cmd.exe"  # deletes the uninstaller after its end
 USER = pwd.getpwuid(os.getuid()).pw_name
 FOLDER = rf"C:\users\{USER}\AppData\Local\Programs\Orvanta USB-Tool"
+TEMPORARY = (rf"C:\users\{USER}\Temp", rf"C:\users\{USER}\AppData\Local\Temp", r"C:\windows\temp")
 MENU = rf"C:\users\{USER}\AppData\Roaming\Microsoft\Windows\Start Menu\Programs"
 KEY = r"Software\Microsoft\Windows\CurrentVersion\Uninstall\orvanta-usbtool"
 
@@ -174,8 +175,8 @@ class WindowsMachine(wine_machine.Machine):
         return sorted(path.relative_to(drive).as_posix() for path in drive.rglob("*"))
 
     def temporary(self):
-        """Those that are temporary."""
-        return [name for name in self.files() if "/temp/" in name.lower()]
+        """Those that are temporary; the names, as they come and go while they are listed."""
+        return sorted(str(path) for folder in TEMPORARY for path in self.path(folder).rglob("*"))
 
     def installed(self):
         """{name: bytes} of what is in the program's folder."""
@@ -231,10 +232,6 @@ class WindowsMachine(wine_machine.Machine):
         self.request("endSession")
         wait_for(lambda: PROGRAM not in self.processes(), "the program's end", self.processes)
 
-    def wait_removal(self):
-        """Until the uninstaller is gone, which it cannot delete itself."""
-        wait_for(lambda: REMOVES not in self.processes(), "the end of what deletes the uninstaller", self.processes)
-
     def close(self):
         super().close()
         shutil.rmtree(self.prefix, ignore_errors=True)
@@ -280,8 +277,13 @@ class InstallerCase(unittest.TestCase):
         program, _, rest = self.machine.entry()["QuietUninstallString"].partition(" /S")
         status = self.machine.run(f"{program} /S{more}{rest}", plain)
         if status == 0:
-            self.machine.wait_removal()
+            self.wait_tidy()
         return status
+
+    def wait_tidy(self):
+        """Until the uninstaller is gone, which cannot delete itself, with a copy that its pages run from."""
+        wait_for(lambda: self.machine.temporary() == self.temporary and REMOVES not in self.machine.processes(),
+                 "the end of the uninstaller", lambda: self.machine.temporary() + self.machine.processes())
 
     def expect_installed(self, number=OLD, changed=None):
         """What was packed is there and nothing else, but for what is told with its bytes."""
