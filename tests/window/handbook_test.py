@@ -34,6 +34,18 @@ class Handbook(AssistantCase):
             self.expect_opened(program, times)
         self.expect(program, {"txtOpenPath.text": "", "cmdSaveOnStick.enabled": False})
 
+    def test_the_key_with_others_is_another(self):
+        """Without the page each would open a box, which keeps the letter from the text."""
+        program = self.start(files={PAGE: None})
+        self.wait_loaded(program)
+        program.focus("txtOpenPath")
+        program.type("", "Ctrl+F1", "Shift+F1", "Ctrl+Shift+F1")
+        program.type("a")
+        program.wait_for("txtOpenPath", "text", "a")
+        self.assertIsNone(program.message())
+        self.help(program)
+        self.drop_message(program, program.windows()["frmMain"]["title"], MISSING, EXCLAMATION)
+
     def test_the_sign_in_the_status_bar(self):
         program = self.start_loaded()
         sign = program.get("cmdHelp", "frmMain")

@@ -160,7 +160,7 @@ void FormWindow::keyPressEvent(QKeyEvent* event) {
     if (handleEnter(*event)) return;
     if (event->matches(QKeySequence::Cancel) && isModal())
         requestClose();
-    else if (event->key() == Qt::Key_F1 && !event->isAutoRepeat())
+    else if (event->key() == Qt::Key_F1 && event->modifiers() == Qt::NoModifier && !event->isAutoRepeat())
         report(onHelp);
     else
         event->ignore();

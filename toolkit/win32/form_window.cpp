@@ -158,7 +158,9 @@ bool FormWindow::handleEnter(const MSG& message) {
 
 bool FormWindow::handleHelp(const MSG& message) {
     if (message.message != WM_KEYDOWN || message.wParam != VK_F1) return false;
-    if ((HIWORD(message.lParam) & KF_REPEAT) == 0) report(onHelp);
+    const bool alone =
+        GetKeyState(VK_CONTROL) >= 0 && GetKeyState(VK_SHIFT) >= 0; // with Alt it is another message
+    if (alone && (HIWORD(message.lParam) & KF_REPEAT) == 0) report(onHelp);
     return true;
 }
 
