@@ -9,6 +9,7 @@
 #include "platform/linux/process/desktop_command.h"
 #include "platform/linux/process/file_browser.h"
 #include "platform/linux/process/open_with_portal.h"
+#include "platform/sandbox.h"
 
 #include <algorithm>
 #include <chrono>
@@ -44,8 +45,10 @@ std::string firstLine(const std::string& text) {
     return text.substr(0, text.find_first_of("\r\n"));
 }
 
-/// Whether a program goes with the file's type. When that cannot be found out xdg-open shall see for itself.
+/// Whether a program goes with the file's type. When that cannot be found out xdg-open shall see for itself:
+/// in a sandbox it asks the portal, and nothing in there knows the programs outside.
 bool hasProgram(const std::string& path) {
+    if (isSandboxed()) return true;
     const auto deadline = std::chrono::steady_clock::now() + associationPatience;
     const auto type = linux::outputOf({"xdg-mime", "query", "filetype", path}, deadline);
     if (!type) return true;
