@@ -15,7 +15,7 @@ declare -A packages=(
   [hardware]="qemu-system-x86 debootstrap dosfstools mtools exfatprogs ntfs-3g fdisk"
   [portability]="debootstrap clang-14"
   [packages]="debhelper dpkg-dev lintian desktop-file-utils appstream man-db libxml2-utils polkitd debootstrap
-              g++-mingw-w64-x86-64-posix nsis osslsigncode python3-yaml bubblewrap"
+              g++-mingw-w64-x86-64-posix nsis osslsigncode python3-yaml bubblewrap xdg-dbus-proxy dbus xvfb weston qt6-wayland"
   [makefiles]="make"
   [packages]="nsis osslsigncode dpkg-dev"
 )
