@@ -80,6 +80,11 @@ class Manifest(unittest.TestCase):
         guide = (ROOT / "docs" / "anleitung.md").read_text(encoding="utf-8")
         named = set(re.findall(r"\bexample\.orvanta\.\w+", guide))
         self.assertEqual(named, {MANIFEST["id"]})
+        commands = MANIFESTS[0].read_text(encoding="utf-8").replace("\\\n#", "")
+        for command in re.findall(r"^#   (\S.*)$", commands, re.MULTILINE):
+            self.assertIn(f"`{' '.join(command.split())}`", guide)
+        self.assertIn(MANIFEST["runtime"], guide)
+        self.assertIn(MANIFEST["sdk"], guide)
 
     def test_its_sources_are_there(self):
         """But for what is made before it is built."""

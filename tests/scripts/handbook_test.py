@@ -15,12 +15,13 @@ sys.path.insert(0, str(ROOT / "scripts"))
 import make_handbook  # noqa: E402
 
 GUIDE = ROOT / "docs" / "anleitung.md"
-FOLDERS = ("app", "base", "drive", "format", "job", "online", "platform", "toolkit", "tools", "widgets", "window")
+FOLDERS = ("app", "base", "drive", "format", "job", "online", "packaging", "platform", "toolkit", "tools", "widgets",
+           "window")
 # What is quoted of others: of Windows, and what files end in.
 OF_OTHERS = {
     "-setup.exe", ".deb", "Alle extrahieren", "Apps", "Datenträgerverwaltung", "Deinstallieren",
     "Der Computer wurde durch Windows geschützt", "Einstellungen", "Hardware sicher entfernen",
-    "Laufwerkbuchstaben und -pfade ändern", "Trotzdem ausführen", "Weitere Informationen", "Ändern", "y",
+    "Laufwerkbuchstaben und -pfade ändern", "Trotzdem ausführen", "Weitere Informationen", "Wiederholen", "Ändern", "y",
 }
 # What is put together of several texts.
 PUT_TOGETHER = {
@@ -33,14 +34,15 @@ UNSEEN = {"Kein Wert eingegeben. Es wird autom. 20 minuten eingetragen"}
 
 def joined(text):
     """The source with texts of several lines put together, as they are shown."""
-    text = re.sub(r'"\s*\n\s*L?"', "", text)
+    text = re.sub(r'"\s*\n\s*L?"|\\\n', "", text)
+    text = text.replace(r"$\r$\n", " ")
     text = text.replace(r"\"", "'").replace(r"\n", " ").replace('""', "'")
     return re.sub(r"&(?=\w)", "", html.unescape(text))
 
 
 def sources():
     files = [file for folder in FOLDERS for file in sorted((ROOT / folder).rglob("*"))
-             if file.suffix in (".cpp", ".h", ".rc", ".ui")]
+             if file.suffix in (".cpp", ".h", ".rc", ".ui", ".nsi", ".nsh")]
     names = " ".join(file.name for file in (ROOT / "data" / "program").iterdir())
     made = " fat32format.exe orvanta-usbtool.exe "
     return names + made + "\n".join(joined(file.read_text(encoding="utf-8")) for file in files)
@@ -112,6 +114,16 @@ class Text(unittest.TestCase):
     def explains(self, text):
         """A sentence of the program's may go on with what differs each time."""
         return text.strip(" :.…-") in self.TEXT
+
+    def test_every_box_of_the_installer_is_explained(self):
+        """But for the names that differ each time."""
+        scripts = (ROOT / "packaging/windows").glob("*.ns[ih]")
+        installer = "\n".join(joined(file.read_text(encoding="utf-8")) for file in scripts)
+        boxes = re.findall(r'\b(?:Fail|FailToInstall|TakeTurn \S+|MessageBox [A-Z_|]+) *"([^"]+)"', installer)
+        boxes = [one_line(box) for box in boxes if not box.startswith("${")]
+        self.assertGreater(len(boxes), 5)
+        pieces = {piece.strip() for box in boxes for piece in re.split(r"„[^“]*“|(?<=\.) ", box)}
+        self.assertEqual({piece for piece in pieces if not self.explains(piece)}, set())
 
     def test_every_error_number_is_explained(self):
         numbers = dict(re.findall(r"(\w+) = (\d+),", (ROOT / "base/runtime_error.h").read_text(encoding="utf-8")))
