@@ -37,6 +37,7 @@ class Pictures(unittest.TestCase):
         """To the pixel where the same Qt draws; each version has distances and edges of its own."""
         for name in NAMES:
             kept, made = PICTURES / name, self.today / name
+            self.assertTrue(told_by(kept, DRAWN_BY), f"{name} was not made by scripts/handbook_pictures.py")
             if told_by(kept, DRAWN_BY) == told_by(made, DRAWN_BY):
                 self.assertEqual(size_of(made), size_of(kept), name)
                 self.assertLess(different_pixels(made, kept), STRAY, name)
