@@ -1,6 +1,7 @@
 """What `cmake --install` leaves, and what the desktop's own tools say of it."""
 
 import os
+import re
 import subprocess
 import tempfile
 import unittest
@@ -54,7 +55,9 @@ class Installed(unittest.TestCase):
         self.assertEqual(run("desktop-file-validate", file), "")
         lines = file.read_text(encoding="utf-8").splitlines()
         source = (ROOT / "toolkit" / "qt" / "application.cpp").read_text(encoding="utf-8")
-        self.assertIn(f'setDesktopFileName(QStringLiteral("{file.stem}"))', source)
+        name = re.search(r'setApplicationName\(QStringLiteral\("([^"]+)"\)\)', source)[1]
+        self.assertIn('setDesktopFileName(qEnvironmentVariable("FLATPAK_ID", QCoreApplication::applicationName()))', source)
+        self.assertEqual(file.stem, name)
         self.assertIn(f"Exec={APPLICATION}", lines)
         for icon in (line[5:] for line in lines if line.startswith("Icon=")):
             self.assertEqual(icon, APPLICATION)
