@@ -6,6 +6,7 @@
 #include <csignal>
 #include <cstdlib>
 #include <fstream>
+#include <optional>
 #include <stdexcept>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -66,10 +67,12 @@ protected:
         return folderOf(process);
     }
     fs::path common() const { return base / "orvanta-usbtool"; }
+    TablePlace own() const { return {common(), geteuid()}; }
+    LinkTable tableFor(const Child& parent) const { return findLinkTable(own(), {}, parent.id()); }
 
     /// For each the folder, or else the reason, never both.
-    std::string find(const Child& parent) const {
-        const LinkTable table = findLinkTable(common(), parent.id(), geteuid());
+    std::string find(const Child& parent, const std::optional<TablePlace>& caller = {}) const {
+        const LinkTable table = findLinkTable(own(), caller, parent.id());
         EXPECT_NE(table.folder().empty(), table.problem().empty());
         return table.folder().empty() ? table.problem() : table.folder().string();
     }
@@ -152,7 +155,7 @@ TEST_F(LinkTableOf, DriveAndItsDisk) {
     const fs::path folder = show(one);
     fs::create_symlink("/dev/null", folder / "e:");
     fs::create_symlink("sequence=7,size=512,serial=A%20B", folder / "e:.disk");
-    const LinkTable table = findLinkTable(common(), one.id(), geteuid());
+    const LinkTable table = tableFor(one);
     const auto target = table.target('E');
     ASSERT_TRUE(target.has_value());
     EXPECT_EQ(target->node, "/dev/null");
@@ -163,7 +166,7 @@ TEST_F(LinkTableOf, DriveAndItsDisk) {
 TEST_F(LinkTableOf, DriveWithoutADiskThatCanBeTold) {
     const fs::path folder = show(one);
     fs::create_symlink("/dev/null", folder / "e:");
-    const LinkTable table = findLinkTable(common(), one.id(), geteuid());
+    const LinkTable table = tableFor(one);
     EXPECT_FALSE(table.target('E')->disk.has_value());
     std::ofstream(folder / "e:.disk") << "sequence=7,size=512,serial=A";
     EXPECT_FALSE(table.target('E')->disk.has_value()) << "no link";
@@ -176,7 +179,7 @@ TEST_F(LinkTableOf, DriveWithoutADiskThatCanBeTold) {
 TEST_F(LinkTableOf, FolderThatIsExchangedAfterwards) {
     const fs::path folder = show(one);
     fs::create_symlink("/dev/null", folder / "e:");
-    const LinkTable table = findLinkTable(common(), one.id(), geteuid());
+    const LinkTable table = tableFor(one);
     fs::rename(folder, base / "away");
     show(one);
     fs::create_symlink("/dev/zero", folder / "e:");
@@ -193,13 +196,78 @@ TEST_F(LinkTableOf, FolderOfAnotherUser) {
     }
 }
 
-/// Root reads the table of the user who has asked for it, and of nobody else.
-TEST_F(LinkTableOf, UserBehindPkexec) {
-    if (geteuid() != 0) GTEST_SKIP() << "only root can give a folder away";
-    constexpr uid_t user = 65534;
-    const fs::path own = show(one);
-    for (const fs::path& folder : {own, common()})
-        ASSERT_EQ(chown(folder.c_str(), user, user), 0);
-    EXPECT_EQ(findLinkTable(common(), shell.id(), user).folder(), own);
-    EXPECT_TRUE(says(findLinkTable(common(), shell.id(), user - 1).problem(), "Others than the user"));
+namespace {
+
+/// Root, whom the user "nobody" has made so by pkexec, and the places of both.
+class LinkTableBehindPkexec : public LinkTableOf {
+protected:
+    void SetUp() override {
+        if (geteuid() != 0) GTEST_SKIP() << "only root can give a folder away";
+        makeFolder(caller.folder);
+        give(caller.folder);
+    }
+    fs::path showCallers(const Child& process) const {
+        const fs::path folder = caller.folder / std::to_string(process.id());
+        makeFolder(folder);
+        give(folder);
+        return folder;
+    }
+    void give(const fs::path& folder) const {
+        ASSERT_EQ(chown(folder.c_str(), caller.owner, caller.owner), 0);
+    }
+    std::string find(const Child& parent) const { return LinkTableOf::find(parent, caller); }
+
+    const TablePlace caller = {base / "callers", 65534};
+};
+
+} // namespace
+
+TEST_F(LinkTableBehindPkexec, TheCallersProgramByHand) {
+    EXPECT_EQ(find(shell), showCallers(one));
+}
+
+TEST_F(LinkTableBehindPkexec, TheCallersProgramBesideOneOfRoot) {
+    show(two);
+    EXPECT_EQ(find(shell), showCallers(one));
+}
+
+TEST_F(LinkTableBehindPkexec, RootsProgramWhenTheCallerHasNone) {
+    const fs::path roots = show(two);
+    showCallers(gone);
+    EXPECT_EQ(find(shell), roots);
+    fs::remove_all(caller.folder);
+    EXPECT_EQ(find(shell), roots);
+}
+
+TEST_F(LinkTableBehindPkexec, TheParentWhoeverHasStartedIt) {
+    const fs::path roots = show(two);
+    const fs::path callers = showCallers(one);
+    EXPECT_EQ(find(two), roots);
+    EXPECT_EQ(find(one), callers);
+    showCallers(two); // what a user shows for a process of root's does not count
+    EXPECT_EQ(find(two), roots);
+}
+
+TEST_F(LinkTableBehindPkexec, NoTableIsTakenInThePlaceOfOneThatCannotBeUsed) {
+    show(two);
+    showCallers(one);
+    for (const fs::path& place : {common(), caller.folder}) {
+        fs::permissions(place, fs::perms::owner_all | fs::perms::others_write);
+        EXPECT_TRUE(
+            says(find(shell), "Others than the user may change the table of drives in " + place.string()));
+        fs::permissions(place, fs::perms::owner_all);
+    }
+    showCallers(shell);
+    EXPECT_EQ(find(shell), caller.folder / std::to_string(shell.id()));
+    EXPECT_TRUE(says(find(gone), "runs more than once"));
+}
+
+TEST_F(LinkTableBehindPkexec, NobodyElsesProgram) {
+    showCallers(one);
+    const LinkTable table = findLinkTable(own(), TablePlace{caller.folder, caller.owner - 1}, shell.id());
+    EXPECT_TRUE(says(table.problem(), "Others than the user"));
+}
+
+TEST_F(LinkTableBehindPkexec, NobodysProgram) {
+    EXPECT_TRUE(says(find(shell), "does not run"));
 }

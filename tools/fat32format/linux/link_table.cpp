@@ -53,24 +53,27 @@ Found openOwn(int parent, const fs::path& name, const fs::path& shown, uid_t own
     return {std::move(folder), {}};
 }
 
-LinkTable openTable(int common, const fs::path& shown, const std::string& name, uid_t owner) {
-    Found found = openOwn(common, name, shown / name, owner);
+LinkTable openTable(int common, const TablePlace& place, const std::string& name) {
+    Found found = openOwn(common, name, place.folder / name, place.owner);
     if (!found.problem.empty()) return LinkTable(found.problem);
     if (!found.folder) return {};
-    return {shown / name, std::move(found.folder)};
+    return {place.folder / name, std::move(found.folder)};
 }
 
-LinkTable onlyTable(int common, const fs::path& shown, uid_t owner) {
+LinkTable onlyTable(int common, const TablePlace& place) {
     FolderNames all = readNames(common);
-    if (all.error != 0) return LinkTable("The table of drives in " + shown.string() + " cannot be read.");
+    if (all.error != 0)
+        return LinkTable("The table of drives in " + place.folder.string() + " cannot be read.");
     std::erase_if(all.names, [](const std::string& name) { return !isOfALivingProcess(name); });
-    if (all.names.empty()) return LinkTable(notRunning);
+    if (all.names.empty()) return {};
     if (all.names.size() > 1)
         return LinkTable(
             "The program orvanta-usbtool runs more than once, each time with drive letters of its own.");
-    LinkTable table = openTable(common, shown, all.names.front(), owner);
-    const bool hasEnded = table.folder().empty() && table.problem().empty();
-    return hasEnded ? LinkTable(notRunning) : std::move(table);
+    return openTable(common, place, all.names.front());
+}
+
+bool isNone(const LinkTable& table) {
+    return table.folder().empty() && table.problem().empty();
 }
 
 std::optional<std::string> readLink(int folder, const std::string& name) {
@@ -94,13 +97,26 @@ std::optional<Target> LinkTable::target(char letter) const {
     return Target{real.string(), disk ? parseIdentity(*disk) : std::nullopt};
 }
 
-LinkTable findLinkTable(const fs::path& common, pid_t parent, uid_t owner) {
-    const Found found = openOwn(AT_FDCWD, common, common, owner);
-    if (!found.problem.empty()) return LinkTable(found.problem);
-    if (!found.folder) return LinkTable(notRunning);
-    LinkTable own = openTable(found.folder.get(), common, std::to_string(parent), owner);
-    if (!own.folder().empty() || !own.problem().empty()) return own;
-    return onlyTable(found.folder.get(), common, owner);
+LinkTable findLinkTable(const TablePlace& own, const std::optional<TablePlace>& caller, pid_t parent) {
+    std::vector<TablePlace> places = {own};
+    if (caller) places.push_back(*caller);
+    std::vector<UniqueFd> folders;
+    std::string problem;
+    for (const TablePlace& place : places) {
+        Found common = openOwn(AT_FDCWD, place.folder, place.folder, place.owner);
+        LinkTable table = common.folder ? openTable(common.folder.get(), place, std::to_string(parent))
+                                        : LinkTable(common.problem);
+        if (!table.folder().empty()) return table;
+        if (problem.empty()) problem = table.problem();
+        folders.push_back(std::move(common.folder));
+    }
+    if (!problem.empty()) return LinkTable(problem);
+    for (std::size_t i = places.size(); i-- > 0;) {
+        if (!folders[i]) continue;
+        LinkTable only = onlyTable(folders[i].get(), places[i]);
+        if (!isNone(only)) return only;
+    }
+    return LinkTable(notRunning);
 }
 
 } // namespace fat32format

@@ -32,9 +32,17 @@ private:
     platform::linux::UniqueFd opened_; ///< the folder, which is looked up just once
 };
 
-/// Each running program has a folder, called by its process id, in the common one, and letters of its own.
-/// The table is that of the parent process; of no parent that has one, the only one of a living process.
-/// Folders that are links, or that others than their owner could look into or change, do not count.
-LinkTable findLinkTable(const std::filesystem::path& common, pid_t parent, uid_t owner);
+/// Where a user's programs show their tables: each running one has a folder, called by its process id, in
+/// there, and letters of its own. Folders that are links, or that others than their owner could look into or
+/// change, do not count.
+struct TablePlace {
+    std::filesystem::path folder;
+    uid_t owner;
+};
+
+/// The table is that of the parent process, wherever it is; of no parent that has one, the only one of the
+/// caller's living processes; of no such, the only one in the own place. What keeps from looking is a problem
+/// even where another place has a table: it could be that of another program, with other letters.
+LinkTable findLinkTable(const TablePlace& own, const std::optional<TablePlace>& caller, pid_t parent);
 
 } // namespace fat32format

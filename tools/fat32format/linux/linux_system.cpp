@@ -26,10 +26,9 @@ using namespace platform::linux;
 /// that is; or as root, as the formatter itself does.
 LinkTable tableOfDrives() {
     const fs::path name = "orvanta-usbtool";
-    LinkTable own = findLinkTable(fs::path(runtimeFolder()) / name, getppid(), geteuid());
-    const auto user = userBehindPkexec();
-    if (!user || !own.folder().empty()) return own;
-    return findLinkTable(fs::path(usualRuntimeFolder(*user)) / name, getppid(), *user);
+    std::optional<TablePlace> caller;
+    if (const auto user = userBehindPkexec()) caller = TablePlace{usualRuntimeFolder(*user) / name, *user};
+    return findLinkTable({runtimeFolder() / name, geteuid()}, caller, getppid());
 }
 
 std::optional<dev_t> deviceNumber(const std::string& node) {
