@@ -1,5 +1,6 @@
 #include "main_window.h"
 
+#include "build_choices.h"
 #include "platform/cRegistry.h"
 #include "platform/cTray.h"
 
@@ -30,7 +31,15 @@ std::string fileOf(const CatalogFields& fields) {
 }
 
 std::string serverFile(const std::string& name) {
-    return "http://update.orvanta.example/orvanta/download/" + name;
+    return std::string(base::updateServer) + "/orvanta/download/" + name;
+}
+
+std::string updatePage() {
+    return "http://" + std::string(base::updatePage);
+}
+
+std::string sponsorPage() {
+    return "http://" + std::string(base::webHost) + "/index_link.php?ref=usbtool";
 }
 
 std::string errorReport(base::ErrorNumber number, const std::string& subject, std::string advice) {

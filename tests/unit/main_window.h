@@ -31,8 +31,11 @@ CatalogFields fullCatalog();
 /// The catalog as the server's file.
 std::string fileOf(const CatalogFields& fields);
 
-/// Address of a file on the update server.
+/// Addresses as they are built in: of a file on the update server, of the page that offers the program, and
+/// of the distributor's.
 std::string serverFile(const std::string& name);
+std::string updatePage();
+std::string sponsorPage();
 
 /// Text of an error report.
 /// With the advice that belongs to the number, unless another one is given.

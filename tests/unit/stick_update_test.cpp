@@ -2,6 +2,8 @@
 
 #include "main_window.h"
 
+#include "build_choices.h"
+
 #include <algorithm>
 #include <functional>
 
@@ -11,6 +13,7 @@ using unit::GB;
 using unit::MainWindow;
 using unit::MB;
 using unit::serverFile;
+using unit::sponsorPage;
 using Texts = std::vector<std::string>;
 
 namespace {
@@ -71,7 +74,7 @@ TEST_F(StickUpdate, GoesInOrder) {
                               "compare D:\\orvantastick.ico",
                               "settle D:\\",
                               "message Update erfolgreich",
-                              "open http://www.brellix.example/index_link.php?ref=usbtool"}));
+                              "open " + sponsorPage()}));
     EXPECT_FALSE(ended());
 }
 
@@ -102,12 +105,13 @@ TEST_F(StickUpdate, ReportsSuccessWithTheSponsor) {
     ASSERT_EQ(computer().messages.size(), 2U);
     EXPECT_EQ(box(1).text,
               "Update abgeschlossen\r\n\r\nDieser Service wird KOSTENLOS zur Verfügung gestellt von\r\n"
-              "BRELLIX AUSTRIA - www.brellix.example\r\n\r\n");
+              "BRELLIX AUSTRIA - " +
+                  std::string(base::webHost) + "\r\n\r\n");
     EXPECT_EQ(box(1).style, 0);
     EXPECT_EQ(box(1).title, "Update erfolgreich");
     ASSERT_EQ(computer().shellCalls.size(), 1U);
     EXPECT_EQ(computer().shellCalls[0].verb, "open");
-    EXPECT_EQ(computer().shellCalls[0].file, "http://www.brellix.example/index_link.php?ref=usbtool");
+    EXPECT_EQ(computer().shellCalls[0].file, sponsorPage());
     const toolkit::StatusPanel& panel = window().StatusBar1.panel(2);
     EXPECT_EQ(panel.text(), "Update abgeschlossen");
     EXPECT_EQ(panel.toolTip(), "Update abgeschlossen.");
@@ -328,7 +332,7 @@ TEST_F(StickUpdate, ProgressIsShownByKindOfFile) {
 }
 
 TEST_F(StickUpdate, NothingIsDoneWhenTheSponsorPageCannotBeOpened) {
-    computer().shellCodes["http://www.brellix.example/index_link.php?ref=usbtool"] = 31;
+    computer().shellCodes[sponsorPage()] = 31;
     update();
     EXPECT_TRUE(computer().choosers.empty());
     EXPECT_EQ(computer().messages.size(), 2U);

@@ -9,6 +9,8 @@
 using unit::errorReport;
 using unit::MainWindow;
 using unit::serverFile;
+using unit::sponsorPage;
+using unit::updatePage;
 using Addresses = std::vector<std::string>;
 
 class UpdateCheck : public MainWindow {
@@ -166,7 +168,7 @@ TEST_F(UpdateCheck, AnotherVersionIsRefused) {
     const fake::ShellCall& call = computer().shellCalls[0];
     EXPECT_EQ(call.owner, 0);
     EXPECT_EQ(call.verb, "open");
-    EXPECT_EQ(call.file, "http://www.orvanta.example");
+    EXPECT_EQ(call.file, updatePage());
     EXPECT_EQ(call.parameters, "0");
     EXPECT_EQ(call.directory, "0");
     EXPECT_EQ(call.showCommand, 1);
@@ -181,11 +183,11 @@ TEST_F(UpdateCheck, AnotherVersionIsRefused) {
 
 TEST_F(UpdateCheck, TheUpdatePageIsOpenedAfterTheMessageAndWithoutAChooser) {
     serve("usb-version.txt", "99.9");
-    computer().shellCodes["http://www.orvanta.example"] = 31;
+    computer().shellCodes[updatePage()] = 31;
     start();
     computer().journal.clear();
     tick();
-    EXPECT_EQ(computer().journal.back(), "open http://www.orvanta.example");
+    EXPECT_EQ(computer().journal.back(), "open " + updatePage());
     EXPECT_EQ(computer().journal[computer().journal.size() - 2], "message Version abgelaufen.");
     EXPECT_TRUE(computer().choosers.empty());
     EXPECT_TRUE(toolkit::ending().atOnce);
@@ -305,9 +307,9 @@ TEST_F(ServerAddresses, AFileThatCannotBeReadEndsTheStart) {
 
 TEST_F(ServerAddresses, HaveDefaults) {
     online::loadServerAddresses();
-    EXPECT_EQ(online::downloadUrl(), "http://update.orvanta.example/orvanta/download/");
-    EXPECT_EQ(online::updatePageUrl(), "http://www.orvanta.example");
-    EXPECT_EQ(online::sponsorPageUrl(), "http://www.brellix.example/index_link.php?ref=usbtool");
+    EXPECT_EQ(online::downloadUrl(), serverFile(""));
+    EXPECT_EQ(online::updatePageUrl(), updatePage());
+    EXPECT_EQ(online::sponsorPageUrl(), sponsorPage());
 }
 
 TEST_F(ServerAddresses, ComeFromTheFileBesideTheProgram) {
@@ -320,8 +322,8 @@ TEST_F(ServerAddresses, ComeFromTheFileBesideTheProgram) {
 
 TEST_F(ServerAddresses, WhatTheFileDoesNotNameIsTheDefault) {
     serverIni("[Server]\r\nother\r\nUpdate=\r\nWebHost=web.test/\r\n[Other]\r\nUpdatePage=x\r\n");
-    EXPECT_EQ(online::downloadUrl(), "http://update.orvanta.example/orvanta/download/");
-    EXPECT_EQ(online::updatePageUrl(), "http://www.orvanta.example");
+    EXPECT_EQ(online::downloadUrl(), serverFile(""));
+    EXPECT_EQ(online::updatePageUrl(), updatePage());
     EXPECT_EQ(online::sponsorPageUrl(), "http://web.test/index_link.php?ref=usbtool");
 }
 
