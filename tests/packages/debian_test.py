@@ -9,7 +9,6 @@ from pathlib import Path
 from places import BUILD, MADE, ROOT, run
 from version import program_version
 
-NEXT = "99.6"  # as tests/packages/run builds it
 NAME = "orvanta-usbtool"
 
 
@@ -53,6 +52,10 @@ class Package(unittest.TestCase):
         self.assertEqual(files[f"{folder}/Server.ini"][2], f"/etc/{NAME}/Server.ini")
         self.assertEqual(files[f"/usr/bin/{NAME}"][2].lstrip("./"), f"{folder}/{NAME}".removeprefix("/usr/"))
         self.assertIn(f"/usr/share/man/man1/{NAME}.1.gz", files)
+        self.assertIn(f"{folder}/Anleitung.html", files)
+        for name in ("Anleitung.html", "Anleitung"):
+            link = f"/usr/share/doc/{NAME}/{name}"
+            self.assertEqual(os.path.normpath(Path(link).parent / files[link][2]), f"{folder}/{name}")
         self.assertTrue(all(owner == "root/root" for _, owner, _ in files.values()))
         self.assertEqual(run("dpkg-deb", "--info", self.package, "conffiles").split(), [f"/etc/{NAME}/Server.ini"])
 

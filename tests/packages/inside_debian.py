@@ -72,7 +72,28 @@ class Life(unittest.TestCase):
         from installed_program import whole_job
         whole_job(USER)
 
-    def test_4_root_has_letters_and_settings_of_roots_own(self):
+    def test_4_the_user_guide_opens(self):
+        from installed_program import InstalledProgram, stage
+        with stage(USER), InstalledProgram(USER) as program:
+            opened = program.home / "opened"
+            browser = program.home / "browser"
+            browser.write_text(f'#!/bin/sh\necho "$1" >>{opened}\n')
+            browser.chmod(0o755)
+            program.set_environment({"BROWSER": browser})
+            program.start()
+            program.wait_for("lblLW", "text", "E:\\")
+            program.type("", "F1")
+            program.wait_until(lambda: opened.exists() and opened.read_text().endswith("\n"), what="the browser")
+            page = Path(opened.read_text().rstrip("\n"))
+        self.assertEqual(page, Path(f"/usr/bin/{NAME}").resolve().parent / "Anleitung.html")
+        named = re.findall(r'src="([^"]+)"', page.read_text(encoding="utf-8"))
+        documentation = Path(f"/usr/share/doc/{NAME}")
+        for folder in (page.parent, documentation):
+            for name in (page.name, *named):
+                self.assertTrue((folder / name).is_file(), folder / name)
+        self.assertTrue(named)
+
+    def test_5_root_has_letters_and_settings_of_roots_own(self):
         from installed_program import InstalledProgram, snapshot, stage
         with stage(0) as set_up:
             before = snapshot("/usr")
@@ -88,7 +109,7 @@ class Life(unittest.TestCase):
                 self.assertTrue((program.home / ".config" / NAME / "Settings.ini").is_file())
             self.assertEqual(snapshot("/usr"), before)
 
-    def test_5_the_formatter_behind_pkexec_has_the_users_letters(self):
+    def test_6_the_formatter_behind_pkexec_has_the_users_letters(self):
         from installed_program import InstalledProgram, stage
         runtime = Path(f"/run/user/{USER}")
         runtime.mkdir(parents=True, exist_ok=True)
@@ -109,7 +130,7 @@ class Life(unittest.TestCase):
                                   stdin=subprocess.DEVNULL, capture_output=True, text=True)
             self.assertEqual(done.returncode, status, done.stdout + done.stderr)
 
-    def test_6_an_upgrade_keeps_what_was_changed(self):
+    def test_7_an_upgrade_keeps_what_was_changed(self):
         servers = Path(f"/etc/{NAME}/Server.ini")
         servers.write_bytes(servers.read_bytes().replace(b"Update=http://", b"Update=https://"))
         changed = servers.read_bytes()
@@ -119,7 +140,7 @@ class Life(unittest.TestCase):
         self.assertEqual(servers.read_bytes(), changed)
         self.assertIn(b"Update=https://", changed)
 
-    def test_7_removing_keeps_the_configuration_and_purging_nothing(self):
+    def test_8_removing_keeps_the_configuration_and_purging_nothing(self):
         apt("remove", NAME)
         self.assertEqual([name for name in traces() if not name.startswith("/var/lib/dpkg/")], [f"/etc/{NAME}"])
         apt("purge", NAME)
