@@ -10,12 +10,14 @@ packaging/linux/make_deb.py [--output FOLDER] [--check] [--version VERSION] [--n
 """
 
 import argparse
+import fcntl
 import hashlib
 import os
 import shutil
 import subprocess
 import sys
 import tempfile
+from contextlib import contextmanager
 from pathlib import Path
 
 ROOT = Path(__file__).resolve().parent.parent.parent
@@ -72,6 +74,18 @@ def build(sources, version, tests):
     return sorted(path for path in sources.parent.iterdir() if path.suffix in (".deb", ".changes", ".buildinfo", ".log"))
 
 
+@contextmanager
+def build_folder():
+    """Always the same one, so that a compiler's cache knows it; who comes second waits."""
+    folder = ROOT / "build" / "debian-package"
+    folder.parent.mkdir(exist_ok=True)
+    with open(f"{folder}.lock", "w", encoding="ascii") as lock:
+        fcntl.flock(lock, fcntl.LOCK_EX)
+        shutil.rmtree(folder, ignore_errors=True)
+        yield folder
+        shutil.rmtree(folder)
+
+
 def digests(files):
     return {file.name: hashlib.sha256(file.read_bytes()).hexdigest() for file in files if file.suffix == ".deb"}
 
@@ -84,14 +98,12 @@ def main():
     parser.add_argument("--no-tests", action="store_true")
     options = parser.parse_args()
     options.output.mkdir(parents=True, exist_ok=True)
-    folder = ROOT / "build" / "debian-package"  # always the same one, so that a compiler's cache knows it
-    shutil.rmtree(folder, ignore_errors=True)
-    made = build(folder / "sources", options.version, not options.no_tests)
-    first = digests(made)
-    for file in made:
-        target = f"{NAME}_{options.version}.build.log" if file.name == "build.log" else file.name
-        shutil.copy2(file, options.output / target)
-    shutil.rmtree(folder)
+    with build_folder() as folder:
+        made = build(folder / "sources", options.version, not options.no_tests)
+        first = digests(made)
+        for file in made:
+            target = f"{NAME}_{options.version}.build.log" if file.name == "build.log" else file.name
+            shutil.copy2(file, options.output / target)
     for name, digest in first.items():
         print(f"{options.output / name}: {(options.output / name).stat().st_size} bytes; SHA-256 {digest}")
     if options.check:

@@ -1,5 +1,5 @@
 """The Debian package: what lintian says, and its life in a minimal Debian 12 and 13. Needs root, who may mount; without,
-those two are skipped. tests/packages/run --build makes what this takes."""
+those two are skipped. tests/packages/run --packages makes what this takes."""
 
 import os
 import subprocess
