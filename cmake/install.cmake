@@ -37,13 +37,26 @@ file(MAKE_DIRECTORY ${PROJECT_BINARY_DIR}/configured/link)
 file(CREATE_LINK ${to_program} ${link} SYMBOLIC)
 install(FILES ${link} DESTINATION ${CMAKE_INSTALL_BINDIR})
 
-# The day of the release is that of the build, unless SOURCE_DATE_EPOCH says another.
 set(linux ${PROJECT_SOURCE_DIR}/packaging/linux)
 set(made ${PROJECT_BINARY_DIR}/configured)
-string(TIMESTAMP ORVANTA_RELEASE_DAY "%Y-%m-%d" UTC)
-set(ORVANTA_PROGRAM_FOLDER ${CMAKE_INSTALL_FULL_LIBDIR}/orvanta-usbtool)
-configure_file(${linux}/orvanta-usbtool.metainfo.xml.in ${made}/orvanta-usbtool.metainfo.xml @ONLY)
-configure_file(${linux}/orvanta-usbtool.policy.in ${made}/orvanta-usbtool.policy @ONLY)
+
+# The day of the release is that of the build, unless SOURCE_DATE_EPOCH says another.
+function(orvanta_metainfo)
+  string(TIMESTAMP ORVANTA_RELEASE_DAY "%Y-%m-%d" UTC)
+  string(REPLACE "&" "&amp;" ORVANTA_UPDATE_PAGE "${ORVANTA_UPDATE_PAGE}")
+  string(REPLACE "<" "&lt;" ORVANTA_UPDATE_PAGE "${ORVANTA_UPDATE_PAGE}")
+  configure_file(${linux}/orvanta-usbtool.metainfo.xml.in ${made}/orvanta-usbtool.metainfo.xml @ONLY)
+endfunction()
+orvanta_metainfo()
+
+# It names the formatter's place, and `cmake --install --prefix` may choose another one than was configured.
+install(CODE "
+  set(prefix \"\${CMAKE_INSTALL_PREFIX}\")
+  cmake_path(ABSOLUTE_PATH prefix)
+  set(ORVANTA_PROGRAM_FOLDER \"${folder}\")
+  cmake_path(ABSOLUTE_PATH ORVANTA_PROGRAM_FOLDER BASE_DIRECTORY \"\${prefix}\" NORMALIZE)
+  string(REPLACE \"&\" \"&amp;\" ORVANTA_PROGRAM_FOLDER \"\${ORVANTA_PROGRAM_FOLDER}\")
+  configure_file(\"${linux}/orvanta-usbtool.policy.in\" \"${made}/orvanta-usbtool.policy\" @ONLY)")
 install(FILES ${linux}/orvanta-usbtool.desktop DESTINATION ${CMAKE_INSTALL_DATADIR}/applications)
 install(FILES ${made}/orvanta-usbtool.metainfo.xml RENAME example.orvanta.UsbTool.metainfo.xml
   DESTINATION ${CMAKE_INSTALL_DATADIR}/metainfo)

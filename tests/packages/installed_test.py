@@ -86,6 +86,15 @@ class Installed(unittest.TestCase):
             self.assertEqual(shown.stderr, "", page)
             self.assertGreater(len(shown.stdout), 1000, page)
 
+    def test_the_question_of_pkexec_names_the_folder_it_was_installed_in(self):
+        with tempfile.TemporaryDirectory() as root:
+            run("cmake", "--install", BUILD, "--prefix", "/opt/tool", env=os.environ | {"DESTDIR": root})
+            self.assertFalse(Path(root, "usr").exists())
+            action = xml.parse(Path(root, "opt/tool/share/polkit-1/actions", f"{APPLICATION}.policy")).find("action")
+            formatter = action.find("annotate").text
+            self.assertEqual(formatter, f"/opt/tool/lib/{APPLICATION}/fat32format.exe")
+            self.assertTrue(Path(root + formatter).is_file())
+
     def test_the_question_of_pkexec(self):
         file = self.share / "polkit-1" / "actions" / f"{APPLICATION}.policy"
         run("xmllint", "--nonet", "--noout", "--dtdvalid", DTD, file)
