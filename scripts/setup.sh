@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Installs what a task needs and this machine lacks: scripts/setup.sh GROUP...
-# Groups: program, tests, style, windows, desktop, hardware, portability, makefiles, packages. Every package the
+# Groups: program, tests, style, windows, desktop, hardware, portability, makefiles, debian, packages. Every package the
 # project uses is named here, once; README.md tells what each is for.
 set -euo pipefail
 
@@ -14,7 +14,8 @@ declare -A packages=(
              at-spi2-core gir1.2-atspi-2.0 orca python3-gi python3-xlib python3-pil locales fonts-dejavu-core"
   [hardware]="qemu-system-x86 debootstrap dosfstools mtools exfatprogs ntfs-3g fdisk"
   [portability]="debootstrap clang-14"
-  [packages]="git debhelper dpkg-dev lintian desktop-file-utils appstream man-db libxml2-utils polkitd debootstrap
+  [debian]="git debhelper dpkg-dev"
+  [packages]="lintian desktop-file-utils appstream man-db libxml2-utils polkitd debootstrap
               g++-mingw-w64-x86-64-posix nsis osslsigncode python3-yaml bubblewrap"
   [makefiles]="make"
   [packages]="nsis osslsigncode dpkg-dev"
