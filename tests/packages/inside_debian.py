@@ -53,6 +53,8 @@ class Life(unittest.TestCase):
         self.assertEqual(traces(), [])
         apt("install", package(versions()[0]))
         self.assertEqual(state(), f"installed {versions()[0]}")
+        listed = run("dpkg", "--listfiles", NAME).splitlines()
+        self.assertEqual([name for name in listed if not os.path.lexists(name)], [], "the system leaves nothing out")
         program = Path(f"/usr/bin/{NAME}").resolve()
         for file in (program, program.parent / "fat32format.exe"):
             self.assertNotIn("not found", run("ldd", file))
