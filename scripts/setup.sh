@@ -5,7 +5,7 @@
 set -euo pipefail
 
 declare -A packages=(
-  [program]="g++ cmake ninja-build qt6-base-dev libcurl4-openssl-dev libblkid-dev libpng-dev
+  [program]="g++ ccache cmake ninja-build qt6-base-dev libcurl4-openssl-dev libblkid-dev libpng-dev
              fonts-dejavu-core xdg-utils python3 python3-markdown"
   [tests]="libgtest-dev dbus curl mtools dosfstools e2fsprogs openssl strace xvfb"
   [style]="clang-format-14 clang-tidy-14"
@@ -15,10 +15,9 @@ declare -A packages=(
   [hardware]="qemu-system-x86 debootstrap dosfstools mtools exfatprogs ntfs-3g fdisk"
   [portability]="debootstrap clang-14"
   [debian]="git debhelper dpkg-dev"
-  [packages]="lintian desktop-file-utils appstream man-db libxml2-utils polkitd debootstrap
-              g++-mingw-w64-x86-64-posix nsis osslsigncode python3-yaml bubblewrap"
+  [packages]="lintian desktop-file-utils appstream man-db libxml2-utils polkitd debootstrap dbus xvfb weston qt6-wayland
+              g++-mingw-w64-x86-64-posix nsis osslsigncode python3-yaml bubblewrap xdg-dbus-proxy"
   [makefiles]="make"
-  [packages]="nsis osslsigncode dpkg-dev"
 )
 
 missing=()

@@ -23,7 +23,7 @@ from pathlib import Path
 import program_files
 import second_build
 import sign
-from program_files import PROGRAM, ROOT, source_time, version
+from program_files import PROGRAM, ROOT, program_version, source_time
 
 HERE = Path(__file__).resolve().parent
 

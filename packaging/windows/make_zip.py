@@ -39,12 +39,16 @@ def write_zip(target, files, seconds):
             archive.writestr(entry, files[name])
 
 
+def archive_name():
+    return f"orvanta-usbtool-{program_version()}-windows-x64.zip"
+
+
 def make(build, output, seconds):
     output.mkdir(parents=True, exist_ok=True)
     with tempfile.TemporaryDirectory() as folder:
         files = program_files.contents(build, folder)
     program_files.expect_fine(files, build)
-    target = output / f"orvanta-usbtool-{version()}-windows-x64.zip"
+    target = output / archive_name()
     write_zip(target, files, seconds)
     return target, {name: len(files[name]) for name in LARGEST}
 

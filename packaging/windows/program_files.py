@@ -13,6 +13,9 @@ from pathlib import Path
 from sign import sign
 
 ROOT = Path(__file__).resolve().parent.parent.parent
+sys.path.insert(0, str(ROOT / "scripts"))
+from version import program_version  # noqa: E402
+
 PROGRAM = "orvanta-usbtool.exe"
 LARGEST = {PROGRAM: 3_000_000, "fat32format.exe": 500_000}  # the programs, and how many bytes they may have
 HANDBOOK = "Anleitung.html"
@@ -29,10 +32,6 @@ def run(*command, **options):
     return subprocess.run(command, check=True, text=True, stdout=subprocess.PIPE, **options).stdout
 
 
-def version():
-    return re.search(r"^project\(\S+ VERSION ([\d.]+)", (ROOT / "CMakeLists.txt").read_text(), re.MULTILINE)[1]
-
-
 def source_time():
     given = os.environ.get("SOURCE_DATE_EPOCH")
     return int(given or run("git", "-C", ROOT, "log", "-1", "--format=%ct"))
@@ -46,7 +45,7 @@ def dos_text(text):
 def read_me(number):
     """The text beside the program."""
     text = (ROOT / "packaging" / "windows" / "LIESMICH.txt").read_text(encoding="utf-8")
-    return dos_text(text.replace("@VERSION@", number))
+    return dos_text(text.replace("@PROJECT_VERSION@", number))
 
 
 def stripped(program, folder):
@@ -65,12 +64,13 @@ def handbook(folder):
 def contents(build, folder, number=None):
     """{name below the program's folder: bytes}"""
     files = {file.name: file.read_bytes() for file in (ROOT / "data" / "program").iterdir()}
+    files["Server.ini"] = (build / "program" / "Server.ini").read_bytes()  # has the addresses that the builder chose
     files |= handbook(build / "program")
     for name in LARGEST:
         program = stripped(build / "program" / name, folder)
         sign(program)
         files[name] = program.read_bytes()
-    files["LIESMICH.txt"] = read_me(number or version())
+    files["LIESMICH.txt"] = read_me(number or program_version())
     files["LIZENZ.txt"] = dos_text((ROOT / "LICENSE").read_text(encoding="utf-8"))
     return files
 

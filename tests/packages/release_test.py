@@ -35,8 +35,8 @@ with tempfile.TemporaryDirectory() as folder:
         file = pathlib.Path(folder, name)
         file.parent.mkdir(parents=True, exist_ok=True)
         file.write_text(text)
-    subprocess.run(["dpkg-deb", "--root-owner-group", "-b", folder, sys.argv[2] + "/sample_3.4_all.deb"], check=True)
-pathlib.Path(sys.argv[2], "sample_3.4.build.log").touch()
+    subprocess.run(["dpkg-deb", "--root-owner-group", "-b", folder, sys.argv[2] + "/orvanta-usbtool_3.4_all.deb"], check=True)
+pathlib.Path(sys.argv[2], "orvanta-usbtool_3.4.build.log").touch()
 """
 
 
@@ -60,11 +60,10 @@ class ReleaseCase(unittest.TestCase):
         return subprocess.run(["git", "-c", "user.name=A Tester", "-c", "user.email=tester@sample.example", *words],
                               cwd=self.root, env=environment, check=True, text=True, stdout=subprocess.PIPE).stdout
 
-    def put(self, name, text, executable=False):
+    def put(self, name, text):
         file = self.root / name
         file.parent.mkdir(parents=True, exist_ok=True)
         file.write_text(text, encoding="utf-8")
-        file.chmod(0o755 if executable else 0o644)
 
     def commit(self, message):
         self.git("add", "-A")
@@ -75,10 +74,7 @@ class ReleaseCase(unittest.TestCase):
         self.put("packaging/windows/make_setup.py", SETUP_MAKER)
 
     def put_debian(self):
-        self.put("debian/control", CONTROL)
-        self.put("debian/changelog", CHANGELOG)
-        self.put("debian/source/format", "3.0 (native)\n")
-        self.put("debian/rules", RULES, executable=True)
+        self.put("packaging/linux/make_deb.py", DEB_MAKER)
 
     def release(self, *arguments):
         return subprocess.run([sys.executable, ROOT / "packaging" / "release", "--sources", self.root, "--output",
@@ -97,7 +93,7 @@ class ReleaseCase(unittest.TestCase):
 class Whole(ReleaseCase):
     def setUp(self):
         super().setUp()
-        for tool in ("dpkg-buildpackage", "cmake", "makensis", "x86_64-w64-mingw32-g++-posix"):
+        for tool in ("dpkg-buildpackage", "dh", "cmake", "makensis", "x86_64-w64-mingw32-g++-posix"):
             if shutil.which(tool) is None:
                 self.fail(f"{tool} is missing")
         self.put_windows()
@@ -110,7 +106,9 @@ class Whole(ReleaseCase):
         self.assertEqual(self.made(), [
             "NOTES.md", "SHA256SUMS", "orvanta-usbtool-3.4-windows-x64-setup.exe",
             "orvanta-usbtool-3.4-windows-x64.zip", "orvanta-usbtool-3.4.spdx.json", "orvanta-usbtool-3.4.tar.xz",
-            "sample_3.4_all.deb"])
+            "orvanta-usbtool_3.4_all.deb"])
+        software = self.software()
+        self.assertRegex(software["documentNamespace"], "^urn:uuid:[0-9a-f-]{36}$")
         before = self.bytes_of_all()
         (self.output / "mine.txt").write_text("mine", encoding="utf-8")
         self.assertEqual(self.release().returncode, 0)
@@ -194,6 +192,39 @@ class Missing(ReleaseCase):
         self.assertEqual(found.returncode, 1)
         self.assertRegex(found.stdout, r"not made: zip: (failed: make_zip.py ended with 7|missing: )")
         self.assertIn("orvanta-usbtool-3.4.tar.xz", self.made())
+
+
+    def test_a_builder_that_leaves_nothing(self):
+        self.put("packaging/windows/make_zip.py", "")
+        self.commit("packaging: it does nothing")
+        found = self.release("--only", "zip,source")
+        self.assertEqual(found.returncode, 1)
+        self.assertRegex(found.stdout, r"not made: zip: (make_zip.py has left no \*.zip|missing: )")
+        self.assertEqual([name for name in self.made() if name.endswith(".zip")], [])
+
+
+class Folder(ReleaseCase):
+    """What is another's in it is neither deleted nor replaced."""
+
+    def expect_refused(self, name, text):
+        self.output.mkdir(exist_ok=True)
+        (self.output / name).write_text(text, encoding="utf-8")
+        found = self.release("--only", "source")
+        self.assertEqual(found.returncode, 1)
+        self.assertIn(f"{name} is not that of a release", found.stderr)
+        self.assertEqual((self.output / name).read_text(encoding="utf-8"), text)
+        self.assertNotIn("orvanta-usbtool-3.4.tar.xz", self.made())
+
+    def test_sums_of_something_else(self):
+        beside = self.output.parent / "orvanta-usbtool"
+        beside.write_text("mine", encoding="utf-8")
+        for line in ("mine.txt", "../orvanta-usbtool", "orvanta-usbtool/../../orvanta-usbtool"):
+            self.expect_refused("SHA256SUMS", f"{'0' * 64}  {line}\n")
+        self.expect_refused("SHA256SUMS", f"{'0' * 64} *orvanta-usbtool\n")
+        self.assertTrue(beside.exists())
+
+    def test_notes_of_something_else(self):
+        self.expect_refused("NOTES.md", "# Mine\n")
 
 
 class Sources(ReleaseCase):

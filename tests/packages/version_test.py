@@ -107,7 +107,7 @@ class NextVersion(unittest.TestCase):
 
     def test_the_archive(self):
         script = ("import sys; sys.path.insert(0, 'packaging/windows'); import make_zip; "
-                  "print(make_zip.dos_text(make_zip.ROOT / 'packaging/windows/LIESMICH.txt').decode()[:60]); "
+                  "print(make_zip.program_files.read_me(make_zip.program_version()).decode()[:60]); "
                   "print(make_zip.archive_name())")
         text = subprocess.run([sys.executable, "-B", "-c", script], cwd=self.root, text=True, capture_output=True,
                               check=True).stdout

@@ -16,15 +16,17 @@ import tempfile
 import time
 import unittest
 from pathlib import Path
+from unittest import mock
 
 ROOT = Path(__file__).resolve().parents[2]
 BUILD = Path(os.environ.get("USBTOOL_WINDOWS_BUILD", ROOT / "build" / "windows")).resolve()
-os.environ.setdefault("USBTOOL_BUILD", str(BUILD))
 sys.path[:0] = [str(ROOT / "tests" / "driver"), str(ROOT / "packaging" / "windows")]
 
 import make_setup  # noqa: E402
 import program_files  # noqa: E402
-import wine_machine  # noqa: E402
+
+with mock.patch.dict(os.environ, USBTOOL_BUILD=str(BUILD)):  # for others it names the build for Linux
+    import wine_machine
 from window import POLL, DriverError  # noqa: E402
 
 TITLE = "Orvanta USB-Stick Internetupdate Tool"
