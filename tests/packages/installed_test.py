@@ -54,9 +54,9 @@ class Installed(unittest.TestCase):
         file = self.share / "applications" / f"{APPLICATION}.desktop"
         self.assertEqual(run("desktop-file-validate", file), "")
         lines = file.read_text(encoding="utf-8").splitlines()
-        source = (ROOT / "toolkit" / "qt" / "application.cpp").read_text(encoding="utf-8")
+        source = "".join((ROOT / "toolkit" / "qt" / "application.cpp").read_text(encoding="utf-8").split())
         name = re.search(r'setApplicationName\(QStringLiteral\("([^"]+)"\)\)', source)[1]
-        self.assertIn('setDesktopFileName(qEnvironmentVariable("FLATPAK_ID", QCoreApplication::applicationName()))', source)
+        self.assertIn('setDesktopFileName(qEnvironmentVariable("FLATPAK_ID",QCoreApplication::applicationName()))', source)
         self.assertEqual(file.stem, name)
         self.assertIn(f"Exec={APPLICATION}", lines)
         for icon in (line[5:] for line in lines if line.startswith("Icon=")):
