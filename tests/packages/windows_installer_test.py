@@ -92,6 +92,8 @@ class Silent(InstallerCase):
         self.assertEqual(parent.read_bytes(), b"a file of this name")
 
     def test_a_file_that_cannot_be_replaced(self):
+        self.install()
+        self.uninstall()  # the key that entries stand below is there from now on
         self.machine.folder.mkdir(parents=True)
         (self.machine.folder / "sr100.bmp").mkdir()
         (self.machine.folder / "sr100.bmp" / "mine").touch()

@@ -35,7 +35,7 @@ OLD, NEW = program_files.program_version(), "99.6"
 PATIENCE = float(os.environ.get("USBTOOL_PATIENCE", "120"))  # seconds: longer than what a busy machine takes
 PROGRAM = "orvanta-usbtool.exe"
 UNINSTALLER = "Deinstallieren.exe"
-REMOVES = "cmd.exe"  # deletes the uninstaller after its end
+REMOVE = {"cmd.exe", "conhost.exe"}  # delete the uninstaller after its end; Wine notes its console in the registry
 USER = pwd.getpwuid(os.getuid()).pw_name
 FOLDER = rf"C:\users\{USER}\AppData\Local\Programs\Orvanta USB-Tool"
 TEMPORARY = (rf"C:\users\{USER}\Temp", rf"C:\users\{USER}\AppData\Local\Temp", r"C:\windows\temp")
@@ -284,7 +284,7 @@ class InstallerCase(unittest.TestCase):
 
     def wait_tidy(self):
         """Until the uninstaller is gone, which cannot delete itself, with a copy that its pages run from."""
-        wait_for(lambda: self.machine.temporary() == self.temporary and REMOVES not in self.machine.processes(),
+        wait_for(lambda: self.machine.temporary() == self.temporary and not REMOVE & set(self.machine.processes()),
                  "the end of the uninstaller", lambda: self.machine.temporary() + self.machine.processes())
 
     def expect_installed(self, number=OLD, changed=None):
