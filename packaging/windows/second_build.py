@@ -20,10 +20,11 @@ def made_by(script, seconds, folder):
     sources = folder / "another folder" / "sources"
     build = folder / "b"
     copy_of_sources(sources)
+    # Compiled, not taken from ccache: that would be the first build's once more.
+    environment = dict(os.environ, SOURCE_DATE_EPOCH=str(seconds), CCACHE_DISABLE="1")
     run("cmake", "-S", sources, "-B", build, "-G", "Ninja", "-DCMAKE_BUILD_TYPE=MinSizeRel", "-DBUILD_TESTING=OFF",
-        "--toolchain", sources / "cmake" / "mingw-w64-x86_64.cmake")
-    run("cmake", "--build", build, "--target", "orvanta-usbtool", "-j", "2")
-    environment = dict(os.environ, SOURCE_DATE_EPOCH=str(seconds))
+        "--toolchain", sources / "cmake" / "mingw-w64-x86_64.cmake", env=environment)
+    run("cmake", "--build", build, "--target", "orvanta-usbtool", "-j", "2", env=environment)
     path = sources / "packaging" / "windows" / script
     run(sys.executable, path, "--build", build, "--output", folder / "out", env=environment)
     return next((folder / "out").iterdir())
