@@ -1,7 +1,18 @@
 # What a builder chooses. It goes, with the project's version, into the generated build_choices.h and into Server.ini.
-set(ORVANTA_UPDATE_SERVER "http://update.orvanta.example" CACHE STRING "Scheme and host of the update server")
-set(ORVANTA_UPDATE_PAGE "www.orvanta.example" CACHE STRING "Host of the page that offers the program")
-set(ORVANTA_WEB_HOST "www.brellix.example" CACHE STRING "The distributor's web host")
+
+# orvanta_choice(NAME DEFAULT TEXT): a new build folder takes over the variable of the environment, which reaches the
+# builds of all packages of a release.
+macro(orvanta_choice name default text)
+  if(DEFINED ENV{${name}})
+    set(${name} "$ENV{${name}}" CACHE STRING "${text}")
+  else()
+    set(${name} "${default}" CACHE STRING "${text}")
+  endif()
+endmacro()
+
+orvanta_choice(ORVANTA_UPDATE_SERVER "http://update.orvanta.example" "Scheme and host of the update server")
+orvanta_choice(ORVANTA_UPDATE_PAGE "www.orvanta.example" "Host of the page that offers the program")
+orvanta_choice(ORVANTA_WEB_HOST "www.brellix.example" "The distributor's web host")
 set(ORVANTA_HANDBOOK_FOLDER "" CACHE STRING "Folder of the handbook; empty: beside the program")
 option(ORVANTA_PORTABLE "Settings beside the program, where the user may write there" ON)
 

@@ -1,6 +1,7 @@
 """The artefacts of a release: for each what makes it, and why it cannot be made where it cannot.
 
-Every maker gets the sources' folder and one for what it makes, and gives the files that it made.
+Every maker gets the sources' folder, one for what it makes, and one for builds, which are made anew: what somebody
+has chosen for a build folder of the sources is no part of a release. It gives the files that it made.
 """
 
 import lzma
@@ -30,34 +31,36 @@ def expect_tools(*tools):
         raise NotMade("missing: " + ", ".join(missing))
 
 
-def by_script(root, output, script, end, *tools):
-    """The files of that end which a script of the sources makes; it takes --output."""
+def by_script(root, output, script, end, *tools, build=None):
+    """The files of that end which a script of the sources makes; it takes --output, and --build where one is told."""
     path = root / script
     if not path.exists():
         raise NotMade(f"there is no {script}")
     expect_tools(*tools)
     with tempfile.TemporaryDirectory(prefix="usbtool-release-") as folder:
-        run(sys.executable, "-B", path, "--output", folder)
+        run(sys.executable, "-B", path, "--output", folder, *(["--build", build] if build else []))
         made = sorted(Path(folder).glob(f"*{end}"))
         if not made:
             raise NotMade(f"{path.name} has left no *{end}")
         return [Path(shutil.move(file, output / file.name)) for file in made]
 
 
-def make_zip(root, output):
-    return by_script(root, output, "packaging/windows/make_zip.py", ".zip", "cmake", "x86_64-w64-mingw32-g++-posix")
+def make_zip(root, output, builds):
+    return by_script(root, output, "packaging/windows/make_zip.py", ".zip", "cmake", "x86_64-w64-mingw32-g++-posix",
+                     build=builds / "windows")
 
 
-def make_setup(root, output):
+def make_setup(root, output, builds):
     return by_script(root, output, "packaging/windows/make_setup.py", ".exe", "cmake", "x86_64-w64-mingw32-g++-posix",
-                     "makensis")
+                     "makensis", build=builds / "windows")
 
 
-def make_deb(root, output):
+def make_deb(root, output, _builds):
+    """It builds in a folder of its own."""
     return by_script(root, output, "packaging/linux/make_deb.py", ".deb", "dpkg-buildpackage", "dh")
 
 
-def make_source(root, output):
+def make_source(root, output, _builds):
     """Of the last commit; git gives all files its time."""
     version = program_version(root)
     tree = subprocess.run(["git", "-C", str(root), "archive", f"--prefix={NAME}-{version}/", "HEAD"], check=True,

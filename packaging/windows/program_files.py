@@ -101,8 +101,12 @@ def expect_fine(files, build):
 
 
 def finished_build(given):
-    """The build folder that is told, or that of the preset, which is built."""
-    if given is not None:
-        return given.resolve()
-    subprocess.run([ROOT / "scripts" / "build.sh", "windows", "orvanta-usbtool"], check=True)
-    return ROOT / "build" / "windows"
+    """The build folder that is told, built when it is not there yet, or that of the preset, which is built."""
+    if given is None:
+        subprocess.run([ROOT / "scripts" / "build.sh", "windows", "orvanta-usbtool"], check=True)
+        return ROOT / "build" / "windows"
+    if not given.exists():
+        for words in (["--preset", "windows", "-B", given, "-DBUILD_TESTING=OFF"],
+                      ["--build", given, "--target", Path(PROGRAM).stem]):
+            subprocess.run(["cmake", *words], check=True, cwd=ROOT, stdout=sys.stderr)
+    return given.resolve()

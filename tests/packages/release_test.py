@@ -16,14 +16,19 @@ sys.path.insert(0, str(ROOT / "packaging"))
 
 import software_list  # noqa: E402
 
-ZIP_MAKER = """
-import os, sys, zipfile
+NEW_BUILD = """
+import os, sys
+if sys.argv[3] != "--build" or os.path.exists(sys.argv[4]):
+    sys.exit("this is no build of its own")
+"""
+ZIP_MAKER = NEW_BUILD + """
+import zipfile
+servers = "[Server]\\r\\nUpdate=" + os.environ.get("ORVANTA_UPDATE_SERVER", "http://usual.example") + "\\r\\n"
 with zipfile.ZipFile(sys.argv[2] + "/orvanta-usbtool-3.4-windows-x64.zip", "w") as archive:
-    for name, text in (("orvanta-usbtool.exe", os.environ["SOURCE_DATE_EPOCH"]), ("Server.ini", "[Server]")):
+    for name, text in (("orvanta-usbtool.exe", os.environ["SOURCE_DATE_EPOCH"]), ("Server.ini", servers)):
         archive.writestr(zipfile.ZipInfo("orvanta-usbtool/" + name), text)
 """
-SETUP_MAKER = """
-import sys
+SETUP_MAKER = NEW_BUILD + """
 open(sys.argv[2] + "/orvanta-usbtool-3.4-windows-x64-setup.exe", "wb").write(bytes(2_000_000))
 """
 DEB_MAKER = """
@@ -107,6 +112,7 @@ class Whole(ReleaseCase):
             "NOTES.md", "SHA256SUMS", "orvanta-usbtool-3.4-windows-x64-setup.exe",
             "orvanta-usbtool-3.4-windows-x64.zip", "orvanta-usbtool-3.4.spdx.json", "orvanta-usbtool-3.4.tar.xz",
             "orvanta-usbtool_3.4_all.deb"])
+        self.assertIn("\nUpdate=http://usual.example\n", first.stdout)
         software = self.software()
         self.assertRegex(software["documentNamespace"], "^urn:uuid:[0-9a-f-]{36}$")
         before = self.bytes_of_all()

@@ -1,5 +1,6 @@
 """The version stands in CMakeLists.txt alone: sources of the next one, configured, say so everywhere."""
 
+import os
 import re
 import shutil
 import subprocess
@@ -8,6 +9,7 @@ import tempfile
 import unittest
 import xml.etree.ElementTree as xml
 from pathlib import Path
+from unittest import mock
 
 from places import ROOT, run
 from version import program_version
@@ -96,7 +98,12 @@ class NextVersion(unittest.TestCase):
                 self.assertEqual(spelled(file.read_text(encoding="utf-8")), [], file)
 
     def test_windows(self):
-        made = self.configured("windows", "--toolchain", self.root / "cmake" / "mingw-w64-x86_64.cmake")
+        chosen = {"ORVANTA_UPDATE_SERVER": "http://update.chosen.test", "ORVANTA_WEB_HOST": "web.chosen.test"}
+        with mock.patch.dict(os.environ, chosen):
+            made = self.configured("windows", "--toolchain", self.root / "cmake" / "mingw-w64-x86_64.cmake")
+        servers = (made / "Server.ini").read_text()
+        self.assertIn("Update=http://update.chosen.test\n", servers)
+        self.assertIn("WebHost=web.chosen.test\n", servers)
         for name in ("program.manifest", "fat32format.manifest"):
             self.assertIn(f'version="{NEXT}.0.0" processorArchitecture="amd64"', (made / name).read_text())
         run("cmake", "--build", self.root / "windows", "--target", "toolkit_resources")
