@@ -13,6 +13,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cstdlib>
 #include <optional>
 #include <string>
 
@@ -45,6 +46,12 @@ std::string firstLine(const std::string& text) {
     return text.substr(0, text.find_first_of("\r\n"));
 }
 
+/// Where no desktop knows a program for pages, xdg-open takes the one that the user names.
+bool hasBrowser() {
+    const char* browser = std::getenv("BROWSER"); // NOLINT(concurrency-mt-unsafe): nobody sets it
+    return browser != nullptr && *browser != '\0';
+}
+
 /// Whether a program goes with the file's type. When that cannot be found out xdg-open shall see for itself:
 /// in a sandbox it asks the portal, and nothing in there knows the programs outside.
 bool hasProgram(const std::string& path) {
@@ -54,6 +61,7 @@ bool hasProgram(const std::string& path) {
     if (!type) return true;
     const std::string name = firstLine(*type).substr(0, type->find(';')); // some versions add "; charset="
     if (name.empty()) return false;
+    if (name == "text/html" && hasBrowser()) return true;
     const auto program = linux::outputOf({"xdg-mime", "query", "default", name}, deadline);
     return !program || !firstLine(*program).empty();
 }

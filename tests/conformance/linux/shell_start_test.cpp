@@ -43,6 +43,7 @@ case "$2 $3" in
 "filetype "*.txt) echo text/plain;;
 "filetype "*.ini) echo 'text/x-ini; charset=us-ascii';;
 "filetype "*.odd) echo application/x-odd;;
+"filetype "*.html) echo text/html;;
 "filetype "*.untyped) ;;
 "filetype "*.hang) sleep 600;;
 "default text/plain") echo editor.desktop;;
@@ -200,6 +201,18 @@ TEST_F(ShellStart, DocumentWithoutAProgram) {
     EXPECT_EQ(open("E:\\file.odd"), ShellNoAssociation);
     EXPECT_EQ(open("E:\\file.untyped"), ShellNoAssociation);
     expectNoStartBefore();
+}
+
+TEST_F(ShellStart, PageGoesToTheBrowserThatTheUserNames) {
+    addFile("page.html");
+    addFile("file.odd");
+    setenv("BROWSER", "", 1);
+    EXPECT_EQ(open("E:\\page.html"), ShellNoAssociation);
+    setenv("BROWSER", "a-browser", 1);
+    EXPECT_EQ(open("E:\\file.odd"), ShellNoAssociation);
+    EXPECT_EQ(open("E:\\page.html"), ShellAccepted);
+    EXPECT_EQ(starts(1), Lines{"1<" + (stick / "page.html").string() + ">"});
+    unsetenv("BROWSER");
 }
 
 TEST_F(ShellStart, FileThatIsMissingIsNotAskedAbout) {
