@@ -1,37 +1,51 @@
 """The folder of a release, and the sizes of what is in it."""
 
+import os
 import re
 import shutil
+import tempfile
+from pathlib import Path
 
 from artefacts import NAME
 
 SUMS = "SHA256SUMS"
 NOTES = "NOTES.md"
-SUM_LINE = re.compile(rf"[0-9a-f]{{64}}  ({NAME}[\w.+~-]*|{re.escape(NOTES)})")
+NAMES = rf"{NAME}[\w.+~-]*|{re.escape(NOTES)}"
+SUM_LINE = re.compile(rf"[0-9a-f]{{64}}  ({NAMES})")
 # Megabytes of what people download of programs that prepare sticks, too.
 PEERS = {"USBImager": 0.3, "Rufus": 1.5, "Fedora Media Writer": 20, "balenaEtcher": 110}
 
 
 def names_of(folder):
     """What an earlier release put there. ValueError where a release would replace anything of anybody else's."""
-    sums, notes = folder / SUMS, folder / NOTES
+    sums = folder / SUMS
     lines = sums.read_text(encoding="utf-8", errors="replace").splitlines() if sums.exists() else []
     found = [SUM_LINE.fullmatch(line) for line in lines]
     if not all(found):
         raise ValueError(f"{sums} is not that of a release: choose another folder")
     names = [match[1] for match in found]
-    if notes.exists() and NOTES not in names:
-        raise ValueError(f"{notes} is not that of a release: choose another folder")
+    for file in sorted(folder.iterdir()) if folder.exists() else []:
+        if re.fullmatch(NAMES, file.name) and file.name not in names and (file.is_symlink() or not file.is_dir()):
+            raise ValueError(f"{file} is not that of a release: choose another folder")
     return names
 
 
+def move_in(made, output):
+    """One file after the other, each as a whole: under a name of its own first, since what is copied may not fit."""
+    with tempfile.TemporaryDirectory(prefix=".release-", dir=output) as beside:
+        for file in made:
+            shutil.move(file, Path(beside) / file.name)
+        for file in made:
+            os.replace(Path(beside) / file.name, output / file.name)
+
+
 def replace(output, made):
-    """Moves all files of one folder to where those of an earlier release were."""
+    """Moves all files of one folder to where those of an earlier release were. What only the earlier one had goes."""
     output.mkdir(parents=True, exist_ok=True)
-    for name in names_of(output):
+    earlier, files = names_of(output), sorted(made.iterdir())
+    move_in(files, output)
+    for name in set(earlier) - {file.name for file in files}:
         (output / name).unlink(missing_ok=True)
-    for file in sorted(made.iterdir()):
-        shutil.move(file, output / file.name)
 
 
 def size_table(sizes):

@@ -1,5 +1,6 @@
 """packaging/release on small repositories of its own, with builders that make little and a real Debian package."""
 
+import errno
 import hashlib
 import json
 import os
@@ -9,11 +10,13 @@ import sys
 import tarfile
 import tempfile
 import unittest
+import unittest.mock
 from pathlib import Path
 
 ROOT = Path(__file__).resolve().parents[2]
 sys.path.insert(0, str(ROOT / "packaging"))
 
+import release_folder  # noqa: E402
 import software_list  # noqa: E402
 
 NEW_BUILD = """
@@ -217,9 +220,10 @@ class Folder(ReleaseCase):
         (self.output / name).write_text(text, encoding="utf-8")
         found = self.release("--only", "source")
         self.assertEqual(found.returncode, 1)
+        self.assertNotIn("Traceback", found.stderr)
         self.assertIn(f"{name} is not that of a release", found.stderr)
         self.assertEqual((self.output / name).read_text(encoding="utf-8"), text)
-        self.assertNotIn("orvanta-usbtool-3.4.tar.xz", self.made())
+        self.assertEqual(self.made(), [name])
 
     def test_sums_of_something_else(self):
         beside = self.output.parent / "orvanta-usbtool"
@@ -231,6 +235,50 @@ class Folder(ReleaseCase):
 
     def test_notes_of_something_else(self):
         self.expect_refused("NOTES.md", "# Mine\n")
+
+    def test_an_artefact_of_somebody_s(self):
+        """Whether or not there is an earlier release beside it."""
+        name = "orvanta-usbtool-3.4.tar.xz"
+        self.expect_refused(name, "mine")
+        (self.output / name).unlink()
+        self.assertEqual(self.release("--only", "source").returncode, 0)
+        sums = self.output / "SHA256SUMS"
+        others = [line for line in sums.read_text(encoding="utf-8").splitlines(True) if name not in line]
+        sums.write_text("".join(others), encoding="utf-8")
+        (self.output / name).write_text("mine", encoding="utf-8")
+        self.assertEqual(self.release("--only", "source").returncode, 1)
+        self.assertEqual((self.output / name).read_text(encoding="utf-8"), "mine")
+        self.assertEqual(sums.read_text(encoding="utf-8"), "".join(others))
+
+    def test_a_link_of_somebody_s_that_leads_nowhere(self):
+        self.output.mkdir()
+        link = self.output / "orvanta-usbtool-3.4.tar.xz"
+        link.symlink_to("nowhere")
+        self.assertEqual(self.release("--only", "source").returncode, 1)
+        self.assertEqual(os.readlink(link), "nowhere")
+
+    def test_a_release_that_does_not_fit_leaves_the_earlier_one(self):
+        """Of two files the first is there, and then the disk is full."""
+        self.assertEqual(self.release("--only", "source").returncode, 0)
+        before = self.bytes_of_all()
+        made = Path(tempfile.mkdtemp(dir=self.root.parent))
+        (made / "NOTES.md").write_text("new", encoding="utf-8")
+        (made / "orvanta-usbtool-3.4.tar.xz").write_text("new", encoding="utf-8")
+        move = shutil.move
+
+        def first_alone(source, target):
+            if Path(source).name != "NOTES.md":
+                raise OSError(errno.ENOSPC, "full")
+            return move(source, target)
+
+        with unittest.mock.patch("shutil.move", first_alone), self.assertRaises(OSError):
+            release_folder.replace(self.output, made)
+        self.assertEqual(self.bytes_of_all(), before)
+
+    def test_a_folder_of_somebody_s_stays(self):
+        (self.output / "orvanta-usbtool-3.4").mkdir(parents=True)
+        self.assertEqual(self.release("--only", "source").returncode, 0)
+        self.assertTrue((self.output / "orvanta-usbtool-3.4").is_dir())
 
 
 class Sources(ReleaseCase):
