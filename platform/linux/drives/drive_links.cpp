@@ -111,11 +111,18 @@ void removeFolder(int parent, const std::string& name) {
     unlinkat(parent, name.c_str(), AT_REMOVEDIR);
 }
 
-/// Whether a folder is that of a process that is no longer there.
+bool belongsToAnother(pid_t process) {
+    struct stat status = {};
+    return stat(("/proc/" + std::to_string(process)).c_str(), &status) == 0 && status.st_uid != geteuid();
+}
+
+/// Whether a folder is that of a process that is no longer there. Another user's has been given its id since:
+/// root may signal that one, too, and everybody else learns it from being refused.
 bool isOfADeadProcess(const std::string& name) {
     const auto process = base::wholeNumber<pid_t>(name);
     if (!process || *process <= 0) return false;
-    return kill(*process, 0) != 0 && errno == ESRCH;
+    if (kill(*process, 0) != 0) return errno == ESRCH || errno == EPERM;
+    return geteuid() == 0 && belongsToAnother(*process);
 }
 
 /// What a program left behind that did not end in good order.

@@ -2,6 +2,7 @@
 #include "platform/linux/drives/drive_links.h"
 
 #include "tests/conformance/linux/temporary_folder.h"
+#include "tests/support/waiting_process.h"
 
 #include <gtest/gtest.h>
 
@@ -9,12 +10,15 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <optional>
 #include <string>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 using conformance::TemporaryFolder;
 using platform::linux::DriveLinks;
+using support::WaitingProcess;
 
 namespace fs = std::filesystem;
 
@@ -76,7 +80,8 @@ TEST_F(DriveLinksOfAProcess, HaveAFolderWithoutADrive) {
 }
 
 TEST_F(DriveLinksOfAProcess, LeaveThoseOfAnotherAlone) {
-    const fs::path others = folderOf(getppid());
+    const WaitingProcess another;
+    const fs::path others = folderOf(another.id());
     makeFolder(others);
     fs::create_symlink("/dev/sdc1", others / "e:");
     links.show({{'E', {"/dev/sdb1"}}});
@@ -97,6 +102,22 @@ TEST_F(DriveLinksOfAProcess, TakeThoseOfTheDeadAway) {
     EXPECT_FALSE(isThere(left));
     EXPECT_TRUE(isThere(common / "0")) << "no process";
     EXPECT_TRUE(isThere(common / "12x")) << "no process";
+}
+
+/// Ids are used again: root may signal everybody's processes, and others learn that this one is none of
+/// theirs.
+TEST_F(DriveLinksOfAProcess, TakeThoseAwayOfWhichTheNumberIsAnotherUsersByNow) {
+    std::optional<WaitingProcess> others;
+    if (geteuid() == 0) others.emplace(support::nobody);
+    const pid_t stranger = others ? others->id() : 1;
+    struct stat info {};
+    ASSERT_EQ(stat(("/proc/" + std::to_string(stranger)).c_str(), &info), 0);
+    if (info.st_uid == geteuid()) GTEST_SKIP() << "here even the first process is the user's";
+    const fs::path left = folderOf(stranger);
+    makeFolder(left);
+    fs::create_symlink("/dev/sdc1", left / "e:");
+    links.show({});
+    EXPECT_FALSE(isThere(left));
 }
 
 TEST_F(DriveLinksOfAProcess, AreSetRightWhenSomebodyChangedThem) {

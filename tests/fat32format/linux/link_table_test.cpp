@@ -1,47 +1,24 @@
 // Whose letters count, when programs run side by side.
 #include "tools/fat32format/linux/link_table.h"
 
+#include "tests/support/waiting_process.h"
+
 #include <gtest/gtest.h>
 
-#include <csignal>
 #include <cstdlib>
 #include <fstream>
 #include <optional>
 #include <stdexcept>
-#include <sys/wait.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 using namespace fat32format;
+using support::nobody;
+using Child = support::WaitingProcess;
 
 namespace fs = std::filesystem;
 
 namespace {
-
-/// A process that does nothing until it is ended.
-class Child {
-public:
-    Child() : id_(fork()) {
-        if (id_ != 0) return;
-        alarm(60); // should the test never get to its end
-        for (;;)
-            pause();
-    }
-    Child(const Child&) = delete;
-    Child& operator=(const Child&) = delete;
-    ~Child() { end(); }
-
-    pid_t id() const { return id_; }
-    void end() {
-        if (ended_) return;
-        kill(id_, SIGKILL);
-        waitpid(id_, nullptr, 0);
-        ended_ = true;
-    }
-
-private:
-    pid_t id_;
-    bool ended_ = false;
-};
 
 class LinkTableOf : public testing::Test {
 protected:
@@ -60,8 +37,10 @@ protected:
         fs::create_directory(folder);
         fs::permissions(folder, fs::perms::owner_all);
     }
-    fs::path folderOf(const Child& process) const { return common() / std::to_string(process.id()); }
-    fs::path show(const Child& process) const {
+    fs::path folderOf(const Child& process) const { return folderOf(process.id()); }
+    fs::path folderOf(pid_t process) const { return common() / std::to_string(process); }
+    fs::path show(const Child& process) const { return show(process.id()); }
+    fs::path show(pid_t process) const {
         makeFolder(common());
         makeFolder(folderOf(process));
         return folderOf(process);
@@ -107,6 +86,20 @@ TEST_F(LinkTableOf, SeveralByHand) {
     show(one);
     show(two);
     EXPECT_TRUE(says(find(shell), "runs more than once"));
+}
+
+TEST_F(LinkTableOf, NumberThatIsAnotherUsersByNow) {
+    std::optional<Child> others;
+    if (geteuid() == 0) others.emplace(nobody);
+    const pid_t stranger = others ? others->id() : 1;
+    struct stat info {};
+    ASSERT_EQ(stat(("/proc/" + std::to_string(stranger)).c_str(), &info), 0);
+    if (info.st_uid == geteuid()) GTEST_SKIP() << "here even the first process is the user's";
+    show(stranger);
+    EXPECT_TRUE(says(find(shell), "does not run"));
+    show(one);
+    EXPECT_EQ(find(shell), folderOf(one));
+    EXPECT_EQ(findLinkTable(own(), {}, stranger).folder(), folderOf(one)) << "nor as the parent";
 }
 
 TEST_F(LinkTableOf, NobodyByHand) {
@@ -190,7 +183,7 @@ TEST_F(LinkTableOf, FolderOfAnotherUser) {
     if (geteuid() != 0) GTEST_SKIP() << "only root can give a folder away";
     const fs::path own = show(one);
     for (const fs::path& folder : {own, common()}) {
-        ASSERT_EQ(chown(folder.c_str(), 65534, 65534), 0);
+        ASSERT_EQ(chown(folder.c_str(), nobody, nobody), 0);
         EXPECT_TRUE(says(find(one), "Others than the user")) << folder;
         ASSERT_EQ(chown(folder.c_str(), 0, 0), 0);
     }
@@ -205,6 +198,8 @@ protected:
         if (geteuid() != 0) GTEST_SKIP() << "only root can give a folder away";
         makeFolder(caller.folder);
         give(caller.folder);
+        users.emplace(nobody);
+        users2.emplace(nobody);
     }
     fs::path showCallers(const Child& process) const {
         const fs::path folder = caller.folder / std::to_string(process.id());
@@ -217,16 +212,27 @@ protected:
     }
     std::string find(const Child& parent) const { return LinkTableOf::find(parent, caller); }
 
-    const TablePlace caller = {base / "callers", 65534};
+    const TablePlace caller = {base / "callers", nobody};
+    std::optional<Child> users;
+    std::optional<Child> users2;
 };
 
 } // namespace
 
 TEST_F(LinkTableBehindPkexec, TheCallersProgramByHand) {
-    const fs::path callers = showCallers(one);
+    const fs::path callers = showCallers(*users);
     EXPECT_EQ(find(shell), callers);
     show(two);
     EXPECT_EQ(find(shell), callers) << "beside one of root's";
+}
+
+/// Root may send a signal to every process: that it is there does not make it the caller's.
+TEST_F(LinkTableBehindPkexec, NumberThatIsRootsByNow) {
+    showCallers(one);
+    EXPECT_TRUE(says(find(shell), "does not run"));
+    EXPECT_TRUE(says(find(one), "does not run")) << "nor as the parent";
+    const fs::path callers = showCallers(*users);
+    EXPECT_EQ(find(shell), callers);
 }
 
 TEST_F(LinkTableBehindPkexec, RootsProgramWhenTheCallerHasNone) {
@@ -239,29 +245,29 @@ TEST_F(LinkTableBehindPkexec, RootsProgramWhenTheCallerHasNone) {
 
 TEST_F(LinkTableBehindPkexec, TheParentWhoeverHasStartedIt) {
     const fs::path roots = show(two);
-    const fs::path callers = showCallers(one);
+    const fs::path callers = showCallers(*users);
     EXPECT_EQ(find(two), roots);
-    EXPECT_EQ(find(one), callers);
+    EXPECT_EQ(find(*users), callers);
     showCallers(two); // what a user shows for a process of root's does not count
     EXPECT_EQ(find(two), roots);
 }
 
 TEST_F(LinkTableBehindPkexec, NoTableIsTakenInThePlaceOfOneThatCannotBeUsed) {
     show(two);
-    showCallers(one);
+    showCallers(*users);
     for (const fs::path& place : {common(), caller.folder}) {
         fs::permissions(place, fs::perms::owner_all | fs::perms::others_write);
         EXPECT_TRUE(
             says(find(shell), "Others than the user may change the table of drives in " + place.string()));
         fs::permissions(place, fs::perms::owner_all);
     }
-    showCallers(shell);
-    EXPECT_EQ(find(shell), caller.folder / std::to_string(shell.id()));
+    const fs::path callers = showCallers(*users2);
+    EXPECT_EQ(find(*users2), callers);
     EXPECT_TRUE(says(find(gone), "runs more than once"));
 }
 
 TEST_F(LinkTableBehindPkexec, NobodyElsesProgram) {
-    showCallers(one);
+    showCallers(*users);
     const LinkTable table = findLinkTable(own(), TablePlace{caller.folder, caller.owner - 1}, shell.id());
     EXPECT_TRUE(says(table.problem(), "Others than the user"));
 }

@@ -9,7 +9,6 @@
 #include <array>
 #include <cerrno>
 #include <climits>
-#include <csignal>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -30,11 +29,13 @@ bool belongsAlone(int folder, uid_t owner) {
     return info.st_uid == owner && (info.st_mode & (S_IRWXG | S_IRWXO)) == 0;
 }
 
-/// Whether a folder's name is the id of one of the user's processes.
-bool isOfALivingProcess(const std::string& name) {
+/// Whether a folder's name is the id of one of that user's processes. One that ended badly leaves its folder,
+/// and its id may be anybody's by now; no signal tells it, since root may send one to everybody.
+bool isOfAProcessOf(uid_t owner, const std::string& name) {
     const auto process = base::wholeNumber<pid_t>(name);
     if (!process || *process <= 0) return false;
-    return kill(*process, 0) == 0;
+    struct stat info {};
+    return stat(("/proc/" + std::to_string(*process)).c_str(), &info) == 0 && info.st_uid == owner;
 }
 
 /// A folder inside another one, never through a link. Not there: neither a folder nor a problem.
@@ -54,6 +55,7 @@ Found openOwn(int parent, const fs::path& name, const fs::path& shown, uid_t own
 }
 
 LinkTable openTable(int common, const TablePlace& place, const std::string& name) {
+    if (!isOfAProcessOf(place.owner, name)) return {};
     Found found = openOwn(common, name, place.folder / name, place.owner);
     if (!found.problem.empty()) return LinkTable(found.problem);
     if (!found.folder) return {};
@@ -64,7 +66,7 @@ LinkTable onlyTable(int common, const TablePlace& place) {
     FolderNames all = readNames(common);
     if (all.error != 0)
         return LinkTable("The table of drives in " + place.folder.string() + " cannot be read.");
-    std::erase_if(all.names, [](const std::string& name) { return !isOfALivingProcess(name); });
+    std::erase_if(all.names, [&](const std::string& name) { return !isOfAProcessOf(place.owner, name); });
     if (all.names.empty()) return {};
     if (all.names.size() > 1)
         return LinkTable(

@@ -34,7 +34,7 @@ private:
 
 /// Where a user's programs show their tables: each running one has a folder, called by its process id, in
 /// there, and letters of its own. Folders that are links, or that others than their owner could look into or
-/// change, do not count.
+/// change, do not count, nor do those that bear the id of somebody else's process.
 struct TablePlace {
     std::filesystem::path folder;
     uid_t owner;
