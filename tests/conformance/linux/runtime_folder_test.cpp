@@ -16,10 +16,24 @@ TEST(RuntimeFolder, IsThatOfTheVariable) {
 }
 
 TEST(RuntimeFolder, OfRootWithoutASessionIsTheSystems) {
+    if (geteuid() != 0) GTEST_SKIP() << "it takes root";
+    if (std::filesystem::exists("/run/user/0")) GTEST_SKIP() << "root has a session here";
     unsetenv("XDG_RUNTIME_DIR");
-    const std::string usual = usualRuntimeFolder(getuid());
-    const bool isRootWithout = geteuid() == 0 && !std::filesystem::exists(usual);
-    EXPECT_EQ(runtimeFolder(), isRootWithout ? "/run" : usual);
+    EXPECT_EQ(runtimeFolder(), "/run");
+}
+
+TEST(RuntimeFolder, OfRootWithASessionIsThatOfTheSession) {
+    if (geteuid() != 0) GTEST_SKIP() << "it takes root";
+    if (!std::filesystem::exists("/run/user/0")) GTEST_SKIP() << "root has no session here";
+    unsetenv("XDG_RUNTIME_DIR");
+    EXPECT_EQ(runtimeFolder(), "/run/user/0");
+}
+
+/// Whether there is one or not: nobody else may use the system's.
+TEST(RuntimeFolder, OfAUserIsTheUsualOne) {
+    if (geteuid() == 0) GTEST_SKIP() << "it takes a user who is not root";
+    unsetenv("XDG_RUNTIME_DIR");
+    EXPECT_EQ(runtimeFolder(), "/run/user/" + std::to_string(getuid()));
 }
 
 TEST(RuntimeFolder, KnowsWhoIsBehindPkexecForRootAlone) {
