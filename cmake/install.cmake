@@ -49,18 +49,23 @@ function(orvanta_metainfo)
 endfunction()
 orvanta_metainfo()
 
-# It names the formatter's place, and `cmake --install --prefix` may choose another one than was configured.
+# It names the formatter's place, and `cmake --install --prefix` may choose another one than was configured. It is made
+# where it goes: in the build it would be root's after root has installed, and nobody else could write it again.
 install(CODE "
   set(prefix \"\${CMAKE_INSTALL_PREFIX}\")
   cmake_path(ABSOLUTE_PATH prefix)
   set(ORVANTA_PROGRAM_FOLDER \"${folder}\")
   cmake_path(ABSOLUTE_PATH ORVANTA_PROGRAM_FOLDER BASE_DIRECTORY \"\${prefix}\" NORMALIZE)
   string(REPLACE \"&\" \"&amp;\" ORVANTA_PROGRAM_FOLDER \"\${ORVANTA_PROGRAM_FOLDER}\")
-  configure_file(\"${linux}/orvanta-usbtool.policy.in\" \"${made}/orvanta-usbtool.policy\" @ONLY)")
+  set(policy \"${CMAKE_INSTALL_DATADIR}/polkit-1/actions/orvanta-usbtool.policy\")
+  cmake_path(ABSOLUTE_PATH policy BASE_DIRECTORY \"\${prefix}\" NORMALIZE)
+  message(STATUS \"Installing: \$ENV{DESTDIR}\${policy}\")
+  configure_file(\"${linux}/orvanta-usbtool.policy.in\" \"\$ENV{DESTDIR}\${policy}\" @ONLY
+    FILE_PERMISSIONS OWNER_READ OWNER_WRITE GROUP_READ WORLD_READ)
+  list(APPEND CMAKE_INSTALL_MANIFEST_FILES \"\${policy}\")")
 install(FILES ${linux}/orvanta-usbtool.desktop DESTINATION ${CMAKE_INSTALL_DATADIR}/applications)
 install(FILES ${made}/orvanta-usbtool.metainfo.xml RENAME example.orvanta.UsbTool.metainfo.xml
   DESTINATION ${CMAKE_INSTALL_DATADIR}/metainfo)
-install(FILES ${made}/orvanta-usbtool.policy DESTINATION ${CMAKE_INSTALL_DATADIR}/polkit-1/actions)
 
 set(icons ${CMAKE_INSTALL_DATADIR}/icons/hicolor)
 foreach(size 16 22 24 32 48 64 128 256 512)

@@ -95,6 +95,15 @@ class Installed(unittest.TestCase):
             self.assertEqual(formatter, f"/opt/tool/lib/{APPLICATION}/fat32format.exe")
             self.assertTrue(Path(root + formatter).is_file())
 
+    def test_an_installation_elsewhere_changes_nothing_of_what_was_configured(self):
+        """Else it would be root's after `sudo cmake --install`, and nobody else could install from that build."""
+        def state():
+            return {path: path.lstat().st_mtime_ns for path in (BUILD / "configured").rglob("*")}
+        before = state()
+        with tempfile.TemporaryDirectory() as root:
+            run("cmake", "--install", BUILD, "--prefix", "/opt/elsewhere", env=os.environ | {"DESTDIR": root})
+        self.assertEqual(state(), before)
+
     def test_the_question_of_pkexec(self):
         file = self.share / "polkit-1" / "actions" / f"{APPLICATION}.policy"
         run("xmllint", "--nonet", "--noout", "--dtdvalid", DTD, file)
