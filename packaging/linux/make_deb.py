@@ -22,6 +22,7 @@ from pathlib import Path
 
 ROOT = Path(__file__).resolve().parent.parent.parent
 sys.path.insert(0, str(ROOT / "scripts"))
+from sources import copy_of_sources  # noqa: E402
 from version import program_version  # noqa: E402
 
 NAME = "orvanta-usbtool"
@@ -30,16 +31,6 @@ DAY_LATER = "Mon, 23 Nov 2026 12:00:00 +0000"  # of a version that is none yet
 
 def output_of(*command, **options):
     return subprocess.run([str(word) for word in command], check=True, text=True, stdout=subprocess.PIPE, **options).stdout
-
-
-def copy_of_sources(folder):
-    """What git knows or would add; rights are everybody's umask."""
-    names = output_of("git", "-c", f"safe.directory={ROOT}", "-C", ROOT, "ls-files", "-z", "--cached", "--others",
-                      "--exclude-standard").split("\0")
-    for name in filter(None, names):
-        if (ROOT / name).is_file():
-            (folder / name).parent.mkdir(parents=True, exist_ok=True)
-            shutil.copy2(ROOT / name, folder / name)
 
 
 def pretend(folder, version):

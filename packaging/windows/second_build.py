@@ -1,18 +1,10 @@
 """A package made once more, of a copy of the sources that is built in another folder."""
 
 import os
-import shutil
 import sys
 
-from program_files import ROOT, run
-
-
-def copy_of_sources(folder):
-    names = run("git", "-C", ROOT, "ls-files", "-z", "--cached", "--others", "--exclude-standard").split("\0")
-    for name in filter(None, names):
-        if (ROOT / name).is_file():
-            (folder / name).parent.mkdir(parents=True, exist_ok=True)
-            shutil.copy2(ROOT / name, folder / name)
+from program_files import run  # looks into scripts, too
+from sources import copy_of_sources
 
 
 def made_by(script, seconds, folder):

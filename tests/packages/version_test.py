@@ -2,7 +2,6 @@
 
 import os
 import re
-import shutil
 import subprocess
 import sys
 import tempfile
@@ -12,6 +11,7 @@ from pathlib import Path
 from unittest import mock
 
 from places import ROOT, run
+from sources import copy_of_sources, source_names
 from version import program_version
 
 OWN = program_version()
@@ -20,11 +20,6 @@ NEXT = "7.25"
 # Files that name a version as what it was then, or in numbers of something else.
 PICTURES = {".svg", ".png", ".ico"}
 HISTORY = {"CMakeLists.txt", "debian/changelog"}
-
-
-def sources():
-    listed = run("git", "-c", f"safe.directory={ROOT}", "-C", ROOT, "ls-files", "-z").split("\0")
-    return [name for name in listed if name and (ROOT / name).is_file()]
 
 
 def spelled(text, version=OWN):
@@ -48,7 +43,7 @@ class NamedOnce(unittest.TestCase):
 
     def test_no_other_source_spells_it(self):
         found = {}
-        for name in sources():
+        for name in source_names():
             if name in HISTORY or Path(name).suffix in PICTURES or name == "tests/packages/version_test.py":
                 continue
             lines = spelled((ROOT / name).read_text(encoding="utf-8", errors="replace"))
@@ -67,9 +62,7 @@ class NextVersion(unittest.TestCase):
         folder = tempfile.TemporaryDirectory()
         cls.addClassCleanup(folder.cleanup)
         cls.root = Path(folder.name) / "sources"
-        for name in sources():
-            (cls.root / name).parent.mkdir(parents=True, exist_ok=True)
-            shutil.copy2(ROOT / name, cls.root / name)
+        copy_of_sources(cls.root)
         text = (cls.root / "CMakeLists.txt").read_text()
         (cls.root / "CMakeLists.txt").write_text(text.replace(f"VERSION {OWN} ", f"VERSION {NEXT} ", 1))
 
