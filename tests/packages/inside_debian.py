@@ -117,12 +117,18 @@ class Life(unittest.TestCase):
         runtime.mkdir(parents=True, exist_ok=True)
         os.chown(runtime, USER, USER)
         runtime.chmod(0o700)
-        with stage(USER), InstalledProgram(USER, {"XDG_RUNTIME_DIR": runtime}) as program:
-            program.start()
-            program.wait_for("lblLW", "text", "E:\\")
+        with (stage(USER), InstalledProgram(0, {"XDG_RUNTIME_DIR": None}) as roots,
+              InstalledProgram(USER, {"XDG_RUNTIME_DIR": runtime}) as program):
+            for each in (roots, program):
+                each.start()
+                each.wait_for("lblLW", "text", "E:\\")
+            link = Path(f"/run/{NAME}/{roots.process.pid}/e:")
+            link.unlink()  # the letter that the formatter knows is not from there
             self.expect_letter(program)
-            program.close()
-            self.assertEqual(program.exit_status(), 0)
+            self.assertFalse(os.path.lexists(link))
+            for each in (program, roots):
+                each.close()
+                self.assertEqual(each.exit_status(), 0)
 
     def expect_letter(self, program):
         """Root's formatter, which pkexec has started, knows the letter, and that it is a folder here and no disk."""
