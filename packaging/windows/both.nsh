@@ -6,11 +6,13 @@
   SetErrorLevel ${NOT_POSSIBLE}
 !macroend
 
-; Only one that installs or removes at a time; the turn is over with the process.
+; Only one that installs or removes at a time; the turn is over with the process. There is no handle when the other one
+; runs with an administrator's rights.
 !macro TakeTurn un Text
   System::Call 'kernel32::CreateMutexW(p 0, i 0, w "orvanta-usbtool-setup") p .r0 ?e'
   Pop $1
   ${If} $1 == 183 ; ERROR_ALREADY_EXISTS
+  ${OrIf} $0 = 0
     !insertmacro Fail "${Text}"
     Call ${un}Leave
   ${EndIf}
