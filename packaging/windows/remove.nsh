@@ -75,8 +75,8 @@ Function un.RemoveSettings
 FunctionEnd
 
 ; Nobody can delete a program that runs: Windows' own command line does that after its end, for as long as
-; REMOVAL_SECONDS, and removes the folders when they are empty then. The names are variables of its own: whatever they
-; hold, it is no part of the commands.
+; REMOVAL_SECONDS, and removes the folders when they are empty then. The names are put in only after the commands have
+; been told apart: whatever they hold, it is no part of them.
 Function un.DeleteAtEnd
   Call un.FindFolderAbove
   ${If} $EXEDIR != "$INSTDIR"
@@ -86,9 +86,9 @@ Function un.DeleteAtEnd
   System::Call 'kernel32::SetEnvironmentVariableW(w "ORVANTA_FOLDER", w "$EXEDIR")'
   System::Call 'kernel32::SetEnvironmentVariableW(w "ORVANTA_ABOVE", w r0)'
   SetOutPath $SYSDIR ; no folder that is to go
-  ExecShell "" "$SYSDIR\cmd.exe" '/d /e:on /v:off /c for /l %i in (1,1,${REMOVAL_SECONDS}) do (\
-del /f /q "%ORVANTA_FILE%" & rmdir "%ORVANTA_FOLDER%" & rmdir "%ORVANTA_ABOVE%" & \
-if exist "%ORVANTA_FILE%" ("$SYSDIR\ping.exe" -n 2 127.0.0.1) else exit)' SW_HIDE
+  ExecShell "" "$SYSDIR\cmd.exe" '/d /e:on /v:on /c for /l %i in (1,1,${REMOVAL_SECONDS}) do (\
+del /f /q "!ORVANTA_FILE!" & rmdir "!ORVANTA_FOLDER!" & rmdir "!ORVANTA_ABOVE!" & \
+if exist "!ORVANTA_FILE!" ("$SYSDIR\ping.exe" -n 2 127.0.0.1) else exit)' SW_HIDE
 FunctionEnd
 
 ; Who waits for it has it run from its own place, everybody else from a copy.
