@@ -3,6 +3,7 @@
 Function un.onInit
   SetShellVarContext current
   !insertmacro TakeTurn "un." "Das Programm wird gerade installiert oder entfernt."
+  StrCpy $IsRemoved 0
   ${GetParameters} $0
   ClearErrors
   ${GetOptions} $0 "/KEEPSETTINGS" $1
@@ -94,7 +95,7 @@ FunctionEnd
 ; Who waits for it has it run from its own place, everybody else from a copy.
 Function un.RemoveUninstaller
   ${If} $EXEFILE == "${UNINSTALLER}"
-    Call un.DeleteAtEnd
+    StrCpy $IsRemoved 1
     Return
   ${EndIf}
   ${For} $0 1 50 ; what has started the copy may not have ended yet
@@ -108,9 +109,11 @@ Function un.RemoveUninstaller
   StrCpy $Left "$INSTDIR\${UNINSTALLER}"
 FunctionEnd
 
-; The copy goes however it ends.
+; At the very end, as a page may stay open for long. The copy goes however it ends, the uninstaller itself only with
+; all the rest.
 Function un.RemoveCopy
   ${If} $EXEFILE != "${UNINSTALLER}"
+  ${OrIf} $IsRemoved == 1
     Call un.DeleteAtEnd
   ${EndIf}
 FunctionEnd

@@ -63,6 +63,7 @@ Var IsFirst      ; 1: no version is installed yet
 Var IsPlacing    ; 1: the new files take their places
 Var KeepServers  ; 1: the user has changed Server.ini
 Var KeepSettings ; 1: the settings stay when the program goes
+Var IsRemoved    ; 1: of the program nothing is left but the uninstaller that runs
 Var Left         ; a file that could not be removed
 Var Greeting
 Var KeepBox

@@ -129,6 +129,19 @@ class Ways(InstallerCase):
         self.assertEqual(self.uninstall(), 2)
         self.expect_installed()
 
+    def test_removing_while_somebody_waits(self):
+        """The page may stay for as long as it likes: only after it the uninstaller is deleted."""
+        self.install()
+        process = self.start(self.machine.folder / UNINSTALLER, *f"_?={FOLDER}".split(" "))
+        self.machine.press("Entfernen")
+        self.machine.wait_dialog("nicht mehr auf diesem Computer")
+        self.assertNotIn("cmd.exe", self.machine.processes())
+        self.assertEqual(sorted(self.machine.installed()), [UNINSTALLER])
+        self.machine.press(CLOSE)
+        self.assertEqual(process.wait(PATIENCE), 0)
+        self.wait_tidy()
+        self.expect_gone()
+
     def test_removing_cancelled(self):
         """The copy that the pages are those of goes all the same."""
         self.install()

@@ -34,6 +34,7 @@ SECONDS, DAY = 1_700_000_000, 86_400
 OLD, NEW = program_files.program_version(), "99.6"
 PATIENCE = float(os.environ.get("USBTOOL_PATIENCE", "120"))  # seconds: longer than what a busy machine takes
 PROGRAM = "orvanta-usbtool.exe"
+DONE, CANCELLED, NOT_POSSIBLE, IS_OPEN = 0, 1, 2, 3  # exit codes
 UNINSTALLER = "Deinstallieren.exe"
 REMOVE = {"cmd.exe", "conhost.exe"}  # delete the uninstaller after its end; Wine notes its console in the registry
 USER = pwd.getpwuid(os.getuid()).pw_name
@@ -142,10 +143,10 @@ class WindowsMachine(wine_machine.Machine):
     def release(self):
         self.request("hold")
 
-    def start(self, program):
+    def start(self, program, *words):
         """Starts a program, which is not waited for."""
-        return subprocess.Popen([wine_machine.WINE, str(program)], env=self.environment, stdin=subprocess.DEVNULL,
-                                stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+        return subprocess.Popen([wine_machine.WINE, str(program), *words], env=self.environment,
+                                stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
 
     def wine(self, *words):
         subprocess.run([wine_machine.WINE, *words], env=self.environment, check=True, stdin=subprocess.DEVNULL,
@@ -265,14 +266,27 @@ class InstallerCase(unittest.TestCase):
         self.addCleanup(self.machine.close)
         self.temporary = self.machine.temporary()
 
-    def start(self, program):
-        process = self.machine.start(program)
+    def start(self, program, *words):
+        process = self.machine.start(program, *words)
         self.addCleanup(process.wait)
         self.addCleanup(process.kill)
         return process
 
     def install(self, number=OLD, more="", plain=None):
         return self.machine.run(f'"{windows_path(setup(number))}" /S{more}', plain)
+
+    def remove(self, folder):
+        """By the uninstaller of that folder."""
+        status = self.machine.run(rf'"{folder}\{UNINSTALLER}" /S _?={folder}')
+        self.wait_tidy()
+        return status
+
+    def block(self, name, folder=FOLDER):
+        """A folder of the user's has that name, which no file can replace."""
+        blocked = self.machine.path(folder) / name
+        blocked.mkdir(parents=True)
+        (blocked / "mine").touch()
+        return blocked
 
     def uninstall(self, more="", plain=None):
         """As the list of programs tells for removing silently."""
