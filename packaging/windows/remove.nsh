@@ -64,17 +64,6 @@ Function un.ExpectNothingLeft
   ${EndIf}
 FunctionEnd
 
-; What the program writes: beside itself or, only where that is not possible, into the user's folder for it. Those there
-; are another copy's as long as this one has its own.
-Function un.RemoveSettings
-  ${If} ${FileExists} "$INSTDIR\Settings.ini"
-    !insertmacro Remove "$INSTDIR\Settings.ini"
-  ${Else}
-    !insertmacro Remove "$APPDATA\orvanta-usbtool\Settings.ini"
-    RMDir "$APPDATA\orvanta-usbtool"
-  ${EndIf}
-FunctionEnd
-
 ; Nobody can delete a program that runs: Windows' own command line does that after its end, for as long as
 ; REMOVAL_SECONDS, and removes the folders when they are empty then. The names are put in only after the commands have
 ; been told apart: whatever they hold, it is no part of them.
@@ -150,7 +139,7 @@ Section Uninstall
   RMDir /r "$INSTDIR\~neu" ; of an installation that was interrupted
   Call un.ExpectNothingLeft
   ${If} $KeepSettings == 0
-    Call un.RemoveSettings
+    !insertmacro Remove "$INSTDIR\Settings.ini"
     Call un.ExpectNothingLeft
   ${EndIf}
   Call un.RemoveUninstaller
