@@ -24,6 +24,7 @@ SetDateSave on
 !define NOT_POSSIBLE 2
 !define IS_OPEN 3
 !define REMOVAL_SECONDS 10
+!define PLACE_TIMES 20 ; tries, for about three seconds
 
 Name "${TITLE}"
 Caption "${TITLE} ${VERSION}"
@@ -207,17 +208,33 @@ FunctionEnd
   CreateDirectory "$INSTDIR\${Name}"
 !macroend
 
-; One step for the system: there is never a moment without the file, nor one with half of it.
+; Moves the file named $1, one step for the system: there is never a moment without it, nor one with half of it. Who
+; guards against viruses may be reading it just now, but not for long.
+Function TakePlace
+  ${For} $4 1 ${PLACE_TIMES}
+    ; MOVEFILE_REPLACE_EXISTING and MOVEFILE_WRITE_THROUGH
+    System::Call 'kernel32::MoveFileExW(w "$New\$1", w "$INSTDIR\$1", i 9) i .r0 ?e'
+    Pop $2
+    ${If} $0 != 0
+      ${ExitFor}
+    ${ElseIf} $2 != 5 ; ERROR_ACCESS_DENIED
+    ${AndIf} $2 != 32 ; ERROR_SHARING_VIOLATION
+      ${ExitFor}
+    ${EndIf}
+    Sleep 150
+  ${Next}
+  ${If} $0 == 0
+    !insertmacro FailToInstall "Die Datei „$INSTDIR\$1“ konnte nicht ersetzt werden.$\r$\n$\r$\nStarten Sie die \
+Installation noch einmal."
+  ${EndIf}
+FunctionEnd
+
 !macro TakePlace Name
   !if "${Name}" == "Server.ini"
     ${If} $KeepServers == 0
   !endif
-  ; MOVEFILE_REPLACE_EXISTING and MOVEFILE_WRITE_THROUGH
-  System::Call 'kernel32::MoveFileExW(w "$New\${Name}", w "$INSTDIR\${Name}", i 9) i .r0'
-  ${If} $0 == 0
-    !insertmacro FailToInstall "Die Datei „$INSTDIR\${Name}“ konnte nicht ersetzt werden.$\r$\n$\r$\nStarten Sie die \
-Installation noch einmal."
-  ${EndIf}
+  StrCpy $1 "${Name}"
+  Call TakePlace
   !if "${Name}" == "Server.ini"
     ${EndIf}
   !endif

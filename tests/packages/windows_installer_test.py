@@ -4,10 +4,10 @@ import os
 import time
 import unittest
 
-from windows_setup import (FOLDER, KEY, MENU, NEW, OLD, PATIENCE, PROGRAM, TITLE, UNINSTALLER, InstallerCase,
-                           packed, setup, time_of, wait_for)
+from windows_setup import (CANCELLED, DONE, FOLDER, IS_OPEN, KEY, MENU, NEW, NOT_POSSIBLE, OLD, PATIENCE, PROGRAM,
+                           TITLE, UNINSTALLER, InstallerCase, make_setup, packed, setup, time_of, wait_for,
+                           windows_path, work_folder)
 
-DONE, CANCELLED, NOT_POSSIBLE, IS_OPEN = 0, 1, 2, 3
 SETTINGS = b"[USB Tool]\r\nchkAuto=0\r\n"
 SERVERS = b"[Server]\r\nUpdate=http://127.0.0.1:9\r\nUpdatePage=127.0.0.1:9\r\nWebHost=127.0.0.1:9\r\n"
 ELSEWHERE = MENU.partition(r"\Microsoft")[0] + r"\orvanta-usbtool\Settings.ini"
@@ -170,6 +170,19 @@ class Update(InstallerCase):
         self.assertFalse((self.machine.folder / "~neu").exists())
         self.machine.release()
         self.assertEqual(self.install(NEW), DONE)
+        self.expect_installed(NEW)
+
+
+    def test_a_file_in_use_for_a_moment(self):
+        """Who guards against viruses reads what is new."""
+        self.machine.hold("sr100.bmp")
+        process = self.start(setup(NEW), "/S")
+        order = make_setup.in_order(packed(NEW))
+        before = self.machine.folder / order[order.index("sr100.bmp") - 1]
+        wait_for(lambda: int(before.stat().st_mtime) == time_of(NEW), "the file before it", self.machine.processes)
+        time.sleep(0.5)  # by then it was refused, which had ended it
+        self.machine.release()
+        self.assertEqual(process.wait(PATIENCE), DONE)
         self.expect_installed(NEW)
 
 
