@@ -67,6 +67,7 @@ Var KeepSettings ; 1: the settings stay when the program goes
 Var IsRemoved    ; 1: of the program nothing is left but the uninstaller that runs
 Var Left         ; a file that could not be removed
 Var Greeting
+Var Found        ; where the program is, for the last page
 Var KeepBox
 
 ; Pages
@@ -90,8 +91,7 @@ Var KeepBox
 !insertmacro MUI_PAGE_INSTFILES
 
 !define MUI_FINISHPAGE_TITLE "Das Programm ist installiert"
-!define MUI_FINISHPAGE_TEXT "Sie finden es im Startmenü unter „${TITLE}“.$\r$\n$\r$\n\
-Entfernen können Sie es in den Einstellungen von Windows unter „Apps“."
+!define MUI_FINISHPAGE_TEXT "$Found"
 !define MUI_FINISHPAGE_RUN "$INSTDIR\${PROGRAM}"
 !define MUI_FINISHPAGE_RUN_TEXT "Programm jetzt &starten"
 !define MUI_FINISHPAGE_BUTTON "&Fertig"
@@ -291,9 +291,12 @@ Function RemoveObsolete
   ${EndWhile}
 FunctionEnd
 
+; Without a place in the lists it is installed all the same.
 Function TellWindows
-  CreateShortcut "${SHORTCUT}" "$INSTDIR\${PROGRAM}" "" "" "" SW_SHOWNORMAL "" \
-    "Bereitet USB-Sticks für Orvanta-Receiver vor"
+  StrCpy $Found "Sie finden es im Startmenü unter „${TITLE}“.$\r$\n$\r$\n\
+Entfernen können Sie es in den Einstellungen von Windows unter „Apps“."
+  DeleteRegKey HKCU "${KEY}\Files"
+  ClearErrors
   WriteRegStr HKCU "${KEY}" "DisplayName" "${TITLE}"
   WriteRegStr HKCU "${KEY}" "DisplayVersion" "${VERSION}"
   WriteRegStr HKCU "${KEY}" "Publisher" "Orvanta"
@@ -304,8 +307,16 @@ Function TellWindows
   WriteRegDWORD HKCU "${KEY}" "EstimatedSize" ${KILOBYTES}
   WriteRegDWORD HKCU "${KEY}" "NoModify" 1
   WriteRegDWORD HKCU "${KEY}" "NoRepair" 1
-  DeleteRegKey HKCU "${KEY}\Files"
   !insertmacro EachFile NoteName
+  CreateShortcut "${SHORTCUT}" "$INSTDIR\${PROGRAM}" "" "" "" SW_SHOWNORMAL "" \
+    "Bereitet USB-Sticks für Orvanta-Receiver vor"
+  ${If} ${Errors}
+    StrCpy $Found "Sie finden es in diesem Ordner:$\r$\n$INSTDIR$\r$\n$\r$\n\
+Entfernen können Sie es dort mit „${UNINSTALLER}“."
+    MessageBox MB_OK|MB_ICONEXCLAMATION \
+"Das Programm ist installiert, steht aber nicht im Startmenü oder nicht unter „Apps“.$\r$\n$\r$\n\
+Sie finden es im Ordner „$INSTDIR“." /SD IDOK
+  ${EndIf}
 FunctionEnd
 
 Section

@@ -103,6 +103,20 @@ class Silent(InstallerCase):
         self.assertEqual(self.machine.files(), files)
         self.assertEqual((self.machine.folder / "Server.ini").read_bytes(), SERVERS)
         self.assertEqual(differences(user, self.machine.registry()), {})
+    def test_without_a_place_in_the_menu(self):
+        """It is installed all the same."""
+        self.block(f"{TITLE}.lnk", MENU)
+        self.assertEqual(self.install(), DONE)
+        self.expect_installed()
+        self.assertEqual(self.machine.entry()["InstallLocation"], FOLDER)
+        self.start(setup(NEW))
+        self.machine.press("Installieren")
+        self.machine.wait_dialog("steht aber nicht im Startmenü")
+        self.machine.press("OK")
+        self.machine.wait_dialog("Das Programm ist installiert")
+        self.assertIsNone(self.machine.dialog_with("Sie finden es im Startmenü"))
+        self.assertIsNotNone(self.machine.dialog_with("Sie finden es in diesem Ordner"))
+
 
 
 class OldWindows(InstallerCase):
