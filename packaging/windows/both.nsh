@@ -23,6 +23,52 @@
 !macroend
 
 !macro ForBoth un
+; $0: what tells the folder named $0 from all others, however it is written: with short names or by another drive.
+Function ${un}IdentifyFolder
+  ; only to ask, whatever others do with it; one that is there; FILE_FLAG_BACKUP_SEMANTICS, as for any folder
+  System::Call 'kernel32::CreateFileW(w r0, i 0, i 7, p 0, i 3, i 0x02000000, p 0) p .r1'
+  ${If} $1 = -1
+    Return
+  ${EndIf}
+  System::Call '*(&i52) p .r2'
+  System::Call 'kernel32::GetFileInformationByHandle(p r1, p r2) i .r3'
+  System::Call '*$2(&i28, i .r4, &i12, i .r5, i .r6)'
+  System::Free $2
+  System::Call 'kernel32::CloseHandle(p r1)'
+  ${If} $3 <> 0
+    StrCpy $0 "$4 $5 $6" ; volume and number
+  ${EndIf}
+FunctionEnd
+
+; $Entry: what the list of programs knows, which has place for one installation.
+Function ${un}FindEntry
+  StrCpy $Entry ""
+  ReadRegStr $0 HKCU "${KEY}" "InstallLocation"
+  ${If} $0 != ""
+    Call ${un}IdentifyFolder
+    StrCpy $7 $0
+    StrCpy $0 "$INSTDIR"
+    Call ${un}IdentifyFolder
+    StrCpy $Entry "elsewhere"
+    ${If} $0 == $7 ; whatever the case of the letters
+      StrCpy $Entry "here"
+    ${EndIf}
+  ${EndIf}
+FunctionEnd
+
+; $0: the next name in the list of what was installed; empty at its end. Only that of a file that is in the folder, as
+; plain as it was written: no other folder, and nothing that stands for several files. $1 counts them, from 0.
+Function ${un}NextInstalled
+  ${Do}
+    EnumRegValue $0 HKCU "${KEY}\Files" $1
+    ${If} $0 == ""
+      Return
+    ${EndIf}
+    IntOp $1 $1 + 1
+    GetFullPathName $2 "$INSTDIR\$0" ; ends in the name that is really there; empty without a file
+  ${LoopUntil} $2 == "$INSTDIR\$0"
+FunctionEnd
+
 ; $0: whether a window of the program is there, of whichever copy. It may be hidden, then its icon is beside the clock.
 Function ${un}FindProgramWindow
   StrLen $2 "${TITLE}"

@@ -4,6 +4,7 @@ Function un.onInit
   SetShellVarContext current
   !insertmacro TakeTurn "un." "Das Programm wird gerade installiert oder entfernt."
   StrCpy $IsRemoved 0
+  Call un.FindEntry
   ${GetParameters} $0
   ClearErrors
   ${GetOptions} $0 "/KEEPSETTINGS" $1
@@ -62,6 +63,21 @@ Function un.ExpectNothingLeft
     !insertmacro Fail "Die Datei „$Left“ konnte nicht gelöscht werden.$\r$\n$\r$\nVersuchen Sie es später noch einmal."
     Abort
   ${EndIf}
+FunctionEnd
+
+; Those of the version before, after an interruption of the one that was to take its place.
+Function un.RemoveInstalled
+  StrCpy $1 0
+  ${Do}
+    Call un.NextInstalled
+    ${If} $0 == ""
+      ${ExitDo}
+    ${ElseIf} $0 != "Server.ini" ; which may be to stay
+      !insertmacro Remove "$INSTDIR\$0"
+      ${GetParent} "$INSTDIR\$0" $2
+      RMDir $2 ; an empty folder
+    ${EndIf}
+  ${Loop}
 FunctionEnd
 
 ; Nobody can delete a program that runs: Windows' own command line does that after its end, for as long as
@@ -130,12 +146,17 @@ Section Uninstall
   StrCpy $Left ""
   !insertmacro Remove "$INSTDIR\${PROGRAM}"
   Call un.ExpectNothingLeft
-  !insertmacro Remove "${SHORTCUT}"
+  ${If} $Entry == "here" ; otherwise it is that of the installation in the other folder
+    !insertmacro Remove "${SHORTCUT}"
+  ${EndIf}
   StrCpy $KeepServers 0
   ${If} $KeepSettings == 1
     Call un.LookAtServers
   ${EndIf}
   !insertmacro EachFile RemoveFile
+  ${If} $Entry == "here"
+    Call un.RemoveInstalled
+  ${EndIf}
   RMDir /r "$INSTDIR\~neu" ; of an installation that was interrupted
   Call un.ExpectNothingLeft
   ${If} $KeepSettings == 0
@@ -145,5 +166,7 @@ Section Uninstall
   Call un.RemoveUninstaller
   Call un.ExpectNothingLeft
   Call un.RemoveFolders
-  DeleteRegKey HKCU "${KEY}"
+  ${If} $Entry == "here"
+    DeleteRegKey HKCU "${KEY}"
+  ${EndIf}
 SectionEnd

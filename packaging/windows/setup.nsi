@@ -60,8 +60,8 @@ VIAddVersionKey /LANG=1031 "ProductVersion" "${FOUR_NUMBERS}"
 
 Var New          ; folder beside the program where the new files are written before they take the old ones' places
 Var Obsolete     ; number of files of the former version, on the stack, that this one does not have
-Var IsFirst      ; 1: no version is installed yet
-Var IsPlacing    ; 1: the new files take their places
+Var Placed       ; number of files of a first version, on the stack, whose places were free
+Var Entry        ; in the list of programs: "" for none, "here" for this folder, "elsewhere" for another one
 Var KeepServers  ; 1: the user has changed Server.ini
 Var KeepSettings ; 1: the settings stay when the program goes
 Var IsRemoved    ; 1: of the program nothing is left but the uninstaller that runs
@@ -127,17 +127,16 @@ Function .onInit
   StrCpy $Greeting "Version ${VERSION}$\r$\n$\r$\n\
 Das Programm bereitet USB-Sticks für Orvanta-Receiver vor.$\r$\n$\r$\n\
 Es wird nur für Sie installiert, Administratorrechte sind dafür nicht nötig. Der Ordner:$\r$\n$INSTDIR"
+  StrCpy $Placed 0
+  Call FindEntry
   ReadRegStr $0 HKCU "${KEY}" "DisplayVersion"
-  StrCpy $IsFirst 0
-  StrCpy $IsPlacing 0
-  ${If} $0 == ""
-    StrCpy $IsFirst 1
-  ${ElseIf} $0 == "${VERSION}"
-    StrCpy $Greeting "Die Version ${VERSION} ist schon installiert. Sie wird erneuert.$\r$\n$\r$\n\
-Ihre Einstellungen bleiben erhalten. Der Ordner:$\r$\n$INSTDIR"
-  ${Else}
+  ${If} $Entry == "here"
     StrCpy $Greeting "Die Version $0 ist installiert. Sie wird durch die Version ${VERSION} ersetzt.$\r$\n$\r$\n\
 Ihre Einstellungen bleiben erhalten. Der Ordner:$\r$\n$INSTDIR"
+    ${If} $0 == "${VERSION}"
+      StrCpy $Greeting "Die Version ${VERSION} ist schon installiert. Sie wird erneuert.$\r$\n$\r$\n\
+Ihre Einstellungen bleiben erhalten. Der Ordner:$\r$\n$INSTDIR"
+    ${EndIf}
   ${EndIf}
   ${If} ${Silent}
     Call ExpectClosedSilent
@@ -172,21 +171,16 @@ Function ExpectClosed
   ${EndIf}
 FunctionEnd
 
-!macro TakeBack Name
-  ${IfNot} ${FileExists} "$New\${Name}" ; it has got its place
-    Delete "$INSTDIR\${Name}"
-  ${EndIf}
-!macroend
-
-; Nothing stays of what could not be installed. Where a version was before, its entry and its files do, and so does each
-; file that has already taken an older one's place.
+; Nothing stays of what could not be installed. What has taken an older file's place does: that of the version before,
+; or of a copy of the program that the user has put there.
 Function GiveUp
   SetOutPath $TEMP
-  ${If} $IsFirst == 1
-  ${AndIf} $IsPlacing == 1
-    StrCpy $IsPlacing 0
-    !insertmacro TakeBack "${UNINSTALLER}"
-    !insertmacro EachFile TakeBack
+  ${While} $Placed > 0
+    Pop $0
+    Delete "$INSTDIR\$0"
+    IntOp $Placed $Placed - 1
+  ${EndWhile}
+  ${If} $Entry == ""
     DeleteRegKey HKCU "${KEY}"
   ${EndIf}
   RMDir /r "$New"
@@ -211,6 +205,10 @@ FunctionEnd
 ; Moves the file named $1, one step for the system: there is never a moment without it, nor one with half of it. Who
 ; guards against viruses may be reading it just now, but not for long.
 Function TakePlace
+  StrCpy $3 0
+  ${IfNot} ${FileExists} "$INSTDIR\$1"
+    StrCpy $3 1
+  ${EndIf}
   ${For} $4 1 ${PLACE_TIMES}
     ; MOVEFILE_REPLACE_EXISTING and MOVEFILE_WRITE_THROUGH
     System::Call 'kernel32::MoveFileExW(w "$New\$1", w "$INSTDIR\$1", i 9) i .r0 ?e'
@@ -226,6 +224,11 @@ Function TakePlace
   ${If} $0 == 0
     !insertmacro FailToInstall "Die Datei „$INSTDIR\$1“ konnte nicht ersetzt werden.$\r$\n$\r$\nStarten Sie die \
 Installation noch einmal."
+  ${EndIf}
+  ${If} $Entry != "here"
+  ${AndIf} $3 == 1
+    Push $1
+    IntOp $Placed $Placed + 1
   ${EndIf}
 FunctionEnd
 
@@ -246,9 +249,11 @@ Function NoteServers
   WriteRegStr HKCU "${KEY}\ServerTimes" "$1 $2" "${VERSION}"
 FunctionEnd
 
-; An uninstaller without an entry is one that has just ended: it is not to be deleted when it is the new one.
+; An uninstaller with neither entry nor program is one that has just ended: it is not to be deleted when it is the new
+; one.
 Function AwaitRemoval
-  ${If} $IsFirst == 1
+  ${If} $Entry != "here"
+  ${AndIfNot} ${FileExists} "$INSTDIR\${PROGRAM}"
     ${For} $0 1 100 ; somewhat longer than REMOVAL_SECONDS
       ${IfNot} ${FileExists} "$INSTDIR\${UNINSTALLER}"
         ${ExitFor}
@@ -265,15 +270,15 @@ FunctionEnd
 ; Pushes what the former version installed and this one has not.
 Function FindObsolete
   StrCpy $Obsolete 0
+  ${If} $Entry != "here"
+    Return
+  ${EndIf}
   StrCpy $1 0
   ${Do}
-    ClearErrors
-    EnumRegValue $0 HKCU "${KEY}\Files" $1
-    ${If} ${Errors}
-    ${OrIf} $0 == ""
+    Call NextInstalled
+    ${If} $0 == ""
       ${ExitDo}
     ${EndIf}
-    IntOp $1 $1 + 1
     ${IfNot} ${FileExists} "$New\$0"
       Push $0
       IntOp $Obsolete $Obsolete + 1
@@ -291,12 +296,7 @@ Function RemoveObsolete
   ${EndWhile}
 FunctionEnd
 
-; Without a place in the lists it is installed all the same.
-Function TellWindows
-  StrCpy $Found "Sie finden es im Startmenü unter „${TITLE}“.$\r$\n$\r$\n\
-Entfernen können Sie es in den Einstellungen von Windows unter „Apps“."
-  DeleteRegKey HKCU "${KEY}\Files"
-  ClearErrors
+Function WriteEntry
   WriteRegStr HKCU "${KEY}" "DisplayName" "${TITLE}"
   WriteRegStr HKCU "${KEY}" "DisplayVersion" "${VERSION}"
   WriteRegStr HKCU "${KEY}" "Publisher" "Orvanta"
@@ -307,6 +307,15 @@ Entfernen können Sie es in den Einstellungen von Windows unter „Apps“."
   WriteRegDWORD HKCU "${KEY}" "EstimatedSize" ${KILOBYTES}
   WriteRegDWORD HKCU "${KEY}" "NoModify" 1
   WriteRegDWORD HKCU "${KEY}" "NoRepair" 1
+FunctionEnd
+
+; Without a place in the lists it is installed all the same.
+Function TellWindows
+  StrCpy $Found "Sie finden es im Startmenü unter „${TITLE}“.$\r$\n$\r$\n\
+Entfernen können Sie es in den Einstellungen von Windows unter „Apps“."
+  DeleteRegKey HKCU "${KEY}\Files"
+  ClearErrors
+  Call WriteEntry
   !insertmacro EachFile NoteName
   CreateShortcut "${SHORTCUT}" "$INSTDIR\${PROGRAM}" "" "" "" SW_SHOWNORMAL "" \
     "Bereitet USB-Sticks für Orvanta-Receiver vor"
@@ -340,8 +349,10 @@ Section
   Call FindObsolete
   Call LookAtServers
   Call NoteServers
-  StrCpy $IsPlacing 1
   !insertmacro TakePlace "${UNINSTALLER}"
+  ${If} $Entry == "" ; from now on it can be removed, whatever happens; an entry of another folder waits for the end
+    Call WriteEntry
+  ${EndIf}
   !insertmacro EachFile TakePlace
   Call RemoveObsolete
   SetOutPath "$INSTDIR"

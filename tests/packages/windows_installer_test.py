@@ -1,6 +1,7 @@
 """The installer for Windows under Wine: in, started, up to another version and out, silently and by its pages."""
 
 import os
+import shutil
 import time
 import unittest
 
@@ -117,6 +118,68 @@ class Silent(InstallerCase):
         self.assertIsNone(self.machine.dialog_with("Sie finden es im Startmenü"))
         self.assertIsNotNone(self.machine.dialog_with("Sie finden es in diesem Ordner"))
 
+
+
+class TwoFolders(InstallerCase):
+    """The list of programs and the menu know one installation only."""
+    other = r"C:\Andere Stelle\Stick"
+
+    def setUp(self):
+        super().setUp()
+        self.install()
+        self.second = self.machine.path(self.other)
+        self.menu = self.machine.path(rf"{MENU}\{TITLE}.lnk")
+        self.elsewhere = self.machine.path(ELSEWHERE)
+        self.elsewhere.parent.mkdir(parents=True)
+        self.elsewhere.write_bytes(SETTINGS)
+
+    def expect_known(self, folder):
+        self.assertEqual(self.machine.entry().get("InstallLocation"), folder)
+        self.assertTrue(self.menu.exists())
+        self.assertEqual(self.elsewhere.read_bytes(), SETTINGS)
+
+    def test_a_copied_folder_removes_itself_only(self):
+        shutil.copytree(self.machine.folder, self.second)
+        (self.second / "Settings.ini").write_bytes(SETTINGS)
+        self.assertEqual(self.remove(self.other), DONE)
+        self.assertFalse(self.second.exists())
+        self.expect_installed()
+        self.expect_known(FOLDER)
+
+    def test_the_one_before_removes_itself_only(self):
+        self.assertEqual(self.install(NEW, rf" /D={self.other}"), DONE)
+        self.expect_known(self.other)
+        self.assertEqual(self.remove(FOLDER), DONE)
+        self.assertFalse(self.machine.folder.exists())
+        self.machine.folder = self.second
+        self.expect_installed(NEW)
+        self.expect_known(self.other)
+
+    def test_the_same_folder_in_other_letters(self):
+        self.assertEqual(self.install(NEW, rf" /D={FOLDER.upper()}"), DONE)
+        self.expect_installed(NEW)
+        self.assertEqual(self.remove(FOLDER.lower()), DONE)
+        self.expect_gone()
+
+    def test_the_same_folder_by_another_drive(self):
+        folder = windows_path(self.machine.folder)
+        self.assertNotEqual(folder[0], FOLDER[0])
+        self.assertEqual(self.install(NEW, f" /D={folder}"), DONE)
+        self.expect_installed(NEW)
+        self.assertEqual(self.remove(FOLDER), DONE)
+        self.expect_gone()
+
+    def test_a_second_one_that_fails(self):
+        """What was there before stays: the entry, the files of a copy, replaced or not."""
+        shutil.copytree(self.machine.folder, self.second)
+        (self.second / "sr100.bmp").unlink()
+        (self.second / "LIESMICH.txt").unlink()
+        self.block("sr100.bmp", self.other)
+        before = {file.relative_to(self.second) for file in self.second.rglob("*")}
+        self.assertEqual(self.install(NEW, rf" /D={self.other}"), NOT_POSSIBLE)
+        self.assertEqual({file.relative_to(self.second) for file in self.second.rglob("*")}, before)
+        self.expect_known(FOLDER)
+        self.assertEqual(self.machine.entry()["DisplayVersion"], OLD)
 
 
 class OldWindows(InstallerCase):
