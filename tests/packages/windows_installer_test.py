@@ -263,57 +263,6 @@ class Update(InstallerCase):
         self.expect_installed(NEW)
 
 
-class Interrupted(InstallerCase):
-    """Killed at any moment: each file is that of one version, and installing once more mends all."""
-
-    def setUp(self):
-        super().setUp()
-        self.install()
-        self.fresh = self.machine.folder / "~neu"
-
-    def is_replaced(self, name):
-        return int((self.machine.folder / name).stat().st_mtime) == time_of(NEW)
-
-    def kill_when(self, moment):
-        """Whether it was in the middle of its work then."""
-        process = self.start(setup(NEW))
-        self.machine.press("Installieren")
-        end = time.monotonic() + PATIENCE
-        while not moment():
-            if time.monotonic() > end:
-                self.fail("the moment does not come")
-        process.kill()
-        process.wait()
-        wait_for(lambda: setup(NEW).name not in self.machine.processes(), "its end", self.machine.processes)
-        return self.fresh.exists()
-
-    def expect_mended(self):
-        found, old, new = self.machine.installed(), packed(OLD), packed(NEW)
-        self.assertEqual([name for name in old if found[name] not in (old[name], new[name])], [])
-        for number in (NEW, OLD):
-            self.assertEqual(self.install(number), DONE)
-            self.expect_installed(number)
-
-    def test_while_files_are_written(self):
-        self.assertTrue(self.kill_when(self.fresh.exists))
-        self.expect_mended()
-        self.assertTrue(self.kill_when((self.fresh / PROGRAM).exists))
-        self.expect_mended()
-
-    def test_while_files_take_their_places(self):
-        """One that is in use keeps it between the first and the last of them."""
-        self.machine.hold("sr100.bmp")
-        self.assertTrue(self.kill_when(lambda: self.machine.dialog_with("konnte nicht ersetzt werden")))
-        self.machine.release()
-        self.assertTrue(self.is_replaced("Server.ini"))
-        self.assertFalse(self.is_replaced(PROGRAM))
-        self.expect_mended()
-
-    def test_while_the_servers_do(self):
-        self.kill_when(lambda: self.is_replaced("Server.ini"))  # it may have gone on to the end
-        self.expect_mended()
-
-
 class Open(InstallerCase):
     def setUp(self):
         super().setUp()
