@@ -2,6 +2,7 @@
 
 import os
 import shutil
+import subprocess
 import time
 import unittest
 
@@ -12,6 +13,18 @@ from windows_setup import (CANCELLED, DONE, FOLDER, IS_OPEN, KEY, MENU, NEW, NOT
 SETTINGS = b"[USB Tool]\r\nchkAuto=0\r\n"
 SERVERS = b"[Server]\r\nUpdate=http://127.0.0.1:9\r\nUpdatePage=127.0.0.1:9\r\nWebHost=127.0.0.1:9\r\n"
 ELSEWHERE = MENU.partition(r"\Microsoft")[0] + r"\orvanta-usbtool\Settings.ini"
+TURN = r"""
+Target amd64-unicode
+OutFile "${TARGET}"
+RequestExecutionLevel user
+SilentInstall silent
+Section
+  System::Call 'kernel32::CreateEventW(p 0, i 1, i 0, w "orvanta-usbtool-setup") p .r0'
+  FileOpen $1 "$EXEDIR\ready" w
+  FileClose $1
+  Sleep 600000
+SectionEnd
+"""
 # When its screen was set up, anew with each program.
 NOTED_BY_WINE = (r"System\CurrentControlSet\Control\Class", r"System\CurrentControlSet\Control\Video")
 
@@ -104,6 +117,18 @@ class Silent(InstallerCase):
         self.assertEqual(self.machine.files(), files)
         self.assertEqual((self.machine.folder / "Server.ini").read_bytes(), SERVERS)
         self.assertEqual(differences(user, self.machine.registry()), {})
+
+
+    def test_while_somebody_has_the_turn_for_himself(self):
+        """As an administrator's one does, for which an event stands that has the turn's name."""
+        script, program, ready = (work_folder() / name for name in ("turn.nsi", "turn.exe", "ready"))
+        script.write_text(TURN, encoding="ascii")
+        subprocess.run(["makensis", "-V2", "-NOCONFIG", f"-DTARGET={program}", script], check=True)
+        self.start(program)
+        wait_for(ready.exists, "the event", self.machine.processes)
+        self.assertEqual(self.install(), NOT_POSSIBLE)
+        self.assertFalse(self.machine.folder.exists())
+
     def test_without_a_place_in_the_menu(self):
         """It is installed all the same."""
         self.block(f"{TITLE}.lnk", MENU)
@@ -118,6 +143,26 @@ class Silent(InstallerCase):
         self.assertIsNone(self.machine.dialog_with("Sie finden es im Startmenü"))
         self.assertIsNotNone(self.machine.dialog_with("Sie finden es in diesem Ordner"))
 
+    def install_start_and_remove(self, folder):
+        self.machine.folder = self.machine.path(folder)
+        self.assertEqual(self.install(more=f" /D={folder}"), DONE)
+        self.expect_installed()
+        self.start(self.machine.folder / PROGRAM)
+        self.machine.wait_program()
+        self.assertEqual(self.machine.program_windows(), ["frmMain"])
+        self.machine.end_program()
+        self.assertEqual(self.install(NEW), DONE)
+        self.assertEqual(set(packed(NEW)) - set(self.machine.installed()), set())
+        self.assertEqual(self.uninstall(), DONE)
+
+    def test_a_folder_with_signs_that_the_command_line_knows(self):
+        """But for %, which Wine's own takes for the beginning of a name wherever it stands."""
+        self.install_start_and_remove(r"C:\a!b & ^c\!PATH! (x)")
+        self.expect_gone()
+
+    def test_a_folder_with_letters_of_other_languages(self):
+        self.install_start_and_remove(r"C:\Benutzer\Łucja Müß & Co\Stick")
+        self.expect_gone()
 
 
 class TwoFolders(InstallerCase):
