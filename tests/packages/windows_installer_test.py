@@ -118,7 +118,6 @@ class Silent(InstallerCase):
         self.assertEqual((self.machine.folder / "Server.ini").read_bytes(), SERVERS)
         self.assertEqual(differences(user, self.machine.registry()), {})
 
-
     def test_while_somebody_has_the_turn_for_himself(self):
         """As an administrator's one does, for which an event stands that has the turn's name."""
         script, program, ready = (work_folder() / name for name in ("turn.nsi", "turn.exe", "ready"))
@@ -293,7 +292,6 @@ class Update(InstallerCase):
         self.machine.release()
         self.assertEqual(self.install(NEW), DONE)
         self.expect_installed(NEW)
-
 
     def test_a_file_in_use_for_a_moment(self):
         """Who guards against viruses reads what is new."""
