@@ -9,8 +9,8 @@ ROOT = Path(__file__).resolve().parent.parent
 
 def source_names(*kinds):
     """What git knows; with further options of `git ls-files` what these say. git trusts the files of another user."""
-    listed = subprocess.run(["git", "-c", f"safe.directory={ROOT}", "-C", str(ROOT), "ls-files", "-z", *kinds], check=True,
-                            text=True, stdout=subprocess.PIPE).stdout
+    command = ["git", "-c", f"safe.directory={ROOT}", "-C", str(ROOT), "ls-files", "-z", *kinds]
+    listed = subprocess.run(command, check=True, text=True, stdout=subprocess.PIPE).stdout
     return [name for name in listed.split("\0") if name and (ROOT / name).is_file()]
 
 
