@@ -83,6 +83,7 @@ class Life(unittest.TestCase):
             browser.chmod(0o755)
             program.set_environment({"BROWSER": browser})
             program.start()
+            program.wait_window("frmMain")
             program.wait_for("lblLW", "text", "E:\\")
             program.type("", "F1")
             program.wait_until(lambda: opened.exists() and opened.read_text().endswith("\n"), what="the browser")
@@ -102,6 +103,7 @@ class Life(unittest.TestCase):
             roots = {"XDG_RUNTIME_DIR": None, "XDG_CONFIG_HOME": None, "PKEXEC_UID": str(USER)}
             with InstalledProgram(0, roots) as program:
                 program.start()
+                program.wait_window("frmMain")
                 program.wait_for("lblLW", "text", "E:\\")
                 link = Path(f"/run/{NAME}/{program.process.pid}/e:")
                 self.assertEqual(os.readlink(link), str(set_up.stick))
@@ -121,6 +123,7 @@ class Life(unittest.TestCase):
               InstalledProgram(USER, {"XDG_RUNTIME_DIR": runtime}) as program):
             for each in (roots, program):
                 each.start()
+                each.wait_window("frmMain")
                 each.wait_for("lblLW", "text", "E:\\")
             link = Path(f"/run/{NAME}/{roots.process.pid}/e:")
             link.unlink()  # the letter that the formatter knows is not from there
