@@ -46,22 +46,22 @@ std::string firstLine(const std::string& text) {
     return text.substr(0, text.find_first_of("\r\n"));
 }
 
-/// Where no desktop knows a program for pages, xdg-open takes the one that the user names.
-bool hasBrowser() {
+/// Where nothing knows a program for pages, or even what a page is, xdg-open takes the one that the user
+/// names.
+bool isForNamedBrowser(const std::string& path) {
     const char* browser = std::getenv("BROWSER"); // NOLINT(concurrency-mt-unsafe): nobody sets it
-    return browser != nullptr && *browser != '\0';
+    return browser != nullptr && *browser != '\0' && path.ends_with(".html");
 }
 
 /// Whether a program goes with the file's type. When that cannot be found out xdg-open shall see for itself:
 /// in a sandbox it asks the portal, and nothing in there knows the programs outside.
 bool hasProgram(const std::string& path) {
-    if (isSandboxed()) return true;
+    if (isSandboxed() || isForNamedBrowser(path)) return true;
     const auto deadline = std::chrono::steady_clock::now() + associationPatience;
     const auto type = linux::outputOf({"xdg-mime", "query", "filetype", path}, deadline);
     if (!type) return true;
     const std::string name = firstLine(*type).substr(0, type->find(';')); // some versions add "; charset="
     if (name.empty()) return false;
-    if (name == "text/html" && hasBrowser()) return true;
     const auto program = linux::outputOf({"xdg-mime", "query", "default", name}, deadline);
     return !program || !firstLine(*program).empty();
 }

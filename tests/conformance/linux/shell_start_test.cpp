@@ -43,7 +43,6 @@ case "$2 $3" in
 "filetype "*.txt) echo text/plain;;
 "filetype "*.ini) echo 'text/x-ini; charset=us-ascii';;
 "filetype "*.odd) echo application/x-odd;;
-"filetype "*.html) echo text/html;;
 "filetype "*.untyped) ;;
 "filetype "*.hang) sleep 600;;
 "default text/plain") echo editor.desktop;;
