@@ -30,7 +30,8 @@ DAY_LATER = "Mon, 23 Nov 2026 12:00:00 +0000"  # of a version that is none yet
 
 
 def output_of(*command, **options):
-    return subprocess.run([str(word) for word in command], check=True, text=True, stdout=subprocess.PIPE, **options).stdout
+    words = [str(word) for word in command]
+    return subprocess.run(words, check=True, text=True, stdout=subprocess.PIPE, **options).stdout
 
 
 def pretend(folder, version):
@@ -69,7 +70,8 @@ def build(sources, version, tests, cache):
     if done.returncode != 0:
         print("\n".join(log.read_text(encoding="utf-8", errors="replace").splitlines()[-60:]), file=sys.stderr)
         sys.exit("The package could not be built.")
-    return sorted(path for path in sources.parent.iterdir() if path.suffix in (".deb", ".changes", ".buildinfo", ".log"))
+    kinds = (".deb", ".changes", ".buildinfo", ".log")
+    return sorted(path for path in sources.parent.iterdir() if path.suffix in kinds)
 
 
 @contextmanager

@@ -1,5 +1,7 @@
-"""The Debian package: what lintian says, and its life in a minimal Debian 12 and 13. Needs root, who may mount; without,
-those two are skipped. tests/packages/run --packages makes what this takes."""
+"""The Debian package: what lintian says, and its life in a minimal Debian 12 and 13.
+
+These two need root, who may mount; without, they are skipped. tests/packages/run --packages makes what all this takes.
+"""
 
 import os
 import re
@@ -14,8 +16,8 @@ NAME = "orvanta-usbtool"
 
 
 def can_mount():
-    return os.geteuid() == 0 and subprocess.run(["unshare", "--mount", "--pid", "--fork", "mount", "-t", "tmpfs", "tmpfs",
-                                                 "/tmp"], capture_output=True, check=False).returncode == 0
+    command = ["unshare", "--mount", "--pid", "--fork", "mount", "-t", "tmpfs", "tmpfs", "/tmp"]
+    return os.geteuid() == 0 and subprocess.run(command, capture_output=True, check=False).returncode == 0
 
 
 def contents(package):

@@ -1,5 +1,7 @@
-"""Installs, uses, upgrades and purges the package where nothing else happens: as root in a minimal Debian of its own, with
-the packages in /packages and the driver's plugin in /driver."""
+"""Installs, uses, upgrades and purges the package where nothing else happens.
+
+As root in a minimal Debian of its own, with the packages in /packages and the driver's plugin in /driver.
+"""
 
 import os
 import re
@@ -35,9 +37,8 @@ def apt(*words):
 
 
 def state():
-    query = subprocess.run(["dpkg-query", "-W", "-f=${db:Status-Status} ${Version}", NAME], capture_output=True, text=True,
-                           check=False)
-    return query.stdout
+    query = ["dpkg-query", "-W", "-f=${db:Status-Status} ${Version}", NAME]
+    return subprocess.run(query, capture_output=True, text=True, check=False).stdout
 
 
 def traces():
@@ -64,7 +65,8 @@ class Life(unittest.TestCase):
     def test_2_polkit_knows_the_action(self):
         Path("/run/dbus").mkdir(exist_ok=True)
         run("dbus-daemon", "--system", "--fork", "--nopidfile", stdin=subprocess.DEVNULL)
-        shown = run("pkaction", "--verbose", "--action-id", "orvanta-usbtool.format", env=os.environ | {"LC_ALL": "C.UTF-8"})
+        shown = run("pkaction", "--verbose", "--action-id", "orvanta-usbtool.format",
+                    env=os.environ | {"LC_ALL": "C.UTF-8"})
         formatter = Path(f"/usr/bin/{NAME}").resolve().parent / "fat32format.exe"
         self.assertIn(f"-> {formatter}", shown)
         self.assertIn("auth_admin", shown)

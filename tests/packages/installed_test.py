@@ -56,7 +56,8 @@ class Installed(unittest.TestCase):
         lines = file.read_text(encoding="utf-8").splitlines()
         source = "".join((ROOT / "toolkit" / "qt" / "application.cpp").read_text(encoding="utf-8").split())
         name = re.search(r'setApplicationName\(QStringLiteral\("([^"]+)"\)\)', source)[1]
-        self.assertIn('setDesktopFileName(qEnvironmentVariable("FLATPAK_ID",QCoreApplication::applicationName()))', source)
+        self.assertIn('setDesktopFileName(qEnvironmentVariable("FLATPAK_ID",QCoreApplication::applicationName()))',
+                      source)
         self.assertEqual(file.stem, name)
         self.assertIn(f"Exec={APPLICATION}", lines)
         for icon in (line[5:] for line in lines if line.startswith("Icon=")):
@@ -81,8 +82,9 @@ class Installed(unittest.TestCase):
         pages = sorted((self.share / "man").rglob("*.1"))
         self.assertEqual(len(pages), 3)
         for page in pages:
-            shown = subprocess.run(["man", "--warnings", "-E", "UTF-8", "-l", "-Tutf8", "-Z", page], capture_output=True,
-                                   text=True, check=True, env=os.environ | {"LC_ALL": "C.UTF-8", "MANWIDTH": "80"})
+            command = ["man", "--warnings", "-E", "UTF-8", "-l", "-Tutf8", "-Z", page]
+            shown = subprocess.run(command, capture_output=True, text=True, check=True,
+                                   env=os.environ | {"LC_ALL": "C.UTF-8", "MANWIDTH": "80"})
             self.assertEqual(shown.stderr, "", page)
             self.assertGreater(len(shown.stdout), 1000, page)
 

@@ -1,4 +1,7 @@
-"""A release of a clone in another folder, compiled anew, has the bytes of what is made here. tests/packages/run made it."""
+"""A release of a clone in another folder, compiled anew, has the bytes of what is made here.
+
+tests/packages/run has made it.
+"""
 
 import os
 import subprocess

@@ -43,7 +43,8 @@ with tempfile.TemporaryDirectory() as folder:
         file = pathlib.Path(folder, name)
         file.parent.mkdir(parents=True, exist_ok=True)
         file.write_text(text)
-    subprocess.run(["dpkg-deb", "--root-owner-group", "-b", folder, sys.argv[2] + "/orvanta-usbtool_3.4_all.deb"], check=True)
+    made = sys.argv[2] + "/orvanta-usbtool_3.4_all.deb"
+    subprocess.run(["dpkg-deb", "--root-owner-group", "-b", folder, made], check=True)
 pathlib.Path(sys.argv[2], "orvanta-usbtool_3.4.build.log").touch()
 """
 

@@ -72,8 +72,9 @@ class NextVersion(unittest.TestCase):
         return build / "configured"
 
     def test_linux(self):
-        made = self.configured("linux", "-DORVANTA_UPDATE_SERVER=https://update.test", "-DORVANTA_UPDATE_PAGE=page.test?a&b",
-                               "-DORVANTA_WEB_HOST=web.test", "-DORVANTA_PORTABLE=OFF",
+        made = self.configured("linux", "-DORVANTA_UPDATE_SERVER=https://update.test",
+                               "-DORVANTA_UPDATE_PAGE=page.test?a&b", "-DORVANTA_WEB_HOST=web.test",
+                               "-DORVANTA_PORTABLE=OFF",
                                r'-DORVANTA_HANDBOOK_FOLDER=/a "b"\c')
         header = (made / "build_choices.h").read_text()
         self.assertIn(f'programVersion = "{NEXT}"', header)
