@@ -11,7 +11,6 @@ All files have the time of the last commit, or SOURCE_DATE_EPOCH; SIGN_COMMAND s
 its uninstaller (see sign.py). What is packed is that of the archive, checked as there.
 """
 
-import argparse
 import hashlib
 import os
 import shutil
@@ -81,13 +80,7 @@ def make(build, output, seconds, number):
 
 
 def main():
-    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
-    parser.add_argument("--build", type=Path)
-    parser.add_argument("--output", type=Path, default=ROOT / "build" / "packages")
-    parser.add_argument("--check", action="store_true")
-    options = parser.parse_args()
-    if options.check and sign.command():
-        sys.exit("A signature tells when it was made: --check compares unsigned installers only.")
+    options = program_files.arguments(__doc__)
     seconds = source_time()
     target = make(program_files.finished_build(options.build), options.output, seconds, program_version())
     digest = hashlib.sha256(target.read_bytes()).hexdigest()

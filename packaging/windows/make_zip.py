@@ -12,7 +12,6 @@ What is packed is checked each time: the programs are not too large, need nothin
 no folder of this machine.
 """
 
-import argparse
 import hashlib
 import sys
 import tempfile
@@ -22,8 +21,7 @@ from pathlib import Path
 
 import program_files
 import second_build
-import sign
-from program_files import LARGEST, ROOT, program_version, source_time
+from program_files import LARGEST, program_version, source_time
 
 FIRST_TIME = 315_532_800  # 1980; a ZIP archive knows none before
 
@@ -61,13 +59,7 @@ def differing(first, second):
 
 
 def main():
-    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
-    parser.add_argument("--build", type=Path)
-    parser.add_argument("--output", type=Path, default=ROOT / "build" / "packages")
-    parser.add_argument("--check", action="store_true")
-    options = parser.parse_args()
-    if options.check and sign.command():
-        sys.exit("A signature tells when it was made: --check compares unsigned archives only.")
+    options = program_files.arguments(__doc__)
     seconds = source_time()
     target, sizes = make(program_files.finished_build(options.build), options.output, seconds)
     digest = hashlib.sha256(target.read_bytes()).hexdigest()

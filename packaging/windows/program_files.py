@@ -3,6 +3,7 @@
 The time is that of the last commit, or SOURCE_DATE_EPOCH. The programs are signed as sign.py tells.
 """
 
+import argparse
 import os
 import re
 import subprocess
@@ -10,7 +11,7 @@ import sys
 import tempfile
 from pathlib import Path
 
-from sign import sign
+import sign
 
 ROOT = Path(__file__).resolve().parent.parent.parent
 sys.path.insert(0, str(ROOT / "scripts"))
@@ -68,7 +69,7 @@ def contents(build, folder, number=None):
     files |= handbook(build / "program")
     for name in LARGEST:
         program = stripped(build / "program" / name, folder)
-        sign(program)
+        sign.sign(program)
         files[name] = program.read_bytes()
     files["LIESMICH.txt"] = read_me(number or program_version())
     files["LIZENZ.txt"] = dos_text((ROOT / "LICENSE").read_text(encoding="utf-8"))
@@ -98,6 +99,18 @@ def expect_fine(files, build):
         wrong.append(f"the build has made no {HANDBOOK}")
     if wrong:
         sys.exit("\n".join(wrong))
+
+
+def arguments(description):
+    """What the makers of packages take."""
+    parser = argparse.ArgumentParser(description=description, formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("--build", type=Path)
+    parser.add_argument("--output", type=Path, default=ROOT / "build" / "packages")
+    parser.add_argument("--check", action="store_true")
+    options = parser.parse_args()
+    if options.check and sign.command():
+        sys.exit("A signature tells when it was made: --check compares unsigned packages only.")
+    return options
 
 
 def finished_build(given):
