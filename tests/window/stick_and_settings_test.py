@@ -77,6 +77,7 @@ class Stick(WindowCase):
             program.click("Command1")
             drives = program.folder / "Drives.ini"
             program.wait_until(lambda: f"Label={label}\r\n".encode("cp1252") in drives.read_bytes())
+            program.enter_text("txtDT_Cap", "")
             program.click("cmdSearch")
             program.wait_for("txtDT_Cap", "text", label)
             self.assertIsNone(program.message())
