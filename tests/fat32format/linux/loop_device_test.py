@@ -395,6 +395,10 @@ class LoopDevice(unittest.TestCase):
     def test_user_whom_no_service_helps(self):
         """Nobody becomes root by another way."""
         nobody = 65534
+        shower = subprocess.Popen(["sleep", "infinity"], user=nobody, group=nobody, extra_groups=[])
+        self.addCleanup(shower.wait)
+        self.addCleanup(shower.kill)
+        self.links = self.links.rename(self.links.with_name(str(shower.pid)))
         for folder in (self.base, self.links.parent, self.links):
             os.chown(folder, nobody, nobody)
         program = self.base / "fat32format.exe"
