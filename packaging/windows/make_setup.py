@@ -25,6 +25,7 @@ import sign
 from program_files import PROGRAM, ROOT, program_version, source_time
 
 HERE = Path(__file__).resolve().parent
+PICTURES = ("setup.bmp", "setup-large.bmp")
 
 
 def write_files(folder, files, seconds):
@@ -56,7 +57,7 @@ def four_numbers(number):
 def compile_setup(target, folder, number, kilobytes):
     values = {"VERSION": number, "FOUR_NUMBERS": four_numbers(number), "KILOBYTES": kilobytes,
               "FILES": folder / "files", "LISTING": folder / "files.nsh", "ICON": ROOT / "data" / "icons" / "103.ico",
-              "HERE": HERE, "TARGET": target}
+              "PICTURES": folder / "pictures", "TARGET": target}
     if sign.command():
         values["SIGN"] = f'"{sys.executable}" "{HERE / "sign.py"}"'
     command = ["makensis", "-V2", "-WX", "-NOCONFIG", "-INPUTCHARSET", "UTF8"]
@@ -72,6 +73,7 @@ def make(build, output, seconds, number):
         files = program_files.contents(build, folder, number)
         program_files.expect_fine(files, build)
         write_files(folder / "files", files, seconds)
+        write_files(folder / "pictures", {name: (HERE / name).read_bytes() for name in PICTURES}, seconds)
         (folder / "files.nsh").write_text(listing(files), encoding="utf-8")
         made = folder / target.name
         compile_setup(made, folder, number, sum(map(len, files.values())) // 1024 + 1)

@@ -74,7 +74,7 @@ Var KeepBox
 
 !define MUI_ICON "${ICON}"
 !define MUI_UNICON "${ICON}"
-!define MUI_WELCOMEFINISHPAGE_BITMAP "${HERE}\setup.bmp"
+!define MUI_WELCOMEFINISHPAGE_BITMAP "${PICTURES}\setup.bmp"
 !define MUI_WELCOMEFINISHPAGE_BITMAP_STRETCH AspectFitHeight ; how wide its place is depends on the letters
 
 !define MUI_WELCOMEPAGE_TITLE "${TITLE}"
@@ -147,7 +147,7 @@ FunctionEnd
 Function FittingPicture
   System::Call 'user32::GetDpiForSystem() i .r0'
   ${If} $0 > 120
-    File "/oname=$PLUGINSDIR\modern-wizard.bmp" "${HERE}\setup-large.bmp"
+    File "/oname=$PLUGINSDIR\modern-wizard.bmp" "${PICTURES}\setup-large.bmp"
   ${EndIf}
 FunctionEnd
 
