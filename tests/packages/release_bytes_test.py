@@ -48,7 +48,7 @@ class Same(unittest.TestCase):
         self.assertTrue(file.read_bytes() == (RELEASE / file.name).read_bytes(), f"{file.name} has other bytes")
 
     def test_sources(self):
-        self.expect_released(*artefacts.make_source(ROOT, self.folder))
+        self.expect_released(*artefacts.make_source(ROOT, self.folder, None))
 
     def test_archive(self):
         self.expect_released(make_zip.make(WINDOWS_BUILD, self.folder, self.seconds)[0])
