@@ -1,7 +1,8 @@
 # What has been compiled once, in whichever folder, is not compiled again: a new clone takes what ccache keeps below the
-# user's own cache folder. Without ccache, or where it may not write, everything is compiled.
+# user's own cache folder. Without ccache, or where it may not write, everything is compiled; and in a build for a
+# distribution ("None"), whose debug information is part of a package: it is not byte by byte the same with ccache.
 find_program(CCACHE_PROGRAM ccache)
-if(NOT CCACHE_PROGRAM OR CMAKE_CXX_COMPILER_LAUNCHER)
+if(NOT CCACHE_PROGRAM OR CMAKE_CXX_COMPILER_LAUNCHER OR CMAKE_BUILD_TYPE STREQUAL "None")
   return()
 endif()
 
