@@ -14,7 +14,7 @@ declare -A packages=(
              at-spi2-core gir1.2-atspi-2.0 orca python3-gi python3-xlib python3-pil locales fonts-dejavu-core"
   [hardware]="qemu-system-x86 debootstrap dosfstools mtools exfatprogs ntfs-3g fdisk"
   [portability]="debootstrap clang-14"
-  [debian]="git debhelper dpkg-dev"
+  [debian]="git build-essential debhelper dpkg-dev"
   [packages]="lintian desktop-file-utils appstream man-db libxml2-utils polkitd debootstrap dbus xvfb weston qt6-wayland
               g++-mingw-w64-x86-64-posix nsis osslsigncode python3-yaml bubblewrap xdg-dbus-proxy"
   [makefiles]="make"
