@@ -113,10 +113,12 @@ void Form1::Timer1_Timer() {
     if (drive_.empty()) return;
     disk_ = platform::driveIdentity(rootOf(drive_));
     if (!disk_) return; // it is not ready yet
+    // Asked before anything is shown, since it takes time.
+    const std::string disk = format::diskText(platform::diskDescription(rootOf(drive_)));
     state_ = DiskFound;
     Label3.setCaption(thirdStep);
     Label2.setCaption(thirdInstructions(drive_));
-    lblDisk.setCaption(format::diskText(platform::diskDescription(rootOf(drive_))));
+    lblDisk.setCaption(disk);
     Command1.setEnabled(true);
 }
 

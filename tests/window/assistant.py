@@ -1,5 +1,6 @@
 """What the tests of the assistant for hard disks share: its texts, its steps, a formatter that only plays one."""
 
+import re
 from pathlib import Path
 
 from case import REPORT_TITLE
@@ -67,7 +68,8 @@ class AssistantCase(SticksCase):
 
     def expect_disk(self, program, label):
         """Size and label of the disk that was found; a folder has no maker."""
-        self.assertRegex(program.get("lblDisk", "Form1")["text"], rf'^(.*, )?\d+[.,]\d GB, Bezeichnung "{label}"$')
+        shown = re.compile(rf'(.*, )?\d+[.,]\d GB, Bezeichnung "{label}"')
+        program.wait_for("lblDisk", "text", shown.fullmatch, window="Form1")
 
     def exchange_disk(self, letter):
         """From now on another disk has the letter."""
