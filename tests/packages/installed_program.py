@@ -40,7 +40,7 @@ class InstalledProgram(Program):
 
 def snapshot(folder):
     """What a run must not change."""
-    return {path: (path.stat().st_mtime_ns, path.stat().st_size) for path in sorted(Path(folder).rglob("*"))
+    return {path: (path.lstat().st_mtime_ns, path.lstat().st_size) for path in sorted(Path(folder).rglob("*"))
             if not path.is_dir()}
 
 
