@@ -1,8 +1,17 @@
 # What has been compiled once, in whichever folder, is not compiled again: a new clone takes what ccache keeps below the
 # user's own cache folder. Without ccache, or where it may not write, everything is compiled; and in a build for a
 # distribution ("None"), whose debug information is part of a package: it is not byte by byte the same with ccache.
+# Whoever makes a package that nobody compares may set the variable of the environment.
+if(DEFINED ENV{ORVANTA_COMPILER_CACHE})
+  set(wanted "$ENV{ORVANTA_COMPILER_CACHE}")
+elseif(CMAKE_BUILD_TYPE STREQUAL "None")
+  set(wanted OFF)
+else()
+  set(wanted ON)
+endif()
+option(ORVANTA_COMPILER_CACHE "Take from ccache what has been compiled before" ${wanted})
 find_program(CCACHE_PROGRAM ccache)
-if(NOT CCACHE_PROGRAM OR CMAKE_CXX_COMPILER_LAUNCHER OR CMAKE_BUILD_TYPE STREQUAL "None")
+if(NOT ORVANTA_COMPILER_CACHE OR NOT CCACHE_PROGRAM OR CMAKE_CXX_COMPILER_LAUNCHER)
   return()
 endif()
 

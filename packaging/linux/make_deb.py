@@ -50,7 +50,7 @@ def users_cache():
     if shutil.which("ccache") is None:
         return {}
     return {"CCACHE_DIR": output_of("ccache", "--get-config", "cache_dir").strip(),
-            "CMAKE_CXX_COMPILER_LAUNCHER": "ccache"}
+            "ORVANTA_COMPILER_CACHE": "ON"}
 
 
 def build(sources, version, tests):
