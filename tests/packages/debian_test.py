@@ -13,6 +13,7 @@ from places import BUILD, MADE, ROOT, run
 from version import program_version
 
 NAME = "orvanta-usbtool"
+NEXT = "99.6"  # as tests/packages/run makes it
 
 
 def can_mount():
@@ -45,7 +46,8 @@ class Package(unittest.TestCase):
         self.assertEqual(lines, [])
 
     def test_the_tests_ran_while_it_was_built(self):
-        log = (MADE / f"{NAME}_{program_version()}.build.log").read_text(encoding="utf-8")
+        """Those of the version that comes next; the other one is compared with the release's, which has none."""
+        log = (MADE / f"{NAME}_{NEXT}.build.log").read_text(encoding="utf-8")
         self.assertIn("100% tests passed, 0 tests failed", log)
         passed = re.findall(r"Test +#\d+: (\S+) \.+ +Passed ", log)
         self.assertEqual(sorted({"unit", "fat32format"} - set(passed)), [])

@@ -57,7 +57,6 @@ class Same(unittest.TestCase):
         self.expect_released(make_setup.make(WINDOWS_BUILD, self.folder, self.seconds, self.version))
 
     def test_packages(self):
-        """Those here were built with their tests."""
         packages = sorted(MADE.glob(f"*_{self.version}_*.deb"))
         self.assertTrue(packages)
         for package in packages:
