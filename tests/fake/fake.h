@@ -83,6 +83,8 @@ struct Computer {
     /// Runs when a window gets a procedure, and when something is done to a tray icon.
     std::function<void()> onProcedure;
     std::function<void(platform::NotifyIcon)> onTray;
+    /// Runs while a disk is asked what it is, which takes time.
+    std::function<void()> onDiskAsked;
     /// Shell code by file; 33 where there is none.
     std::map<std::string, int> shellCodes;
     /// What writing to a path comes to.

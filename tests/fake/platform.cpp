@@ -92,6 +92,7 @@ DriveIdentity driveIdentity(std::string_view root) {
 DiskDescription diskDescription(std::string_view root) {
     const fake::Drive* const drive = driveOf(root);
     if (drive == nullptr) return {};
+    if (computer().onDiskAsked) computer().onDiskAsked();
     return {drive->maker, drive->model, drive->total, drive->label};
 }
 

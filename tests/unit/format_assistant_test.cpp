@@ -248,6 +248,19 @@ TEST_F(FormatAssistant, TellsWhichDiskItFound) {
     EXPECT_EQ(assistant.lblDisk.caption(), "") << "it is gone";
 }
 
+TEST_F(FormatAssistant, ShowsNothingOfADiskBeforeThatHasAnswered) {
+    goToSecondStep();
+    plug("E:\\");
+    int asked = 0;
+    computer().onDiskAsked = [this, &asked] {
+        ++asked;
+        expectSecondStep();
+    };
+    assistant.Timer1.tick();
+    EXPECT_EQ(asked, 1);
+    expectThirdStep();
+}
+
 TEST_F(FormatAssistant, IsOffInASandbox) {
     const std::string off =
         "Im Flatpak ist der Assistent abgeschaltet: Zum Formatieren dient das Paket für Debian "
