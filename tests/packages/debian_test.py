@@ -9,11 +9,10 @@ import subprocess
 import unittest
 from pathlib import Path
 
-from places import BUILD, MADE, ROOT, run
+from places import BUILD, MADE, NEXT, ROOT, run
 from version import program_version
 
 NAME = "orvanta-usbtool"
-NEXT = "99.6"  # as tests/packages/run makes it
 
 
 def can_mount():

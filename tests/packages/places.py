@@ -7,6 +7,7 @@ from pathlib import Path
 
 ROOT = Path(__file__).resolve().parents[2]
 BUILD = Path(os.environ.get("USBTOOL_BUILD", ROOT / "build")).resolve()
+NEXT = "99.6"  # the version that is upgraded to; tests/packages/run makes the package of it
 MADE = ROOT / "build" / "packages" / "tested"  # what tests/packages/run --packages leaves
 
 sys.path[:0] = [str(ROOT / folder) for folder in ("scripts", "tests/driver", "demo")]
