@@ -18,7 +18,8 @@ import unittest
 from pathlib import Path
 from unittest import mock
 
-ROOT = Path(__file__).resolve().parents[2]
+from places import NEXT, ROOT
+
 BUILD = Path(os.environ.get("USBTOOL_WINDOWS_BUILD", ROOT / "build" / "windows")).resolve()
 sys.path[:0] = [str(ROOT / "tests" / "driver"), str(ROOT / "packaging" / "windows")]
 
@@ -31,7 +32,7 @@ from window import POLL, DriverError  # noqa: E402
 
 TITLE = "Orvanta USB-Stick Internetupdate Tool"
 SECONDS, DAY = 1_700_000_000, 86_400
-OLD, NEW = program_files.program_version(), "99.6"
+OLD, NEW = program_files.program_version(), NEXT
 PATIENCE = float(os.environ.get("USBTOOL_PATIENCE", "120"))  # seconds: longer than what a busy machine takes
 PROGRAM = "orvanta-usbtool.exe"
 DONE, CANCELLED, NOT_POSSIBLE, IS_OPEN = 0, 1, 2, 3  # exit codes
