@@ -1,7 +1,6 @@
 """The assistant for hard disks, with real disks: the right one is formatted, and no other is touched."""
 
 import json
-import shutil
 
 import images
 from images import MIB
@@ -181,7 +180,7 @@ def blank_disk_as_user(ring):
 def exchanged_in_the_assistant(ring):
     for asked in (False, True):
         first = fat_disk(ring.image("first"))
-        second = shutil.copy(first, ring.image("second"))
+        second = images.copy(first, ring.image("second"))
         before = [images.fingerprint(image) for image in (first, second)]
         program = ring.loaded_program(ring.root)
         open_assistant(program)

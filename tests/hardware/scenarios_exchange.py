@@ -1,7 +1,5 @@
 """A stick takes another one's place, which is its copy: same serial number, same volume, same label."""
 
-import shutil
-
 import images
 from guest_program import CONFIRMATION, SUCCESS
 from scenario import expect, expect_equal, scenario
@@ -19,7 +17,7 @@ class Pair:
     def __init__(self, ring):
         self.ring = ring
         self.first = ring.stick("first", "ORVANTA", files=EARLIER)
-        self.second = shutil.copy(self.first, ring.image("second"))
+        self.second = images.copy(self.first, ring.image("second"))
         images.put(self.second, OTHERS)
         self.name = ring.guest.plug(self.first, serial=SERIAL)
         ring.wait_known()
