@@ -177,8 +177,8 @@ Outcome watch(const QJsonObject& request) {
 
 Outcome watched(const QJsonObject&) {
     if (lastWatch == nullptr) return failure(QStringLiteral("nothing is watched"));
-    const std::optional<double> painted = lastWatch->painted();
-    return {{{QStringLiteral("time"), painted ? QJsonValue(*painted) : QJsonValue()}}, {}};
+    const std::optional<double> noted = lastWatch->noted();
+    return {{{QStringLiteral("time"), noted ? QJsonValue(*noted) : QJsonValue()}}, {}};
 }
 
 Outcome mark(const QJsonObject&) {

@@ -14,8 +14,9 @@ Watch::Watch(QWidget& part, const QString& property, const QJsonValue& value)
 }
 
 bool Watch::eventFilter(QObject*, QEvent* event) {
-    if (event->type() != QEvent::Paint || painted_ || describe(*part_)[property_] != value_) return false;
-    painted_ = std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
+    if (event->type() != QEvent::Paint && event->type() != QEvent::EnabledChange) return false;
+    if (noted_ || describe(*part_)[property_] != value_) return false;
+    noted_ = std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
     return false;
 }
 

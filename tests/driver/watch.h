@@ -8,8 +8,8 @@
 
 namespace driver {
 
-/// Notes when a part is painted first with a property of that value. Nobody has to ask for it meanwhile,
-/// which takes time that the program needs.
+/// Notes when a part is first painted, enabled or disabled with a property of that value. Nobody has to ask
+/// for it meanwhile, which takes time that the program needs, and may come too late.
 class Watch : public QObject {
     Q_OBJECT
 
@@ -17,7 +17,7 @@ public:
     Watch(QWidget& part, const QString& property, const QJsonValue& value);
 
     /// Seconds of the monotonic clock; no value until then.
-    std::optional<double> painted() const { return painted_; }
+    std::optional<double> noted() const { return noted_; }
 
 protected:
     bool eventFilter(QObject* object, QEvent* event) override;
@@ -26,7 +26,7 @@ private:
     QPointer<QWidget> part_;
     QString property_;
     QJsonValue value_;
-    std::optional<double> painted_;
+    std::optional<double> noted_;
 };
 
 } // namespace driver

@@ -173,6 +173,14 @@ class PluginWindow(Window):
     _stream = None
     first_paint = None
 
+    def watch(self, name, key, value, window=None):
+        """From now on it is noted when a part is painted, enabled or disabled with a value, for however short a time."""
+        self.request("watch", name=name, key=key, value=value, window=window)
+
+    def wait_watched(self):
+        """Waits until that has been noted."""
+        self.wait_until(lambda: self.request("watched")["time"], what="what is watched")
+
     def _use(self, connection):
         self._socket = connection
         self._stream = connection.makefile("rw", encoding="utf-8", newline="\n")
