@@ -23,6 +23,7 @@ FORMATTING = "Wird formatiert – Platte nicht abziehen"
 CANCEL = "Die Festplatte wird gerade formatiert. Wirklich abbrechen?"
 NOT_STARTED = "New process could not be created!"
 FORMATTER = "fat32format.exe"
+OTHER = "ANOTHER ONE"  # the label of a disk that takes one's place
 
 # It takes note of how it was called, of its number and of the answer.
 HEAD = '#!/bin/sh\ncd "$(dirname "$0")"\nprintf "%s\\n" "$*" > called\necho $$ > number\n'
@@ -71,11 +72,15 @@ class AssistantCase(SticksCase):
         shown = re.compile(rf'(.*, )?\d+[.,]\d GB, Bezeichnung "{label}"')
         program.wait_for("lblDisk", "text", shown.fullmatch, window="Form1")
 
-    def exchange_disk(self, letter):
-        """From now on another disk has the letter."""
-        folder = self.folder(letter)
-        folder.rename(folder.with_name(letter + "-pulled"))
-        (self.folder(letter) / ".windows-serial").write_text("0815CAFE\n")  # where Wine keeps a folder's number
+    def exchange_disk(self, program, letter):
+        """From now on another disk has the letter, whose label is OTHER."""
+        table = self.table(letter, **{letter: OTHER})
+        folder = self.folder(f"{letter}-other")
+        (folder / ".windows-serial").write_text("0815CAFE\n")  # where Wine keeps a folder's number
+        for drive in table:
+            if drive.letter == letter.upper():
+                drive.values["Path"] = folder
+        program.set_drives(table)
 
     def ask(self, program):
         program.click("Command1", "Form1")

@@ -2,7 +2,7 @@
 
 import unittest
 
-from assistant import DONE, FIRST, QUESTION, REFUSAL, REFUSAL_TITLE, SECOND, THIRD, AssistantCase
+from assistant import DONE, FIRST, OTHER, QUESTION, REFUSAL, REFUSAL_TITLE, SECOND, THIRD, AssistantCase
 from side_by_side import each, side_by_side
 
 LARGE = (2732, 1536)
@@ -188,17 +188,17 @@ class Exchange(AssistantCase):
     def test_exchanged_before_the_question(self):
         program = self.start_assistant()
         self.third_step(program)
-        self.exchange_disk("h")
-        self.expect_step(program, 2, SECOND)
+        self.exchange_disk(program, "h")
+        self.expect_disk(program, OTHER)  # after the second step, which lasts as little as a moment
         self.expect_step(program, 3, THIRD.format("H:"))
 
     def test_exchanged_behind_the_question(self):
         program = self.start_assistant()
         self.third_step(program)
         self.ask(program)
-        self.exchange_disk("h")
+        self.exchange_disk(program, "h")
         program.answer("OK")
-        self.expect_step(program, 2, SECOND)
+        self.expect_disk(program, OTHER)
         self.assertIsNone(program.message())
         self.assertIsNone(self.note(program, "called"))
         self.expect_step(program, 3, THIRD.format("H:"))

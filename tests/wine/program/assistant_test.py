@@ -30,10 +30,6 @@ class WindowsAssistant(WindowsSticksCase):
         self.open(program)
         return program
 
-    def exchange_disk(self, letter):
-        super().exchange_disk(letter)
-        self.machine.define(letter.upper(), 3, self.folder(letter))
-
     def is_running(self):
         """Whether there is a process of the formatter."""
         return FORMATTER in self.machine.processes()
