@@ -186,13 +186,16 @@ class WindowCase(Tables, unittest.TestCase):
             table.append(Drive("E", 2, path, **values))
         return table + [Drive("Z", 4, self.system)]
 
-    def start(self, drives=None, server=None, files=None, **arguments):
-        """The program with a stick and the server; it is stopped when the test ends, if it has not ended by then."""
+    def start(self, drives=None, server=None, files=None, start=True, **arguments):
+        """The program with a stick and the server; it is stopped when the test ends, if it has not ended by then, and
+        also when nothing came of its start."""
         environment = {"PATH": f"{self.home / 'bin'}:{os.environ['PATH']}"} | arguments.pop("environment", {})
         program = PatientProgram(drives=self.drives() if drives is None else drives,
                                  server=self.server.url() if server is None else server, files=files,
-                                 environment=environment, **arguments)
+                                 environment=environment, start=False, **arguments)
         self.addCleanup(self._stop, program)
+        if start:
+            program.start()
         return program
 
     def _stop(self, program):

@@ -72,13 +72,15 @@ class WindowsCase(WindowCase):
             self._take_picture("failed-" + self.id())
         super()._stop(program)
 
-    def start(self, drives=None, server=None, files=None, environment=None, **arguments):
+    def start(self, drives=None, server=None, files=None, environment=None, start=True, **arguments):
         arguments.pop("screen", None)
         path = f"{self.home / 'bin'}:{os.environ['PATH']}"
         program = PatientProgram(self.machine, drives=self.drives() if drives is None else drives,
                                  server=self.server.url() if server is None else server, files=files,
-                                 environment={"PATH": path} | (environment or {}), **arguments)
+                                 environment={"PATH": path} | (environment or {}), start=False, **arguments)
         self.addCleanup(self._stop, program)
+        if start:
+            program.start()
         return program
 
     def stick_files(self, folder=None):
