@@ -124,18 +124,19 @@ class Window:
     # Waiting
 
     def _until(self, condition, timeout, complaint):
+        """Derived classes may wait longer; the complaint, a function, is told with the time that it was."""
         end = time.monotonic() + timeout
         while True:
             result = condition()
             if result:
                 return result
             if time.monotonic() > end:
-                raise DriverError(complaint())
+                raise DriverError(f"after {timeout:g} s: {complaint()}")
             time.sleep(self.poll)
 
     def wait_until(self, condition, timeout=DEADLINE, what="the condition"):
         """Waits until condition() is true, and returns its value."""
-        return self._until(condition, timeout, lambda: f"{what} did not come true within {timeout} s")
+        return self._until(condition, timeout, lambda: f"{what} did not come true")
 
     def wait_for(self, name, key, value, timeout=DEADLINE, window=None):
         """Waits until a property of a part has the value (or until value(actual) is true), and returns it."""
@@ -146,7 +147,7 @@ class Window:
             actual = last.get(key)
             return value(actual) if callable(value) else actual == value
 
-        self._until(reached, timeout, lambda: f"{name}.{key} is {last.get(key)!r}, not {value!r}, after {timeout} s")
+        self._until(reached, timeout, lambda: f"{name}.{key} is {last.get(key)!r}, not {value!r}")
         return last.get(key)
 
     def wait_message(self, timeout=DEADLINE, title=None):
@@ -155,7 +156,7 @@ class Window:
             box = self.message()
             return box if box is not None and title in (None, box["title"]) else None
 
-        return self._until(shown, timeout, lambda: f"no message box {title or ''} within {timeout} s")
+        return self._until(shown, timeout, lambda: f"no message box {title or ''}")
 
     def settle(self):
         """Waits until what was done to the program has been handled, or has opened a box or a dialog."""
@@ -163,7 +164,7 @@ class Window:
         self.wait_until(lambda: self.request("marked")["mark"] >= mark, what="the end of what was done")
 
     def wait_window(self, name, timeout=DEADLINE):
-        return self._until(lambda: self.windows().get(name), timeout, lambda: f"no window {name} within {timeout} s")
+        return self._until(lambda: self.windows().get(name), timeout, lambda: f"no window {name}")
 
 
 class PluginWindow(Window):
