@@ -88,6 +88,10 @@ void UdisksDrives::refresh() {
     // Letters and mounts are kept in mind when the service is away: it may come back with the same volumes.
     if (everything.missing != udisks::Missing::Nothing) return;
     volumes_ = udisksVolumes(everything.objects);
+    // The service tells of a disk before it tells of its partitions: until then it looks like a blank one.
+    std::erase_if(volumes_, [this](const UdisksVolume& volume) {
+        return hasPartitions(volume.deviceNumber, devices_);
+    });
     for (UdisksVolume& volume : volumes_)
         volume.note = diskNote(volume.deviceNumber, volume.driveSerial.toStdString(), devices_);
     letters_.assign(volumes_);

@@ -36,6 +36,11 @@ void forEachMount(const std::string& table, Visitor visit) {
         visit(entry);
 }
 
+/// Folder in which the kernel shows a device.
+std::string shownDevice(std::uint64_t number, const std::string& devices) {
+    return devices + '/' + std::to_string(major(number)) + ':' + std::to_string(minor(number));
+}
+
 } // namespace
 
 bool isFolder(const std::string& path) {
@@ -91,12 +96,22 @@ std::string folderIdentity(const struct stat& folder) {
 }
 
 std::string diskSequence(std::uint64_t deviceNumber, const std::string& devices) {
-    const std::string device =
-        devices + '/' + std::to_string(major(deviceNumber)) + ':' + std::to_string(minor(deviceNumber));
+    const std::string device = shownDevice(deviceNumber, devices);
     std::string sequence;
     for (const char* file : {"/diskseq", "/../diskseq"}) // the latter: of the disk that holds the partition
         if (sequence.empty()) std::getline(std::ifstream(device + file), sequence);
     return sequence;
+}
+
+bool hasPartitions(std::uint64_t deviceNumber, const std::string& devices) {
+    namespace fs = std::filesystem;
+    std::error_code error;
+    for (fs::directory_iterator entry(shownDevice(deviceNumber, devices), error), end; !error && entry != end;
+         entry.increment(error)) {
+        std::error_code ignored; // what has gone meanwhile is none
+        if (fs::exists(entry->path() / "partition", ignored)) return true;
+    }
+    return false;
 }
 
 std::optional<std::string> mountPointOf(const std::string& blockDevice, std::uint64_t number,

@@ -36,6 +36,10 @@ inline constexpr const char* deviceFolder = "/sys/dev/block";
 /// https://www.kernel.org/doc/Documentation/ABI/testing/sysfs-block
 std::string diskSequence(std::uint64_t deviceNumber, const std::string& devices = deviceFolder);
 
+/// Whether the kernel has found partitions on that block device. It has looked for them before it announces a
+/// disk; whoever listens to it learns of them one after the other.
+bool hasPartitions(std::uint64_t deviceNumber, const std::string& devices = deviceFolder);
+
 /// The kernel's list of what is mounted where, as this process sees it.
 inline constexpr const char* mountTable = "/proc/self/mounts";
 

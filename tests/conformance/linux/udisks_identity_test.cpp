@@ -66,6 +66,26 @@ TEST_F(UdisksTable, DiskThatIsStillTheListedOne) {
     EXPECT_FALSE(table.isOnListedDisk('D'));
 }
 
+/// The service tells of a disk as soon as it knows it, and of its partitions one after the other.
+TEST_F(UdisksTable, DiskIsNoDriveOnceTheKernelHasFoundItsPartitions) {
+    const TemporaryFolder devices;
+    const auto numbers = [&devices](const char* device) { return devices.path() / device; };
+    std::filesystem::create_directories(numbers("0:16") / "queue");
+    UdisksDrives table("/proc/self/mounts", devices.path());
+    mock.add(drivePath("disk"), drive("WD 1"));
+    mock.add(blockPath("sdb"), blankBlock("sdb", 16, "disk"));
+    table.refresh();
+    EXPECT_EQ(table.letters(), "CDZ") << "a blank one, for the assistant";
+    std::filesystem::create_directories(numbers("0:16") / "sdb1");
+    std::ofstream(numbers("0:16") / "sdb1" / "partition") << "1\n";
+    table.refresh();
+    EXPECT_EQ(table.letters(), "CZ");
+    mock.add(blockPath("sdb1"), onTable(fileSystemBlock("sdb1", 17, "disk"), "sdb"));
+    table.refresh();
+    EXPECT_EQ(table.letters(), "CDZ");
+    EXPECT_EQ(table.target('D'), "/dev/sdb1");
+}
+
 /// A disk in the place of another one, which the service takes notice of later.
 TEST_F(UdisksTable, DiskIsTheOneThatWasListedFirst) {
     const TemporaryFolder devices;
