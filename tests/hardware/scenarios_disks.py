@@ -26,6 +26,10 @@ RULE = "/etc/polkit-1/rules.d/10-nobody-types.rules"
 UNSEEN = b'SUBSYSTEM=="block", OPTIONS+="nowatch"\n'
 UNSEEN_RULE = "/run/udev/rules.d/99-unseen.rules"
 
+# As when a disk is slow: it is known itself for more than one look of the assistant before its partitions are.
+LATE = b'SUBSYSTEM=="block", ENV{DEVTYPE}=="partition", PROGRAM="/bin/sleep 10"\n'
+LATE_RULE = "/run/udev/rules.d/99-late.rules"
+
 # The formatter by hand: with a table of drives of its own, and an answer that comes when the test wants.
 BY_HAND = b"""umask 077
 folder=$XDG_RUNTIME_DIR/orvanta-usbtool/$$
@@ -174,6 +178,32 @@ def blank_disk_as_user(ring):
         return assistant(ring, ring.user, blank_disk)
     finally:
         ring.root.run(f"rm {RULE} {UNSEEN_RULE} && udevadm control --reload")
+
+
+@scenario("13d", "assistant: a disk that is known before its partition is, root")
+def partition_that_comes_late(ring):
+    ring.root.run(f"mkdir -p {LATE_RULE.rsplit('/', 1)[0]}")
+    ring.root.write(LATE_RULE, LATE)
+    ring.root.run("udevadm control --reload")
+    try:
+        image = fat_disk(ring.image("disk"))
+        program = ring.loaded_program(ring.root)
+        open_assistant(program)
+        name, disk = plug_disk(ring, image)
+        program.wait_for("Label3", "text", "Schritt 3:", window="Form1")
+        shown = program.text("lblDisk", "Form1")
+        found = [device for device in program.letters().values() if device.startswith(f"/dev/{disk}")]
+        expect_equal(found, [f"/dev/{disk}1"], "devices of it that have a letter")
+        expect(LABEL in shown, f"not the partition, which has a label: {shown}")
+        program.click("Command1", "Form1")
+        program.wait_message(title=QUESTION_TITLE)
+        program.answer("Abbrechen")
+        program.end()
+        ring.unmount_all()
+        ring.guest.pull(name)
+    finally:
+        ring.root.run(f"rm {LATE_RULE} && udevadm control --reload")
+    return "found once its partition is known, and asked about at once"
 
 
 @scenario("13e", "assistant: the disk exchanged for a copy of it, before and behind the question, root")
