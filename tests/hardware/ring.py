@@ -135,6 +135,7 @@ class Ring:
             self.guest.pull(name)
         self.server.reset()
         self.wait(lambda: not self.mounts(), "the guest without mounted sticks")
+        self.wait(lambda: "/block_devices/sd" not in self.user.run(KNOWN, check=False), "UDisks2 without sticks")
         self.root.run("rm -rf /run/user/1000/orvanta-usbtool /run/usbtool-root/orvanta-usbtool")
         for image in self.images.iterdir():
             image.unlink()

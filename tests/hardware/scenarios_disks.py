@@ -3,6 +3,7 @@
 import json
 
 import images
+from channel import GuestError
 from images import MIB
 from scenario import expect, expect_equal, scenario
 from guest_program import PATIENCE
@@ -25,7 +26,6 @@ RULE = "/etc/polkit-1/rules.d/10-nobody-types.rules"
 # As udev does while it is at work on a disk: it does not see that one that was written to is closed.
 UNSEEN = b'SUBSYSTEM=="block", OPTIONS+="nowatch"\n'
 UNSEEN_RULE = "/run/udev/rules.d/99-unseen.rules"
-
 # As when a disk is slow: it is known itself for more than one look of the assistant before its partitions are.
 LATE = b'SUBSYSTEM=="block", ENV{DEVTYPE}=="partition", PROGRAM="/bin/sleep 10"\n'
 LATE_RULE = "/run/udev/rules.d/99-late.rules"
@@ -275,27 +275,44 @@ class ByHand:
 
 def identity(ring, disk):
     """As the desktop's disk service tells it."""
-    ask = "busctl get-property org.freedesktop.UDisks2"
-    block = f"/org/freedesktop/UDisks2/block_devices/{disk}"
-    drive = ring.user.run(f"{ask} {block} org.freedesktop.UDisks2.Block Drive").split('"')[1]
-    serial = ring.user.run(f"{ask} {drive} org.freedesktop.UDisks2.Drive Serial").split('"')[1]
+    serial = drive_property(ring, disk, "Serial").strip('"')
     facts = f"/sys/class/block/{disk.rstrip('0123456789')}"
     sequence, sectors = ring.user.run(f"cat {facts}/diskseq {facts}/size").split()
     return f"sequence={sequence},size={int(sectors) * 512},serial={serial}"
 
 
+def drive_property(ring, disk, name):
+    """Of the drive that a block device is on."""
+    ask = "busctl get-property org.freedesktop.UDisks2"
+    block = f"/org/freedesktop/UDisks2/block_devices/{disk}"
+    drive = ring.user.run(f"{ask} {block} org.freedesktop.UDisks2.Block Drive").split('"')[1]
+    return ring.user.run(f"{ask} {drive} org.freedesktop.UDisks2.Drive {name}").split(" ", 1)[1].strip()
+
+
 def plug_disk(ring, image, **arguments):
-    """A fixed disk; its name for pull(), and the kernel's one, once UDisks2 knows it."""
-    before = set(disks(ring))
+    """A fixed disk; its name for pull(), and the kernel's one, once UDisks2 knows it. That name may have been another
+    one's until a moment ago."""
+    before, since = disks(ring), int(ring.user.run("date +%s%6N"))
     name = ring.guest.plug(image, removable=False, **arguments)
-    ring.wait(lambda: set(disks(ring)) - before, "the new disk")
-    disk = (set(disks(ring)) - before).pop()
-    ring.wait(lambda: ring.user.succeeds(f"udisksctl info -b /dev/{disk}"), f"{disk} known to UDisks2")
+    ring.wait(lambda: disks(ring).keys() - before.keys(), "the new disk")
+    after = disks(ring)
+    disk = after[(after.keys() - before.keys()).pop()]
+    ring.wait(lambda: detected(ring, disk) >= since, f"{disk} known to UDisks2")
     return name, disk
 
 
 def disks(ring):
-    return ring.user.run("ls /sys/block").split()
+    """{sequence number: name} of USB disks. A number is given once."""
+    lines = ring.user.run("grep -H . /sys/block/sd*/diskseq || true").splitlines()
+    return {line.split(":")[1]: line.split("/")[3] for line in lines}
+
+
+def detected(ring, disk):
+    """When UDisks2 first saw the drive, in microseconds of the guest's clock; 0 when it knows none."""
+    try:
+        return int(drive_property(ring, disk, "TimeDetected"))
+    except GuestError:
+        return 0
 
 
 @scenario("13x", "formatter: a disk exchanged between the question and the answer, user and root")
