@@ -67,7 +67,7 @@ class GuestProgram(PluginWindow):
                        "HOME": f"{self.folder}"}
         self.process = self.agent.request("start", command=[f"{self.folder}/orvanta-usbtool"], folder=self.folder,
                                           environment=environment, output=f"{self.folder}/output")["process"]
-        self.agent.request("wait_path", path=self.driver, timeout=PATIENCE)
+        self.agent.request("wait_listening", path=self.driver, timeout=PATIENCE)
         self._use(self.agent.connect(self.driver))
         self.wait_until(self.windows, what="a window")
 

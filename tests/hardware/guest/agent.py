@@ -102,14 +102,18 @@ def links(folder):
         return {"links": {}}
 
 
-def wait_path(path, timeout):
-    """Waits until there is something of that name."""
+def wait_listening(path, timeout):
+    """Waits until somebody listens at that socket. Its name is there a moment before, or is left from another one."""
     end = time.monotonic() + timeout
-    while not os.path.exists(path):
-        if time.monotonic() > end:
-            raise TimeoutError(f"no {path}")
+    while True:
+        with socket.socket(socket.AF_UNIX) as attempt:
+            try:
+                attempt.connect(path)
+                return {}
+            except OSError as error:
+                if time.monotonic() > end:
+                    raise TimeoutError(f"nobody listens at {path}: {error}") from None
         time.sleep(0.02)
-    return {}
 
 
 def bridge(path, token):
@@ -136,7 +140,7 @@ def pump(source, sink):
 
 
 REQUESTS = {"run": run, "start": start, "status": status, "kill": kill, "read": read, "write": write,
-            "links": links, "wait_path": wait_path, "bridge": bridge,
+            "links": links, "wait_listening": wait_listening, "bridge": bridge,
             "announced": events.announced, "shown": events.shown, "box_after_answer": events.box_after_answer,
             "listen_to_udisks": udisks_signals.listen, "file_systems": udisks_signals.file_systems}
 
