@@ -36,6 +36,7 @@ FONTS = """<?xml version="1.0"?>
 """
 ADMINISTRATOR = {"USERNAME": "root"}
 DISK_SIZE = 1_000_204_886_016
+USED = 1_625_292  # bytes on the stick, about what the job of the demo leaves there
 
 
 def chunks(data):
@@ -157,6 +158,8 @@ def make(build, folder):
         disk = Path(temporary) / "disk"
         disk.mkdir()
         drives = run_demo.demo_drives(demo / "stick")
+        # Told, not measured: on a busy machine that takes too long, and the file system's own number is shown.
+        drives[1].values["Free"] = run_demo.STICK_SIZE - USED
         with_disk = [*drives[:-1], Drive("H", 3, disk, label="FILME", file_system="NTFS", total=DISK_SIZE), drives[-1]]
         fonts = Path(temporary) / "fonts.conf"
         fonts.write_text(FONTS.format(Path(temporary) / "fonts"))
