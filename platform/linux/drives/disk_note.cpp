@@ -4,7 +4,6 @@
 
 #include <filesystem>
 #include <fstream>
-#include <sys/sysmacros.h>
 
 namespace platform::linux {
 
@@ -15,8 +14,7 @@ constexpr std::uint64_t kernelSector = 512;
 
 /// Bytes; 0 when there is no such device.
 std::uint64_t diskSize(std::uint64_t deviceNumber, const std::string& devices) {
-    std::string device =
-        devices + '/' + std::to_string(major(deviceNumber)) + ':' + std::to_string(minor(deviceNumber));
+    std::string device = shownDevice(deviceNumber, devices);
     std::error_code error;
     if (std::filesystem::exists(device + "/partition", error)) device += "/..";
     std::uint64_t sectors = 0;

@@ -36,11 +36,6 @@ void forEachMount(const std::string& table, Visitor visit) {
         visit(entry);
 }
 
-/// Folder in which the kernel shows a device.
-std::string shownDevice(std::uint64_t number, const std::string& devices) {
-    return devices + '/' + std::to_string(major(number)) + ':' + std::to_string(minor(number));
-}
-
 } // namespace
 
 bool isFolder(const std::string& path) {
@@ -93,6 +88,10 @@ std::optional<std::uint64_t> deviceOf(const std::string& folder) {
 
 std::string folderIdentity(const struct stat& folder) {
     return std::to_string(folder.st_dev) + ' ' + std::to_string(folder.st_ino);
+}
+
+std::string shownDevice(std::uint64_t deviceNumber, const std::string& devices) {
+    return devices + '/' + std::to_string(major(deviceNumber)) + ':' + std::to_string(minor(deviceNumber));
 }
 
 std::string diskSequence(std::uint64_t deviceNumber, const std::string& devices) {

@@ -31,6 +31,9 @@ std::string folderIdentity(const struct stat& folder);
 /// Where the kernel shows each block device by its number.
 inline constexpr const char* deviceFolder = "/sys/dev/block";
 
+/// Path of what the kernel shows of that block device.
+std::string shownDevice(std::uint64_t deviceNumber, const std::string& devices = deviceFolder);
+
 /// The number that the kernel gave the disk of a block device when it was plugged in, and gives no other one
 /// until the next start: device numbers and names are given again. Empty before Linux 5.15.
 /// https://www.kernel.org/doc/Documentation/ABI/testing/sysfs-block
